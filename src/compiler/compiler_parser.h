@@ -1,0 +1,345 @@
+// The code generator: scanner events in, calls of the back end out.
+#ifndef COMPILER_COMPILER_PARSER_H
+#define COMPILER_COMPILER_PARSER_H
+
+#include "compiler/labels.h"
+#include "compiler/resolution_info.h"
+#include "core/hash_table.h"
+#include "core/list.h"
+#include "core/stack.h"
+#include "frontend/attribute_lookup.h"
+#include "frontend/attribute_value.h"
+#include "frontend/attribute_value_array.h"
+#include "frontend/parser.h"
+#include "frontend/tag_lookup.h"
+#include "value/variable.h"
+
+class CompilerOutput;
+class ExternalCallManager;
+class FilterParser;
+class OpcodeQueue;
+class StringOutput;
+struct _String_To_Bitmap_Entry;
+struct Attribute_Route;
+
+// An operator that waits for its right operand.
+struct Operator {
+    int id;
+    int priority; // of the operator table, plus the bias of the open brackets
+    int operands; // 0, 1 or 2
+    int flags;    // as handed to Expression_Operator
+};
+
+// What opened a subexpression.
+enum Subexpression_Kind {
+    SUBEXPRESSION_CALL = 1,
+    SUBEXPRESSION_PAREN = 2,
+    SUBEXPRESSION_BRACKET = 3,
+    SUBEXPRESSION_WHOLE = 4
+};
+
+// The class of constants that a subexpression has met; also the type column of the operator table, whose
+// OPERAND_BOOLEAN takes the class back to OPERAND_NONE and is never stored.
+enum Operand_Type {
+    OPERAND_NONE = 0,
+    OPERAND_NUMERIC = 1,
+    OPERAND_STRING = 2,
+    OPERAND_BOOLEAN = 3,
+    OPERAND_MIXED = 4
+};
+
+// Bookkeeping of an open subexpression: how many values it has on the stack so far.
+struct SubexpressionStatistic {
+    int count;
+    int type; // Operand_Type
+    int kind; // Subexpression_Kind
+};
+
+// Flags of Expression_Operator.
+enum Operator_Flag {
+    OPERATOR_BEFORE_DOT = 1, // a ] behind which an inline call follows
+    OPERATOR_PREFIX = 2      // no operand stands to the left
+};
+
+// Kinds of an open TnASSIGNARRAY or TnREFERENCEARRAY block.
+enum Array_Kind { ARRAY_NONE = 0, ARRAY_ASSIGN = 1, ARRAY_REFERENCE = 2 };
+
+// Bits of Generate_Function_Directive: heads that stand for a function without a body here.
+enum Function_Kind { FUNCTION_DEFINED = 0, FUNCTION_UNRESOLVED = 1, FUNCTION_EXTERNAL = 2 };
+
+enum Function_Access { ACCESS_UNSET = -1, ACCESS_PUBLIC = 1, ACCESS_PRIVATE = 2 };
+
+// Bits of output_flags and of the STANDARDOUTPUTLEVEL attributes.
+enum Output_Flag { OUTPUT_HTML = 1, OUTPUT_TEXT = 2, OUTPUT_COMPRESS = 4 };
+
+// What every name table and function table of the compiler is built with.
+inline constexpr int table_bucket_bits = 12;
+inline constexpr int table_initial_slots = 512;
+
+// CompilerParser turns the events of the scanner into calls of the Output_ operations, which a back end
+// implements. One object lives through all source files of a compilation: its tables, counters and labels
+// carry over from file to file. It does not own the call manager, the application or tables that it was
+// given; it owns all the rest.
+//
+// All events answer a ParserStatus: PARSER_OK, PARSER_ERROR when a report was made (the scanner resets the
+// output and goes on), PARSER_FATAL to stop. The status that CompileError gave is handed on unchanged. A
+// length of -1 means up to the NUL, a line of -1 the current line and a null file name the current file.
+class CompilerParser : public Parser {
+  public:
+    // Null tables are made here and owned; null locals are the globals. Defaults of -1 are not set.
+    CompilerParser(Tokenizer* tokenizer, ExternalCallManager* external_calls,
+                   CompilerApplication* application, int function_stdout_default, int function_access_default,
+                   ParserStartState start_state, HashTable<Variable>* locals, HashTable<Variable>* globals,
+                   HashTable<Variable>* system);
+    ~CompilerParser() override;
+    CompilerParser(const CompilerParser&) = delete;
+    CompilerParser& operator=(const CompilerParser&) = delete;
+
+    // Events of the scanner, see Parser.
+    void Reset_Expression() override;
+    ParserStatus Start_Of_Expression() override;
+    ParserStatus End_Of_Expression() override;
+    void Reset_Output() override;
+    ParserStatus Start_Of_Tag(int tag, int closing, int required, int optional, const char* name) override;
+    ParserStatus Attribute_Name(const char* text, int length) override;
+    ParserStatus Attribute_Value(const char* text, int length) override;
+    ParserStatus End_Of_Tag(int self_closing) override;
+    ParserStatus Unknown(const char* text, int length) override;
+    ParserStatus Unknown_Compress(const char* text, int length) override;
+    ParserStatus Expression_Variable(const char* name, int length, Variable_Scope scope, const char* alias,
+                                     int alias_length, const char* full_text, int full_length) override;
+    ParserStatus Expression_Operator(int id, int priority, int operands, int type, int flags) override;
+    ParserStatus Expression_StartParen() override;
+    ParserStatus Expression_StartFunctionCall(const char* name, int length, int dynamic) override;
+    ParserStatus Expression_CloseParen() override;
+    ParserStatus Expression_StringLiteral(const char* text, int length) override;
+    ParserStatus Expression_NumericLiteral(const char* text, int length) override;
+    ParserStatus Expression_FloatLiteral(const char* text, int length) override;
+    ParserStatus Expression_Member(const char* name, int length) override;
+    ParserStatus Start_Of_File() override;
+    ParserStatus End_Of_File(ParserStatus status) override;
+    void Set_Output_Flags(int flags) override;
+
+    // Services for attribute values and the expression scanner.
+    OpcodeQueue* Opcode_Queue() override;
+    // The number of a variable, made with its directive on first mention. Scopes without a table answer the
+    // number of a string constant that holds the name. Inside a false conditional block unknown names answer
+    // 0.
+    int Find_Variable_Ident(const char* name, int length, Variable_Scope scope) override;
+    // The printable digest of the current source file's name, for names of variables that no source can
+    // spell.
+    String ScratchVariable_Ident() override;
+    void Output_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
+                                     int by_reference) override = 0;
+    // One value has left the stack of the innermost subexpression behind the scanner's back.
+    void Decrement_Stackcount() override;
+    void Output_Assembly(const char* text, int length) override = 0;
+
+    // The order of the virtual operations is part of the binary interface: add at the end.
+    virtual int Find_ScratchVariable_Ident(const char* base, int number);
+    virtual void Flush_Opcode_Queue();
+    virtual ParserStatus Check_State_Empty(Stack<Resolution_Info>* stack, const char* tag_word,
+                                           ParserStatus status);
+    virtual ParserStatus Check_State_Empty(Stack<Ifdef_Resolution_Info>* stack, ParserStatus status);
+    virtual ParserStatus Unknown_Common(const char* text, int length, int opcode);
+    virtual ParserStatus Expression_Operator_Close_Elem(int flags);
+    virtual ParserStatus Flush_Operator_Queue_Until(int id);
+    virtual ParserStatus Flush_Operator_Queue(int priority);
+    virtual ParserStatus end_subexpression(int* count, int expected);
+    virtual ParserStatus Output_Operator(Operator* op);
+    virtual ParserStatus Output_Operator_IncrementDecrement(int id, int flags);
+
+    // The contract of a back end. Generators call the opcode queue, never these: the queue decides whether an
+    // instruction goes out now or when its expression is complete.
+    virtual void Generate_Label(ParserLabelType type, int number) = 0;
+    // A null output means the current one, here and in the two directives below that take an output.
+    virtual void Output_String_Directive(CompilerOutput* target, const char* text, int length, int ident,
+                                         ExpressionState state) = 0;
+    virtual void Output_Variable_Directive(CompilerOutput* target, const char* name, int length, int ident,
+                                           Variable_Scope scope) = 0;
+    virtual void Output_Generated_Label(ParserLabelType type, int number) = 0;
+    virtual void Output_Opcode_With_Label(int opcode, ParserLabelType type, int number) = 0;
+    virtual void Output_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
+                                                        int immediate) = 0;
+    virtual void Output_Opcode(int opcode, double value) = 0;
+    virtual void Output_Opcode(int opcode, int first, int second) = 0;
+    virtual void Output_Opcode(int opcode, const char* text, int length, int lower) = 0;
+    virtual void Output_Call(const char* name, int length, int parameters, int lower);
+    virtual void Force_LineNo(int line);
+    virtual void Output_LineNo();
+    virtual void Unforce_LineNo();
+    virtual void Reset_LineNo();
+    // Demands a file version; answers the status of the warning when the target engine is older.
+    virtual ParserStatus Output_Version(int major, int minor) = 0;
+    virtual void Output_Localized_Directive(const char* language, int language_length, const char* id,
+                                            int id_length, const char* text, int text_length) = 0;
+    virtual void Output_Function_Directive(const char* name, int length, int kind, int stdout_level,
+                                           int error_level, int access) = 0;
+    virtual void Output_End_Function_Directive() = 0;
+    virtual void Output_Parameter_Directive(const char* name, int length, int ident, int by_value) = 0;
+    virtual void Output_Ident_Directive(CompilerOutput* target, const char* text, int length) = 0;
+    virtual void Output_DisableLogging_Directive() = 0;
+    virtual void Output_End_Of_File() = 0;
+    // Answers the output that was in force.
+    virtual CompilerOutput* Set_Output(CompilerOutput* output) = 0;
+    // Moves the code of a fragment to the output; answers the bytes moved.
+    virtual int Output_Fragment(StringOutput* fragment) = 0;
+    virtual void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) = 0;
+    virtual void Last_File();
+
+    // The number of a string constant, written on first use with the state of that use. Inside a false
+    // conditional block the answer is 0 and nothing is recorded.
+    int Generate_String_Directive(const char* text, int length, ExpressionState state);
+    // Likewise, after a report when the text is no positive integer.
+    int Generate_Integral_String_Directive(const char* text, int length, ExpressionState state);
+    // Makes a boolean of the condition on the stack, unless it is one by its operators.
+    void Check_Conditional();
+    ParserStatus Check_Types(int type);
+    // Scans the text of an expression that is kept for run time; what names it in the report.
+    ParserStatus Check_Dynamic_Expression_String(const char* text, int length, const char* what);
+
+    double Engine_Version() const;
+
+  protected:
+    // Reports the error that a value has stored.
+    ParserStatus Report_Stored_Error(const AttributeValue& value);
+    // Name of the current source file.
+    const String* Current_File() const;
+    bool Generating() const { return suspended_output == nullptr; }
+    bool Inside_Function() const { return local_variables == &function_variables; }
+
+    // string_constants.cpp
+    int Insert_String_Constant(const char* text, int length, ExpressionState state);
+
+    // literal_text.cpp
+    void Output_Text_Piece(const char* text, int length, int opcode);
+    void Push_String_Literal(const char* text, int length);
+    void Push_Split_Literal(const char* text, int length, int piece_length);
+
+    // source_frame.cpp, call_resolution.cpp
+    void Queue_Source_File();
+    ParserStatus Check_Open_Blocks(ParserStatus status);
+    ParserStatus Resolve_Calls(ParserStatus status);
+    void Declare_External_Functions();
+    ParserStatus Declare_Unresolved_Function(Function_Resolution_Info* call);
+    void Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
+                                     int error_level, int access);
+
+    // operator_stack.cpp, function_calls.cpp
+    ParserStatus Output_Top_Operator();
+    ParserStatus Push_Operator(int id, int priority, int operands, int flags);
+    ParserStatus Push_Comma(int priority);
+    void Push_Statistic(Subexpression_Kind kind);
+    void Pass_On_Mixed_Type(const SubexpressionStatistic& inner);
+    ParserStatus Close_Call();
+    ParserStatus Flush_Operators_At_End(int* written);
+    ParserStatus Check_Whole_Expression(int operators_written);
+    int Element_Opcode() const;
+    int Member_Opcode() const;
+    ParserStatus Output_Pending_Call();
+    ParserStatus Record_Call(Function_Resolution_Info* call);
+
+    // tag_dispatch.cpp, attribute_dispatch.cpp, attribute_expressions.cpp, directive_tag.cpp,
+    // statement_tags.cpp
+
+    // block_stacks.cpp, if_tags.cpp, while_tags.cpp, for_tags.cpp, foreach_tags.cpp, assignment_tags.cpp
+
+    // function_tags.cpp, conditional_tags.cpp, include_tag.cpp, filter_tags.cpp
+
+    // loop_block_tags.cpp, call_tag.cpp, mail_tag.cpp, region_tags.cpp, database_tags.cpp, sql_fields.cpp,
+    // localized_tags.cpp
+
+    ExternalCallManager* external_calls;
+    HashTable<Variable> string_table; // every string constant written so far, with its number
+    int function_stdout_default;      // output flags that every TnFUNCTION starts with, -1 for none
+    int function_access_default;      // Function_Access of every TnFUNCTION without ACCESS
+    int saved_function_flags;         // output flags to go back to behind the open function
+
+    // Localized text.
+    int saved_localized_flags;
+    int localized_text_flags;
+    int localized_text_count;
+
+    int saved_capture_flags; // -1 when the TnCAPTURE being read changed none
+
+    int output_flags;   // Output_Flag bits, mirrored into the scanner
+    int tag_error_code; // tag id of a pending <tagname>_ERROR attribute
+
+    // The expression being compiled.
+    int conditional_operators; // boolean operators outside all brackets
+    Stack<SubexpressionStatistic> subexpressions;
+
+    // The tag being read.
+    int current_tag;       // -1 outside any tag
+    const char* tag_name;  // its table key
+    int current_attribute; // index of its route, see attribute_routes.h
+
+    // Localized text.
+    HashTable<String> localized_ids; // every id of this compilation
+    int localized_sequence;          // behind ids that are made up
+    String* localized_text;          // while set, text is gathered here instead of compiled; owned
+
+    // Names.
+    HashTable<Variable>* local_variables; // what local scope means now
+    HashTable<Variable>* global_variables;
+    HashTable<Variable>* system_variables;
+    HashTable<Variable> function_variables;
+    HashTable<Variable>* scratch_variables; // the scratch table that counts now
+    HashTable<Variable> file_scratch_variables;
+    HashTable<Variable> function_scratch_variables;
+    char file_ident[32]; // printable digest of the current source file's name
+    AttributeLookup attribute_lookup;
+    int next_string_ident;
+
+    // The expression being compiled.
+    int priority_bias;
+    Stack<Operator> operators;
+
+    // Functions.
+    HashTable<Function_Resolution_Info> referenced_functions; // every call; owns the records
+    HashTable<Function_Resolution_Info> called_functions;     // the first call of each name
+    HashTable<Function_Resolution_Info> unresolved_functions; // reported as undefined
+    HashTable<Function_Resolution_Info> defined_functions;
+    Stack<Function_Resolution_Info> open_calls; // closing parenthesis still to come
+    List<Function_Resolution_Info> call_list;   // in source order
+
+    // Open blocks.
+    int next_label;
+    Stack<Resolution_Info> while_stack;
+    Stack<Resolution_Info> if_stack; // of If_Resolution_Info
+    Stack<Ifdef_Resolution_Info> ifdef_stack;
+    Stack<Resolution_Info> import_stack;
+    Stack<Resolution_Info> commerce_stack;
+    Stack<Resolution_Info> pop_stack;
+    Stack<Resolution_Info> lockfile_stack;
+    Stack<Resolution_Info> call_stack;
+    Stack<Resolution_Info> foreach_stack;
+    Stack<Resolution_Info> for_stack;
+    Stack<Resolution_Info> capture_stack; // of Capture_Resolution_Info
+    int async_depth;
+    Resolution_Info* async_block; // null when not open; owned
+    Resolution_Info* smtp_block;  // likewise
+
+    // Output.
+    int last_lineno;
+    unsigned char lineno_forced;
+    CompilerOutput* saved_output;     // the real output while an expression goes into a fragment
+    CompilerOutput* suspended_output; // the real output while a false conditional block discards code
+
+    // Values of the tag being read.
+    AttributeValueArray* attribute_values;
+    int array_kind; // Array_Kind
+    int array_count;
+    AttributeValueArray* array_values; // dimensions of the open array block; owned
+    AttributeValue discard_value;      // takes an expression that is compiled and dropped
+    AttrExprType expression_type;      // kind of value that the current expression yields
+    int interpret_expressions;
+
+    FilterParser* filter_parser; // made on first use; owned
+    unsigned char owns_globals;
+    unsigned char owns_system;
+    OpcodeQueue* opcode_queue; // owned, never null
+    int include_interpret;     // 0 when TnINCLUDE prints the file unchanged
+};
+
+#endif
