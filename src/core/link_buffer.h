@@ -1,0 +1,96 @@
+#ifndef CORE_LINK_BUFFER_H
+#define CORE_LINK_BUFFER_H
+
+class Output;
+class Variable;
+struct mpd_t;
+
+// One piece of a LinkBuffer's text. It owns its bytes and its successor: destroying it destroys the rest of
+// the chain.
+class LinkBuffer_Block {
+  public:
+    // Takes data, an array of capacity bytes of which the first used ones are text.
+    LinkBuffer_Block(char* data, int used, int capacity);
+    ~LinkBuffer_Block();
+    LinkBuffer_Block(const LinkBuffer_Block&) = delete;
+    LinkBuffer_Block& operator=(const LinkBuffer_Block&) = delete;
+
+    char* data;
+    int used;
+    int capacity;
+    LinkBuffer_Block* next;
+    LinkBuffer_Block* previous;
+};
+
+// Text that is built piece by piece, at either end, without moving what is there already: a chain of blocks.
+// At the end it is written out, or made into one array with data or release.
+//
+// Blocks are made in multiples of first_size (the first one) and of block_size (all others), always with a
+// spare byte at least; sizes below 1 count as 1. Who knows about how long a result will be passes
+// First_Size(that) and 512, and the result will stand in one block.
+//
+// Lengths are real counts: -1 is not taken for "up to the NUL". Arrays taken were allocated with new[], and
+// are freed also when taking them fails. A text that no longer fits an int throws std::bad_alloc and leaves
+// the buffer as it was.
+class LinkBuffer {
+  public:
+    LinkBuffer(int first_size, int block_size);
+    virtual ~LinkBuffer();
+    LinkBuffer(const LinkBuffer&) = delete;
+    LinkBuffer& operator=(const LinkBuffer&) = delete;
+
+    // 512 above the length that is expected, as far as an int goes.
+    static int First_Size(int expected_length);
+
+    // At the end. Fills the room of the last block first.
+    void cat(const char* text, int text_length);
+    // Takes text as a block of its own, whose spare bytes the next cat may fill.
+    void cat_nocopy(const char* text, int text_length, int capacity);
+    // Two upper-case hexadecimal digits.
+    void cat_hex(unsigned char byte);
+    void cat(int number);
+    void cat(double number);
+    void cat(mpd_t* number);
+    void cat(Variable* variable);
+    // Copies other's text; other may be this buffer.
+    void cat(LinkBuffer* other);
+    // Takes over other's blocks, and deletes other.
+    void cat_destroy(LinkBuffer* other);
+
+    // The same in front. Each text gets a block of its own.
+    void prepend(const char* text, int text_length);
+    void prepend_nocopy(const char* text, int text_length, int capacity);
+    void prepend(int number);
+    void prepend(double number);
+    void prepend(mpd_t* number);
+    void prepend(Variable* variable);
+    void prepend(LinkBuffer* other);
+    void prepend_destroy(LinkBuffer* other);
+
+    // Copies the text to target, which has room for it. No terminator.
+    void append_to(char* target) const;
+    // One Write for each block, also for an empty one.
+    void output(Output* out) const;
+
+    // Makes one block of the chain, with room for extra more bytes behind the text. Without blocks nothing
+    // happens.
+    void coalesce(int extra);
+
+    // The text in one piece, with a NUL behind it. The buffer owns it; it stays until the next operation.
+    // capacity may be null.
+    const char* data(int* text_length, int* capacity);
+
+    // Hands the text over as one array with room for extra more bytes, to be freed with delete[], and leaves
+    // the buffer empty. The array is not terminated. capacity may be null. Of a buffer without blocks it is
+    // one byte long.
+    [[nodiscard]] char* release(int* text_length, int* capacity, int extra);
+
+  private:
+    LinkBuffer_Block* head;
+    LinkBuffer_Block* tail;
+    int length; // of all blocks
+    int first_size;
+    int block_size;
+};
+
+#endif
