@@ -1,0 +1,78 @@
+#ifndef APP_COMPILER_APPLICATION_H
+#define APP_COMPILER_APPLICATION_H
+
+#include "app/console_application.h"
+#include "app/diagnostics.h"
+#include "core/hash_table.h"
+
+class CompilerOutput;
+class ExternalCallManager;
+class File;
+class FileCompilerParser;
+class Parser;
+
+// Bits of the pedantic checks; the order of their keywords on the command line.
+enum Pedantic_Check : int {
+    PEDANTIC_SCOPE = 1,   // a variable without scope prefix
+    PEDANTIC_LOCK = 2,    // TnFUNCTIONRETURN inside TnLOCKFILE
+    PEDANTIC_CAPTURE = 4, // TnFUNCTIONRETURN inside TnCAPTURE
+    PEDANTIC_ASYNC = 8    // TnFUNCTIONRETURN inside TnASYNCHRONOUS
+};
+
+// One run of the compiler: options, output file, one parser for all input files, and the diagnostics that it
+// reports. The platform class adds the services.
+class CompilerApplication : public ConsoleApplication {
+  public:
+    CompilerApplication(int argc, char** argv);
+    ~CompilerApplication() override;
+
+    bool CommandLine_Requires_Argument(char option) override;
+    bool CommandLine_Requires_Argument(const char* option) override;
+    bool CommandLine_Process_Option(char option, const char* value) override;
+    bool CommandLine_Process_Option_Long(const char* option, const char* value) override;
+
+    // The order of the virtual operations is part of the binary interface: add at the end.
+    virtual ExternalCallManager* externalcallmanager() = 0;
+    // Runs the program; the answer is its exit status, 0 or 1. A failed run leaves no output file.
+    virtual int Go();
+    // These two have printed their message when they answer false.
+    virtual bool ValidateOptions();
+    virtual bool OpenOutput();
+    // Whether -D gave the name, in any case.
+    virtual bool Is_Defined(const char* name, int length);
+    // Prints the diagnostic unless it is a suppressed warning. False means that it counts as an error.
+    virtual bool CompileError(ErrorCode code, const char* file, int line, const String& message);
+    virtual bool Error_WillPrint(ErrorCode code);
+    // Sets or clears a bit of warning_flags for a list like "1,17" or "all".
+    virtual bool CommandLine_Warning_Flags(const char* list, char mask, bool set);
+    // Adds the checks of a list like "scope,lock" or "all" to the warnings or to the errors.
+    virtual bool CommandLine_Pedantic_Flags(const char* list, int is_error);
+    // Sets of Pedantic_Check.
+    virtual int Pedantic_Warn() { return pedantic_warn; }
+    virtual int Pedantic_Error() { return pedantic_error; }
+
+    // Read directly by the code generator. The order of the fields is part of the binary interface.
+  protected:
+    const char* output_path = "output.tna"; // -o: the argument itself
+    File* output_file = nullptr;            // owned
+    CompilerOutput* assembly = nullptr;     // over output_file, owned
+    int first_input;                        // index in argv
+    bool stop_after_options = false;        // --help and --version
+    HashTable<String> defines;              // -D
+    double max_engine_version;
+
+  public:
+    double engine_version;   // -C: the engine that code is generated for
+    int obfuscate_bytes = 0; // -O: constants are split into pieces of that many bytes; 0 leaves them whole
+
+  protected:
+    bool doxygen_output = false;      // -d
+    bool coverage_output = false;     // -L
+    int function_output_default = -1; // -f, -F: output flags of functions; -1 is not set
+    int function_access_default = -1; // -A: 1 public, 2 private; -1 is not set
+    int pedantic_warn = 0;            // -p: Pedantic_Check bits
+    int pedantic_error = 0;           // -P
+    char warning_flags[LAST_WARNING + 1];
+};
+
+#endif
