@@ -239,15 +239,125 @@ class CompilerParser : public Parser {
     ParserStatus Output_Pending_Call();
     ParserStatus Record_Call(Function_Resolution_Info* call);
 
-    // tag_dispatch.cpp, attribute_dispatch.cpp, attribute_expressions.cpp, directive_tag.cpp,
+    // What a tag does at one of its events. The id comes along because current_tag is -1 while a closing
+    // tag is handled.
+    using Tag_Operation = ParserStatus (CompilerParser::*)(int tag);
+    struct Tag_Actions {
+        int tag;
+        Tag_Operation at_open;  // Start_Of_Tag, ahead of the attributes
+        Tag_Operation at_close; // Start_Of_Tag of the closing tag
+        Tag_Operation at_end;   // End_Of_Tag, behind the attributes
+    };
+    static const Tag_Actions tag_actions[]; // by tag id, null where a tag does nothing
+
+    // tag_dispatch.cpp
+    ParserStatus Unimplemented_Tag(int tag);
+    ParserStatus Reject_Closing_Else(int tag);
+    ParserStatus Reject_Closing_Comment(int tag);
+
+    // directive_tag.cpp
+    ParserStatus Generate_Tarn(int tag);
+    // Reads the words of a STANDARDOUTPUTLEVEL into result and puts them in force.
+    ParserStatus Set_StandardOutputLevel(int* result, const char* text, int length);
+    ParserStatus Parse_StandardOutputLevel(int* result, const char* text, int length);
+    ParserStatus Parse_ErrorOutputLevel(int* result, const char* text, int length);
+    ParserStatus Tag_Error_Value(const char* text, int length);
+    ParserStatus Tarn_Interpret(const char* text, int length);
+    void Output_Compression_Level(int flags); // stdoutput by OUTPUT_COMPRESS
+
     // statement_tags.cpp
+    ParserStatus Generate_Statement(int tag); // eval, hide, export
+    ParserStatus Generate_Exit(int tag);
 
-    // block_stacks.cpp, if_tags.cpp, while_tags.cpp, for_tags.cpp, foreach_tags.cpp, assignment_tags.cpp
+    // block_stacks.cpp
+    ParserStatus Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,
+                                         int loop_opcode);
+    ParserStatus Jump_In_Block(int tag); // the stop, continue and delete tags
 
-    // function_tags.cpp, conditional_tags.cpp, include_tag.cpp, filter_tags.cpp
+    // if_tags.cpp, while_tags.cpp, for_tags.cpp, foreach_tags.cpp
+    ParserStatus Generate_If(int tag);
+    ParserStatus Generate_Else(int tag);
+    ParserStatus Generate_Elseif(int tag);
+    ParserStatus Generate_End_If(int tag);
+    ParserStatus Open_While(int tag);
+    ParserStatus Close_While(int tag);
+    ParserStatus Generate_While(int tag);
+    ParserStatus Open_For(int tag);
+    ParserStatus Close_For(int tag);
+    ParserStatus Generate_For(int tag);
+    ParserStatus Open_Foreach(int tag);
+    ParserStatus Close_Foreach(int tag);
+    ParserStatus Generate_Foreach(int tag);
 
-    // loop_block_tags.cpp, call_tag.cpp, mail_tag.cpp, region_tags.cpp, database_tags.cpp, sql_fields.cpp,
+    // assignment_tags.cpp
+    ParserStatus Generate_Assign(int tag);
+    ParserStatus Generate_Reference(int tag);
+    ParserStatus Open_Array_Block(int tag);
+    ParserStatus Check_Reference_Array(int tag);
+    ParserStatus Close_Array_Block(int tag);
+
+    // function_tags.cpp
+    ParserStatus Open_Function(int tag);
+    ParserStatus Close_Function(int tag);
+    ParserStatus Generate_Function(int tag);
+    ParserStatus Check_Return_Placement(int tag); // also at the closing form, ahead of its refusal
+    ParserStatus Reject_Closing_Return(int tag);
+    ParserStatus Generate_Function_Return(int tag);
+    ParserStatus Parse_Access(int* result, const char* text, int length);
+    ParserStatus Parameter_Directive(const char* text, int length);
+    ParserStatus Generate_Do(int tag);
+
+    // conditional_tags.cpp, include_tag.cpp
+    ParserStatus Process_IFDEF(int tag); // TnIFNDEF negates
+    ParserStatus Process_End_IFDEF(int tag);
+    ParserStatus Open_Include(int tag); // at the closing form too
+    ParserStatus Generate_Include(int tag);
+
+    // filter_tags.cpp
+    ParserStatus Generate_Filter(int tag);
+
+    // loop_block_tags.cpp, call_tag.cpp, mail_tag.cpp
+    ParserStatus Generate_Import(int tag);
+    ParserStatus Generate_Pop3(int tag);
+    ParserStatus Generate_Commerce(int tag);
+    ParserStatus Generate_Call(int tag);
+    ParserStatus Close_Loop_Block(int tag); // import, pop, commerce and call
+    ParserStatus Generate_Smtp(int tag);
+    ParserStatus Close_Smtp(int tag);
+
+    // region_tags.cpp
+    ParserStatus Open_Capture(int tag);
+    ParserStatus Close_Capture(int tag);
+    ParserStatus Generate_Capture(int tag);
+    ParserStatus Close_Lockfile(int tag);
+    ParserStatus Generate_Lockfile(int tag);
+    ParserStatus Close_Asynchronous(int tag);
+    ParserStatus Generate_Asynchronous(int tag);
+
+    // database_tags.cpp, sql_fields.cpp
+    ParserStatus Generate_Database_Command(int tag); // the tags of one table row
+    ParserStatus Generate_Open(int tag);
+    ParserStatus Generate_Skip(int tag);
+    ParserStatus Generate_Go(int tag);
+    ParserStatus Generate_Primary(int tag);
+    ParserStatus Generate_Find(int tag);
+    ParserStatus Generate_Makeindex(int tag);
+    ParserStatus Generate_Create(int tag);
+    ParserStatus Generate_Revealstructure(int tag);
+    ParserStatus Generate_Openview(int tag);
+    ParserStatus Generate_Query(int tag);
+    void Validate_SQL_Fields(const char* text, int length);
+    void Validate_SQL_Field(const char* text, int length);
+
     // localized_tags.cpp
+    ParserStatus Open_Localized(int tag);
+    ParserStatus Close_Localized(int tag);
+    ParserStatus Check_Localized_ID(int tag);
+    ParserStatus Open_Localized_Text(int tag);
+    ParserStatus Close_Localized_Text(int tag);
+    ParserStatus Check_Token_Placement(int tag); // at the closing form too
+    ParserStatus Generate_Localized_Token(int tag);
+    ParserStatus Generate_Localized_Directive();
 
     ExternalCallManager* external_calls;
     HashTable<Variable> string_table; // every string constant written so far, with its number
