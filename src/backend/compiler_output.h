@@ -1,0 +1,92 @@
+// Sinks of the assembly text.
+#ifndef BACKEND_COMPILER_OUTPUT_H
+#define BACKEND_COMPILER_OUTPUT_H
+
+#include "backend/output.h"
+#include "core/string.h"
+
+class File;
+
+// The sink of assembly text. The writers compose their items in its buffer, between Reserve and Commit.
+class CompilerOutput : public BufferedOutput {
+  public:
+    explicit CompilerOutput(int capacity);
+    ~CompilerOutput() override;
+
+    // Writes the text in lower case.
+    virtual int Write_Lower(const char* text, int length);
+
+    // Room for that many bytes behind what is buffered, made by a flush where needed; null when the buffer is
+    // smaller than that. What is composed there counts once it is committed, and reaches DoWrite without
+    // passing through Write.
+    char* Reserve(int length) {
+        if (capacity - fill < length && !Make_Room(length)) [[unlikely]]
+            return nullptr;
+        return buffer.get() + fill;
+    }
+
+    // Takes over the bytes from the reserved place up to end, one at least.
+    void Commit(const char* end) {
+        fill = static_cast<int>(end - buffer.get());
+        last_was_space = Is_Space(end[-1]);
+    }
+
+  private:
+    bool Make_Room(int length);
+};
+
+// Assembly text that goes to a file. The destructor flushes.
+class FileOutput : public CompilerOutput {
+  public:
+    // The file stays the caller's.
+    FileOutput(File* file, int capacity);
+    ~FileOutput() override;
+
+    // Texts longer than the buffer go to the file from where they are.
+    int Write(const char* text, int length) override;
+    // After a failed write nothing more is written, so that the first failure is the one kept.
+    int DoWrite(const char* text, int length) override;
+
+    // The system's text of the write that failed, empty while all went well. Flush first to know about all.
+    const String& error() const { return error_; }
+    bool failed() const { return failed_; }
+
+  private:
+    File* file;
+    bool failed_ = false;
+    String error_;
+};
+
+// Size of a fragment's buffer: an ordinary expression never outgrows it.
+inline constexpr int fragment_capacity = 1024;
+
+// The code of one attribute's expression, kept until the tag wants it.
+class StringOutput : public CompilerOutput {
+  public:
+    StringOutput();
+    ~StringOutput() override;
+
+    int DoWrite(const char* text, int length) override;
+
+    // All that was written. The bytes stay the object's, up to the next operation on it.
+    const char* Contents(int* length);
+    // Writes everything to the target and empties this output. Answers the bytes moved.
+    int Move_Contents(CompilerOutput* target);
+    // Forgets everything: an emptied fragment serves the next expression without a new buffer.
+    void Clear();
+
+  private:
+    String flushed; // ahead of what is in the buffer
+};
+
+// Swallows the code of false conditional blocks.
+class NullCompilerOutput : public CompilerOutput {
+  public:
+    NullCompilerOutput();
+    ~NullCompilerOutput() override;
+
+    int Write(const char* text, int length) override;
+    int DoWrite(const char* text, int length) override;
+};
+
+#endif
