@@ -1,0 +1,86 @@
+#include "value/variable_scope.h"
+
+#include <cstring>
+#include <string_view>
+
+#include "value/variable_hash.h"
+
+namespace {
+
+constexpr char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Whether the word, given in lower case, stands at a place of the text, and a dot behind it.
+bool Word_And_Dot(std::string_view text, size_t at, std::string_view word) {
+    if (text.size() < at + word.size() + 1 || text[at + word.size()] != '.')
+        return false;
+    for (size_t i = 0; i < word.size(); ++i)
+        if (Lower(text[at + i]) != word[i])
+            return false;
+    return true;
+}
+
+// A name split in three: alias, scope prefix, and the rest that begins at name. Without an alias its length
+// is -1, and nothing is said about it.
+struct Split_Name {
+    Variable_Scope scope;
+    size_t name = 0;
+    int alias_length = -1;
+};
+
+Split_Name Database(size_t alias_length, size_t name) {
+    return {SCOPE_DATABASE, name, static_cast<int>(alias_length)};
+}
+
+// "x.": one byte in front of the first dot, which may itself be the alias of a database field.
+Split_Name Split_One_Letter(std::string_view text) {
+    if (text.size() >= 5 && Word_And_Dot(text, 2, "d"))
+        return Database(1, 4);
+    if (text.size() >= 12 && Word_And_Dot(text, 2, "database"))
+        return Database(1, 11);
+    switch (Lower(text[0])) {
+    case 'l': return {SCOPE_LOCAL, 2};
+    case 's': return {SCOPE_SYSTEM, 2};
+    case 'g': return {SCOPE_GLOBAL, 2};
+    case 'd': return Database(0, 2);
+    default: return {SCOPE_UNSCOPED};
+    }
+}
+
+Split_Name Split(std::string_view text) {
+    if (text.size() >= 2 && text[1] == '.')
+        return Split_One_Letter(text);
+    size_t dot = text.find('.');
+    if (dot == std::string_view::npos)
+        return {SCOPE_UNSCOPED};
+    if (dot == 5 && Word_And_Dot(text, 0, "local"))
+        return {SCOPE_LOCAL, 6};
+    if (dot == 6 && Word_And_Dot(text, 0, "global"))
+        return {SCOPE_GLOBAL, 7};
+    if (dot == 6 && Word_And_Dot(text, 0, "system"))
+        return {SCOPE_SYSTEM, 7};
+    if (Word_And_Dot(text, dot + 1, "d"))
+        return Database(dot, dot + 3);
+    if (Word_And_Dot(text, dot + 1, "database"))
+        return Database(dot, dot + 10);
+    // A lone "database." or one with a single byte behind it is no prefix.
+    if (dot == 8 && text.size() - dot > 2 && Word_And_Dot(text, 0, "database"))
+        return Database(0, 9);
+    return {SCOPE_UNSCOPED};
+}
+
+} // namespace
+
+Variable_Scope VariableHash::Scope(const char* text, int length, const char** name, int* name_length,
+                                   const char** alias, int* alias_length) {
+    std::string_view whole(text, length < 0 ? strlen(text) : static_cast<size_t>(length));
+    Split_Name split = Split(whole);
+    *name = text + split.name;
+    *name_length = static_cast<int>(whole.size() - split.name);
+    if (split.alias_length >= 0) {
+        *alias = text;
+        *alias_length = split.alias_length;
+    }
+    return split.scope;
+}
