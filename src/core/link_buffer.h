@@ -1,6 +1,8 @@
 #ifndef CORE_LINK_BUFFER_H
 #define CORE_LINK_BUFFER_H
 
+#include <memory>
+
 class Output;
 class Variable;
 struct mpd_t;
@@ -26,8 +28,8 @@ class LinkBuffer_Block {
 // At the end it is written out, or made into one array with data or release.
 //
 // Blocks are made in multiples of first_size (the first one) and of block_size (all others), always with a
-// spare byte at least; sizes below 1 count as 1. Who knows about how long a result will be passes
-// First_Size(that) and 512, and the result will stand in one block.
+// spare byte at least; sizes below 1 count as 1. Who knows about how long a result will be passes 512 more
+// than that, and 512, and the result will stand in one block.
 //
 // Lengths are real counts: -1 is not taken for "up to the NUL". Arrays taken were allocated with new[], and
 // are freed also when taking them fails. A text that no longer fits an int throws std::bad_alloc and leaves
@@ -38,9 +40,6 @@ class LinkBuffer {
     virtual ~LinkBuffer();
     LinkBuffer(const LinkBuffer&) = delete;
     LinkBuffer& operator=(const LinkBuffer&) = delete;
-
-    // 512 above the length that is expected, as far as an int goes.
-    static int First_Size(int expected_length);
 
     // At the end. Fills the room of the last block first.
     void cat(const char* text, int text_length);
@@ -86,6 +85,10 @@ class LinkBuffer {
     [[nodiscard]] char* release(int* text_length, int* capacity, int extra);
 
   private:
+    void Check_Fits(int more) const;
+    void Link_First(std::unique_ptr<LinkBuffer_Block> block);
+    void Link_Last(std::unique_ptr<LinkBuffer_Block> block);
+
     LinkBuffer_Block* head;
     LinkBuffer_Block* tail;
     int length; // of all blocks
