@@ -10,6 +10,7 @@
 #include "frontend/attribute_lookup.h"
 #include "frontend/attribute_value.h"
 #include "frontend/attribute_value_array.h"
+#include "frontend/operator_lookup.h"
 #include "frontend/parser.h"
 #include "frontend/tag_lookup.h"
 #include "value/variable.h"
@@ -38,27 +39,11 @@ enum Subexpression_Kind {
     SUBEXPRESSION_WHOLE = 4
 };
 
-// The class of constants that a subexpression has met; also the type column of the operator table, whose
-// OPERAND_BOOLEAN takes the class back to OPERAND_NONE and is never stored.
-enum Operand_Type {
-    OPERAND_NONE = 0,
-    OPERAND_NUMERIC = 1,
-    OPERAND_STRING = 2,
-    OPERAND_BOOLEAN = 3,
-    OPERAND_MIXED = 4
-};
-
 // Bookkeeping of an open subexpression: how many values it has on the stack so far.
 struct SubexpressionStatistic {
     int count;
     int type; // Operand_Type
     int kind; // Subexpression_Kind
-};
-
-// Flags of Expression_Operator.
-enum Operator_Flag {
-    OPERATOR_BEFORE_DOT = 1, // a ] behind which an inline call follows
-    OPERATOR_PREFIX = 2      // no operand stands to the left
 };
 
 // Kinds of an open TnASSIGNARRAY or TnREFERENCEARRAY block.
@@ -68,9 +53,6 @@ enum Array_Kind { ARRAY_NONE = 0, ARRAY_ASSIGN = 1, ARRAY_REFERENCE = 2 };
 enum Function_Kind { FUNCTION_DEFINED = 0, FUNCTION_UNRESOLVED = 1, FUNCTION_EXTERNAL = 2 };
 
 enum Function_Access { ACCESS_UNSET = -1, ACCESS_PUBLIC = 1, ACCESS_PRIVATE = 2 };
-
-// Bits of output_flags and of the STANDARDOUTPUTLEVEL attributes.
-enum Output_Flag { OUTPUT_HTML = 1, OUTPUT_TEXT = 2, OUTPUT_COMPRESS = 4 };
 
 // What every name table and function table of the compiler is built with.
 inline constexpr int table_bucket_bits = 12;

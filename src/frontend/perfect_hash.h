@@ -1,0 +1,104 @@
+// The lookup that the tables of tags, attributes and operators share.
+#ifndef FRONTEND_PERFECT_HASH_H
+#define FRONTEND_PERFECT_HASH_H
+
+#include "core/string_hash.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+// A minimal perfect hash over a fixed set of keys, worked out at compile time. The high bits of a key's hash
+// choose a byte of a table, and that byte, mixed with the low bits, is the index of the key's record: one
+// hash and one comparison a name, whatever the name.
+//
+// Records have the fields key, in lower case, and length. Bucket_Bits and Low_Bits say how much of the hash
+// is taken from its two ends; construction fails to compile where no table of that size fits the keys.
+template <typename Record, std::size_t count, int bucket_bits, int low_bits>
+class Perfect_Hash {
+  public:
+    constexpr explicit Perfect_Hash(const std::array<Record, count>& rows) {
+        std::array<Bucket, bucket_count> buckets{};
+        for (const Record& row : rows) {
+            Bucket& bucket = buckets[Key_Hash(row.key, row.length) >> bucket_shift];
+            bucket.rows[bucket.size++] = &row;
+            longest = std::max(longest, row.length);
+        }
+        // The fullest buckets first, while there are most places to choose from.
+        for (std::size_t size = bucket_capacity; size > 0; --size) {
+            for (std::size_t bucket = 0; bucket < bucket_count; ++bucket) {
+                if (buckets[bucket].size == size)
+                    Place(bucket, buckets[bucket]);
+            }
+        }
+    }
+
+    // The record of a name in any case, or null. A length of -1 means up to the NUL.
+    const Record* Find(const char* name, int length) const {
+        if (length < 0)
+            length = static_cast<int>(std::strlen(name));
+        if (length > longest)
+            return nullptr;
+        char lowered[longest_possible];
+        for (int i = 0; i < length; ++i)
+            lowered[i] = Lower(name[i]);
+        unsigned hash = Key_Hash(lowered, length);
+        std::size_t index = displacements[hash >> bucket_shift] ^ (hash & low_mask);
+        if (index >= count)
+            return nullptr;
+        const Record& record = records[index];
+        bool same = record.length == length &&
+                    std::memcmp(record.key, lowered, static_cast<std::size_t>(length)) == 0;
+        return same ? &record : nullptr;
+    }
+
+  private:
+    static constexpr std::size_t bucket_count = std::size_t{1} << bucket_bits;
+    static constexpr int bucket_shift = 32 - bucket_bits;
+    static constexpr unsigned low_mask = (1U << low_bits) - 1;
+    static constexpr std::size_t bucket_capacity = 8;
+    static constexpr int longest_possible = 32;
+
+    struct Bucket {
+        std::array<const Record*, bucket_capacity> rows{};
+        std::size_t size = 0;
+    };
+
+    static constexpr char Lower(char byte) {
+        return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    }
+
+    static constexpr unsigned Key_Hash(const char* key, int length) {
+        return hash(key, static_cast<unsigned>(length), 256);
+    }
+
+    // Finds the byte that sends all keys of the bucket to places of their own.
+    constexpr void Place(std::size_t bucket, const Bucket& content) {
+        for (unsigned displacement = 0; displacement < 256; ++displacement) {
+            std::array<bool, count> taken{};
+            std::size_t placed = 0;
+            for (; placed < content.size; ++placed) {
+                std::size_t index = displacement ^ Low(*content.rows[placed]);
+                if (index >= count || records[index].key != nullptr || taken[index])
+                    break;
+                taken[index] = true;
+            }
+            if (placed < content.size)
+                continue;
+            displacements[bucket] = static_cast<unsigned char>(displacement);
+            for (std::size_t i = 0; i < content.size; ++i)
+                records[displacement ^ Low(*content.rows[i])] = *content.rows[i];
+            return;
+        }
+        throw "no displacement fits the keys of this bucket";
+    }
+
+    static constexpr unsigned Low(const Record& row) { return Key_Hash(row.key, row.length) & low_mask; }
+
+    std::array<Record, count> records{};
+    std::array<unsigned char, bucket_count> displacements{};
+    int longest = 0;
+};
+
+#endif

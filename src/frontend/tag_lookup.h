@@ -1,0 +1,31 @@
+#ifndef FRONTEND_TAG_LOOKUP_H
+#define FRONTEND_TAG_LOOKUP_H
+
+// Ids of the tags, for code that works with plain ints: Tag::If.
+namespace Tag {
+enum Number : int {
+#define TAG(name, id, key, required, optional) name = id,
+#include "frontend/tags.def"
+};
+} // namespace Tag
+
+// What a tag without an attribute list has for its two counts.
+inline constexpr int NO_SLOTS = -1;
+
+// A key of the tag table. The order of the fields is part of the binary interface.
+struct _TagLookup {
+    int id;
+    int kind;     // 2 with an attribute list, 0 without
+    int required; // attribute slots that are fixed, NO_SLOTS without an attribute list
+    int optional; // attribute slots that follow, likewise
+    int length;   // of the key
+    const char* key;
+};
+
+class TagLookup {
+  public:
+    // The record of a name in any case, or null. A length of -1 means up to the NUL.
+    const _TagLookup* Lookup(const char* name, int length) const;
+};
+
+#endif
