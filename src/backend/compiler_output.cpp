@@ -2,6 +2,8 @@
 
 #include "files/file.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstring>
 
 CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity) {
@@ -10,9 +12,16 @@ CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity) {
 CompilerOutput::~CompilerOutput() = default;
 
 int CompilerOutput::Write_Lower(const char* text, int length) {
-    String lower(text, length);
-    lower.lowcase();
-    return Write(lower.text(), lower.length());
+    if (length == -1)
+        length = static_cast<int>(std::strlen(text));
+    char lower[256];
+    for (int written = 0; written < length;) {
+        const int piece = std::min(length - written, static_cast<int>(sizeof lower));
+        std::transform(text + written, text + written + piece, lower,
+                       [](signed char byte) { return static_cast<char>(std::tolower(byte)); });
+        written += Write(lower, piece);
+    }
+    return length;
 }
 
 bool CompilerOutput::Make_Room(int length) {

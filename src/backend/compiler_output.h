@@ -25,8 +25,10 @@ class CompilerOutput : public BufferedOutput {
         return buffer.get() + fill;
     }
 
-    // Takes over the bytes from the reserved place up to end, one at least.
+    // Takes over the bytes from the reserved place up to end.
     void Commit(const char* end) {
+        if (end == buffer.get() + fill)
+            return;
         fill = static_cast<int>(end - buffer.get());
         last_was_space = Is_Space(end[-1]);
     }

@@ -13,7 +13,7 @@ enum Opcode {
 // What stands behind the mnemonic in the assembly text.
 enum class Operand_Form : unsigned char {
     NONE,
-    READ_ONLY,       // nothing; older engines get the writable instruction with the number before
+    READ_ONLY,       // nothing; older engines get the writable instruction
     STRING,          // s_N, a string constant
     INTEGER,         // N
     VARIABLE,        // l_N
@@ -35,6 +35,16 @@ constexpr Operand_Kind First_Operand(int opcode) {
 }
 constexpr Operand_Kind Second_Operand(int opcode) {
     return static_cast<Operand_Kind>((opcode >> 12) & 3);
+}
+
+// The instruction that does the same for an element or member that is to be changed; all others are
+// themselves.
+constexpr int Writable_Access(int opcode) {
+    switch (opcode) {
+    case OPCODE_ELEM_RO: return OPCODE_ELEM;
+    case OPCODE_MEMB_RO: return OPCODE_MEMB;
+    default: return opcode;
+    }
 }
 
 // One instruction. The head is all its text up to the first operand's number, from the line feed on; it is
