@@ -48,6 +48,8 @@ class CoverageCompilerParser : public FileCompilerParser {
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
 
   private:
+    void Note_Line(int line);
+
     SplayTree<int, int> lines; // with code; owns its numbers
 };
 

@@ -58,7 +58,9 @@ class FileCompilerParser : public CompilerParser {
     int last_file;
 
   private:
+    ParserStatus Report_Old_Engine();
     void Output_Read_Only_Access(int opcode);
+    void Output_Unknown_Opcode(int opcode, int first);
 };
 
 #endif
