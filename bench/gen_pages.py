@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""Write a page of Tarn Script to standard output: gen_pages.py MIX SIZE
+
+MIX is text, typical or code: how much prose stands between the tags. SIZE is in bytes, with K or M behind it for
+units of 1024. The same mix and size give the same page. It compiles without a warning and reports nothing.
+"""
+import random
+import sys
+
+# Bytes of prose in front of each tag, from and to, and the weights of what follows.
+MIXES = {
+    'text': ((1200, 2400), {'html': 12, 'eval': 4, 'assign': 1, 'if': 2, 'for': 1, 'call': 1}),
+    'typical': ((40, 160), {'html': 14, 'eval': 4, 'assign': 1, 'if': 2, 'for': 1, 'call': 1}),
+    'code': ((0, 0), {'html': 1, 'eval': 8, 'assign': 9, 'if': 4, 'for': 2, 'call': 3}),
+}
+WORDS = ('a the of in house garden river boat morning evening letter answer question "quoted" bread market window '
+         'street lamp winter summer harvest cellar bottle paper pencil table chair doctor teacher winner story').split()
+ELEMENTS = ['<p>', '</p>', '<div class="row">', '</div>', '<a href="/list?page=2">', '</a>', '<br/>', '<b>', '</b>',
+            '<td align="right">', '</td>', '<img src="/pictures/house.png" alt="">']
+HEAD = '<TnFUNCTION NAME="total" PARAMETERS="a, b"><TnFUNCTIONRETURN VALUE="{l.a + l.b}"></TnFUNCTION>'
+
+
+class Page:
+    def __init__(self, mix, size):
+        self.random = random.Random(mix)
+        self.prose_range, self.weights = MIXES[mix]
+        self.size = size
+        self.pieces = [HEAD]
+        self.length = len(HEAD)
+        self.open_tags = []
+        self.runs = 0
+        self.variables = max(10, size // 5000)
+
+    def write(self, text):
+        self.pieces.append(text)
+        self.length += len(text)
+
+    def prose(self):
+        """A run of words that does not occur twice."""
+        length = self.random.randint(*self.prose_range)
+        if length == 0:
+            return '\n'
+        self.runs += 1
+        words = ['\n%d.' % self.runs]
+        while length > 0:
+            words.append(self.random.choice(WORDS) + ('\n' if self.random.random() < 0.1 else ''))
+            length -= len(words[-1]) + 1
+        return ' '.join(words)
+
+    def variable(self):
+        return 'g.v%d' % self.random.randrange(self.variables)
+
+    def operand(self):
+        return self.random.choice([self.variable(), self.variable(), str(self.random.randrange(10000)),
+                                   '(%s - 1)' % self.variable(), '%s[%d]' % (self.variable(), self.random.randint(1, 9))])
+
+    def value(self):
+        if self.random.random() < 0.2:
+            return "%s $ 'item %d'" % (self.variable(), self.random.randrange(1000))
+        operators = self.random.choices('+-*', k=self.random.randint(0, 3))
+        return self.variable() + ''.join(' %s %s' % (o, self.operand()) for o in operators)
+
+    def condition(self):
+        test = '%s %s %s' % (self.variable(), self.random.choice(['GT', 'LT', 'EQ']), self.operand())
+        return test if self.random.random() < 0.7 else '%s AND %s NE 0' % (test, self.variable())
+
+    def tag(self):
+        kind = self.random.choices(list(self.weights), list(self.weights.values()))[0]
+        if kind == 'html':
+            self.write(self.random.choice(ELEMENTS))
+        elif kind == 'eval':
+            self.write('<TnEVAL EXPR="{%s}">' % self.value())
+        elif kind == 'assign':
+            self.write('<TnASSIGN NAME="%s" EXPR="{%s}">' % (self.variable(), self.value()))
+        elif kind == 'call':
+            self.write('<TnEVAL EXPR="{total(%s, %s)}">' % (self.value(), self.operand()))
+        elif kind == 'if':
+            self.write('<TnIF EXPR="{%s}">' % self.condition())
+            self.open_tags.append('TnIF')
+        else:
+            self.write('<TnFOR ITERATOR="l.i" COUNT="{%s}">' % self.variable())
+            self.open_tags.append('TnFOR')
+
+    def text(self):
+        while self.length < self.size:
+            self.write(self.prose())
+            if self.open_tags and self.random.random() < 0.1 * len(self.open_tags):
+                self.write('</%s>' % self.open_tags.pop())
+            else:
+                self.tag()
+        while self.open_tags:
+            self.write('</%s>' % self.open_tags.pop())
+        return ''.join(self.pieces)
+
+
+def bytes_of(size):
+    units = {'K': 1 << 10, 'M': 1 << 20}
+    return int(size[:-1]) * units[size[-1]] if size[-1] in units else int(size)
+
+
+if __name__ == '__main__':
+    if len(sys.argv) != 3 or sys.argv[1] not in MIXES:
+        sys.exit(__doc__)
+    sys.stdout.write(Page(sys.argv[1], bytes_of(sys.argv[2])).text())
