@@ -3,22 +3,15 @@
 #include <cstring>
 #include <string_view>
 
+#include "core/text_search.h"
 #include "value/variable_hash.h"
 
 namespace {
 
-constexpr char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-// Whether the word, given in lower case, stands at a place of the text, and a dot behind it.
+// Whether the word stands at a place of the text, in any case, and a dot behind it.
 bool Word_And_Dot(std::string_view text, size_t at, std::string_view word) {
-    if (text.size() < at + word.size() + 1 || text[at + word.size()] != '.')
-        return false;
-    for (size_t i = 0; i < word.size(); ++i)
-        if (Lower(text[at + i]) != word[i])
-            return false;
-    return true;
+    return text.size() > at + word.size() && text[at + word.size()] == '.' &&
+           memcmpi(text.data() + at, word.data(), word.size()) == 0;
 }
 
 // A name split in three: alias, scope prefix, and the rest that begins at name. Without an alias its length
@@ -39,11 +32,15 @@ Split_Name Split_One_Letter(std::string_view text) {
         return Database(1, 4);
     if (text.size() >= 12 && Word_And_Dot(text, 2, "database"))
         return Database(1, 11);
-    switch (Lower(text[0])) {
-    case 'l': return {SCOPE_LOCAL, 2};
-    case 's': return {SCOPE_SYSTEM, 2};
-    case 'g': return {SCOPE_GLOBAL, 2};
-    case 'd': return Database(0, 2);
+    switch (text[0]) {
+    case 'l':
+    case 'L': return {SCOPE_LOCAL, 2};
+    case 's':
+    case 'S': return {SCOPE_SYSTEM, 2};
+    case 'g':
+    case 'G': return {SCOPE_GLOBAL, 2};
+    case 'd':
+    case 'D': return Database(0, 2);
     default: return {SCOPE_UNSCOPED};
     }
 }
