@@ -1,4 +1,7 @@
-#pragma once
+#ifndef FILES_UNIX_FILE_PATH_H
+#define FILES_UNIX_FILE_PATH_H
+
+#include <string_view>
 
 // A path held as one text and cut into elements in place. An absolute path has the root as its element 0 and
 // the names from element 1 on. Runs of slashes count as one separator, slashes at the end as none.
@@ -11,6 +14,7 @@
 // until the next Span, or until an Element inside of it.
 class UNIXFilePath {
   public:
+    // A null path is the empty one.
     explicit UNIXFilePath(const char* path);
     // Adopts a path from new[] unless copy is set.
     UNIXFilePath(char* path, bool copy);
@@ -46,6 +50,12 @@ class UNIXFilePath {
     void Release();
 
   private:
+    char* End(int index) const;
+    std::string_view Name(int index) const;
+    std::string_view Last_Name(); // of the collapsed elements
+    int Collapsed_Count();
+    bool Begins_Like(UNIXFilePath& other, int count);
+
     char* text;
     int length; // as constructed, ahead of any trimming
     int element_count = 0;
@@ -54,3 +64,5 @@ class UNIXFilePath {
     int collapsed_count = 0;
     int* collapsed = nullptr; // elements that survive collapsing; null until first needed
 };
+
+#endif
