@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FILES_FILE_H
+#define FILES_FILE_H
 
 #include "core/string.h"
 #include "files/path_type.h"
@@ -69,3 +70,5 @@ class File {
     char* path;              // as given, from strdup
     String error_;
 };
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FILES_FILE_MANAGER_H
+#define FILES_FILE_MANAGER_H
 
 #include "core/list.h"
 #include "core/string.h"
@@ -129,7 +130,7 @@ class FileManager {
 
   protected:
     // Both store the text and answer false.
-    bool Fail(const char* text);
+    bool Fail(const String& text);
     bool Fail_System();
 
     TarnApplication* application;
@@ -139,3 +140,5 @@ class FileManager {
     List<File> active;   // files with a descriptor, newest first
     List<File> inactive; // parked files
 };
+
+#endif

@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FILES_PATH_TYPE_H
+#define FILES_PATH_TYPE_H
 
 // The root directory that a contained path belongs to.
 enum Tarn_PathType {
@@ -52,3 +53,5 @@ enum FileSecurityOption {
     SECURITY_TEMP_LINKS = 256,
     SECURITY_TEMP_OTHER_OWNER = 512,
 };
+
+#endif
