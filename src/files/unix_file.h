@@ -1,4 +1,5 @@
-#pragma once
+#ifndef FILES_UNIX_FILE_H
+#define FILES_UNIX_FILE_H
 
 #include "files/file.h"
 
@@ -41,9 +42,11 @@ class UNIXFile : public File {
     UNIXFile(UNIXFileManager* manager, Tarn_PathType type, const char* path, int descriptor, int flags);
 
     bool Ready();
+    long Answer(long result); // of a system call, whose failure is stored
     bool Fail_System();
     bool Stat(struct stat* status);
     bool Range_Lock(short type, long start, unsigned long length);
+    int Reopen(String& error);
 
     int descriptor; // -1 while parked
     void* mapping = nullptr;
@@ -51,3 +54,5 @@ class UNIXFile : public File {
     int open_flags;     // for reopening: nothing is created or truncated again
     off_t position = 0; // while parked
 };
+
+#endif

@@ -1,9 +1,11 @@
-#pragma once
+#ifndef FILES_UNIX_FILE_MANAGER_H
+#define FILES_UNIX_FILE_MANAGER_H
 
 #include "files/file_manager.h"
 
 #include <sys/stat.h>
 
+class Descriptor;
 class UNIXFilePath;
 
 // How paths below one root are treated, from ContainedPathSettings.
@@ -120,10 +122,56 @@ class UNIXFileManager : public FileManager {
     static int OpenMode(int mode);
 
   private:
-    UNIXFilePath* script_root = nullptr;
-    int script_fd = -1;
-    UNIXFilePath* data_root = nullptr;
-    int data_fd = -1;
-    UNIXFilePath* temp_root = nullptr;
-    int temp_fd = -1;
+    // The path is the root's real path, null until it is configured.
+    struct Root {
+        UNIXFilePath* path = nullptr;
+        int descriptor = -1;
+    };
+
+    // What is remembered of a path while its last name is opened or looked at.
+    struct Link_Walk;
+
+    enum class Copied { No, Yes, Same_File };
+
+    static Root Duplicate(const Root& root);
+    static const char* Root_Name(Tarn_PathType type);
+    Root* Root_Of(Tarn_PathType type); // null for an unknown type
+    bool Initialize_Root(Tarn_PathType type, const char* path, const char* label);
+
+    bool Answer(int result); // of a system call, whose failure is stored
+    bool Fail_Realize(int status);
+    bool Enter_Directory_Of(Tarn_PathType type, UNIXFilePath& path);
+    File* Enter(File* file, int mode);
+
+    int Open_Contained(Tarn_PathType type, const char* path, int flags, mode_t mode);
+    int Open_To_Touch(Tarn_PathType type, const char* path);
+    bool Begin_Walk(Tarn_PathType type, const char* path, Link_Walk* walk);
+    // The look at a path's last name ahead of opening it; at its link, once it was found to be one.
+    bool Look(Link_Walk* walk, int flags);
+    bool Follow_Found_Link(Link_Walk* walk);
+    bool Follow(Link_Walk* walk, uid_t owner, const char* target, const struct stat& target_status);
+    bool Check_Opened(const Link_Walk& walk, int descriptor, bool truncate);
+
+    // Opens a new file with the first number behind the base that is free.
+    int Open_Numbered(const String& base, int flags, String* name);
+
+    Copied Copy_File(const char* source, const char* target);
+    Copied Copy_File(Tarn_PathType source_type, const char* source, Tarn_PathType target_type,
+                     const char* target);
+    // The flags are added to those that lock files are opened with.
+    int Take_Lock(const char* path, int flags);
+    bool Write_Lock_File(const char* path, struct stat* status);
+    int Wait_For_Lock(const char* temporary, const struct stat& written, const char* path, int flags);
+    int Open_And_Judge_Lock(const char* path, int flags);
+    // Of what opening the lock file gave.
+    int Judge_Lock(const char* path, int descriptor);
+
+    bool Check_Copy_Source(int source);
+    Copied Copy_Opened(int source, Descriptor& target);
+
+    Root script;
+    Root data;
+    Root temp;
 };
+
+#endif

@@ -1,0 +1,54 @@
+#ifndef FILES_DESCRIPTOR_H
+#define FILES_DESCRIPTOR_H
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+// Ahead of the umask.
+constexpr mode_t new_file_mode = 0666;
+constexpr mode_t new_directory_mode = 0777;
+
+// The target of a copy is emptied later, when it is known not to be the source.
+constexpr int copy_target_flags = O_WRONLY | O_CREAT;
+
+// A null path is the empty one, which names nothing.
+inline const char* path_text(const char* path) {
+    return path ? path : "";
+}
+
+// Opens a path so that no program started later inherits the descriptor.
+inline int open_path(const char* path, int flags, mode_t mode = 0) {
+    return open(path, flags | O_CLOEXEC, mode);
+}
+
+// What is read from a FIFO isn't known ahead.
+inline off_t length_of(const struct stat& status) {
+    return S_ISFIFO(status.st_mode) ? 0 : status.st_size;
+}
+
+// Owns an open descriptor, or -1. Closing in the destructor leaves errno alone.
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) : fd(fd) {}
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        const int saved = errno;
+        (void)Close(); // nobody is left to hear of it
+        errno = saved;
+    }
+
+    explicit operator bool() const { return fd >= 0; }
+    int get() const { return fd; }
+    int Release() { return std::exchange(fd, -1); }
+    // Whoever has written learns here what the file system reports late.
+    [[nodiscard]] bool Close() { return fd < 0 || close(Release()) == 0; }
+
+  private:
+    int fd;
+};
+
+#endif

@@ -1,0 +1,224 @@
+// Named locks, which are files that tell who holds them, and touching files.
+//
+// A lock file is complete when it appears: it is written under a name of the thread's own and then linked to
+// its place. One that was left behind by a dead holder is removed by whoever waits for it; two who wait must
+// not both remove, since the second might meet the new lock of the first. So the remover holds a lock on the
+// file that it has judged while it makes sure that this very file still stands at the path.
+
+#include "app/config.h"
+#include "app/tarn_application.h"
+#include "core/md5.h"
+#include "files/descriptor.h"
+#include "files/unix_file_manager.h"
+#include "files/unix_file_path.h"
+
+#include <algorithm>
+#include <climits>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+#include <sys/file.h>
+#include <sys/select.h>
+#include <utime.h>
+
+namespace {
+
+constexpr mode_t lock_file_mode = 0664;
+constexpr mode_t touched_file_mode = 0644;
+constexpr size_t lock_content_size = 512;
+
+// What the content of a lock file tells.
+struct Lock_Holder {
+    long process = 0;
+    long thread = 0; // 0 where none was recorded
+    const char* host = nullptr;
+};
+
+// Cuts the content in place. Old lock files tell no thread.
+Lock_Holder parse_holder(char* content) {
+    Lock_Holder holder;
+    char* const colon = strchr(content, ':');
+    if (!colon)
+        return holder;
+    *colon = '\0';
+    holder.host = colon + 1;
+    holder.process = strtol(content, nullptr, 10);
+    if (const char* const mark = strchr(content, '!'))
+        holder.thread = strtol(mark + 1, nullptr, 10);
+    return holder;
+}
+
+std::string temporary_lock_name(TarnApplication& application, const char* path) {
+    const char* const host = application.lockhostname();
+    unsigned char digest[16];
+    char printable[32];
+    MD5Encoder encoder;
+    encoder.Encode(reinterpret_cast<const unsigned char*>(host), static_cast<unsigned>(strlen(host)), digest);
+    encoder.Make_Printable(digest, printable);
+    return std::string(path) + '.' + std::string(printable, sizeof printable) + '.' +
+           std::to_string(application.processid()) + '.' + std::to_string(application.threadid());
+}
+
+std::string lock_content(TarnApplication& application) {
+    return std::to_string(application.processid()) + '!' + std::to_string(application.threadid()) + ':' +
+           application.lockhostname();
+}
+
+bool same_file(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// For judging a lock file and then locking it: a shared file system grants that lock to writers only.
+int open_lock_file(const char* path, int flags) {
+    const int opened = open_path(path, O_RDWR | flags);
+    return opened >= 0 ? opened : open_path(path, O_RDONLY | flags);
+}
+
+// Removes the open lock file, unless another stands at its path by now or someone else is about to do it.
+bool remove_lock_file(const char* path, int descriptor) {
+    struct stat judged, found;
+    return flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &judged) == 0 &&
+           stat(path, &found) == 0 && same_file(judged, found) && unlink(path) == 0;
+}
+
+void wait_for_next_pass(TarnApplication& application) {
+    const Config* const config = application.config();
+    const int milliseconds = config ? std::max(config->Integer(CONFIG_LOCK_WAIT), 0) : 0;
+    struct timeval wait = {milliseconds / 1000, milliseconds % 1000 * 1000};
+    select(0, nullptr, nullptr, nullptr, &wait);
+}
+
+} // namespace
+
+int UNIXFileManager::Lock(const char* path) {
+    return Take_Lock(path_text(path), 0);
+}
+
+int UNIXFileManager::Lock(Tarn_PathType type, const char* path) {
+    UNIXFilePath p(path);
+    return Enter_Directory_Of(type, p) ? Take_Lock(p.Collapsed_Filename(), O_NOFOLLOW) : FILE_LOCK_FAILED;
+}
+
+int UNIXFileManager::Take_Lock(const char* path, int flags) {
+    if (!FreeFileSpace(1))
+        return FILE_LOCK_FAILED;
+    const std::string temporary = temporary_lock_name(*application, path);
+    struct stat written;
+    if (!Write_Lock_File(temporary.c_str(), &written))
+        return FILE_LOCK_FAILED;
+    const int result = Wait_For_Lock(temporary.c_str(), written, path, flags);
+    unlink(temporary.c_str());
+    return result;
+}
+
+bool UNIXFileManager::Write_Lock_File(const char* path, struct stat* status) {
+    const Descriptor opened(open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, lock_file_mode));
+    if (!opened && errno == EEXIST)
+        return Fail_System(); // it isn't ours, and stays
+    const std::string content = lock_content(*application);
+    if (opened &&
+        write(opened.get(), content.data(), content.size()) == static_cast<ssize_t>(content.size()) &&
+        fstat(opened.get(), status) == 0)
+        return true;
+    Fail_System();
+    unlink(path);
+    return false;
+}
+
+int UNIXFileManager::Wait_For_Lock(const char* temporary, const struct stat& written, const char* path,
+                                   int flags) {
+    for (;;) {
+        if (application->cancelled())
+            return Fail("Timed out waiting for lock"), FILE_LOCK_CANCELLED;
+        if (link(temporary, path) != 0 && errno != EEXIST)
+            return Fail_System(), FILE_LOCK_FAILED;
+        struct stat found;
+        if (lstat(path, &found) != 0)
+            continue; // it went away in between
+        // Only this tells who has it: over a network a link may be made and yet be reported as failed.
+        if (same_file(found, written))
+            return FILE_LOCK_HELD;
+
+        const Descriptor opened(open_lock_file(path, O_NONBLOCK | flags));
+        const int state = Judge_Lock(path, opened.get());
+        if (state == FILE_LOCK_OWN)
+            return Fail("Possible deadlock detected"), FILE_LOCK_DEADLOCK;
+        if (state == FILE_LOCK_STALE && remove_lock_file(path, opened.get()))
+            continue;
+        wait_for_next_pass(*application);
+    }
+}
+
+int UNIXFileManager::Lock_Valid(const char* path) {
+    return Open_And_Judge_Lock(path_text(path), 0);
+}
+
+int UNIXFileManager::Lock_Valid(Tarn_PathType type, const char* path) {
+    UNIXFilePath p(path);
+    if (!Enter_Directory_Of(type, p))
+        return FILE_LOCK_UNREADABLE;
+    return Open_And_Judge_Lock(p.Collapsed_Filename(), O_NOFOLLOW);
+}
+
+int UNIXFileManager::Open_And_Judge_Lock(const char* path, int flags) {
+    if (!FreeFileSpace(1))
+        return FILE_LOCK_UNREADABLE;
+    return Judge_Lock(path, Descriptor(open_path(path, O_RDONLY | O_NONBLOCK | flags)).get());
+}
+
+int UNIXFileManager::Judge_Lock(const char* path, int descriptor) {
+    char content[lock_content_size];
+    const ssize_t length = descriptor < 0 ? -1 : read(descriptor, content, sizeof content - 1);
+    if (length < 0)
+        return Fail_System(), FILE_LOCK_UNREADABLE;
+    content[length] = '\0';
+
+    const Lock_Holder holder = parse_holder(content);
+    if (holder.host && !strcmp(holder.host, application->lockhostname()) && holder.process > 0 &&
+        holder.process <= INT_MAX) {
+        const bool own = holder.process == application->processid() &&
+                         (holder.thread == 0 || holder.thread == application->threadid());
+        if (own)
+            return FILE_LOCK_OWN;
+        return kill(static_cast<pid_t>(holder.process), 0) != 0 && errno == ESRCH ? FILE_LOCK_STALE
+                                                                                  : FILE_LOCK_VALID;
+    }
+
+    // Nobody can be asked, so the lock is judged by its age.
+    const int expiration = application->lockexpiration();
+    struct stat status;
+    if (expiration == 0 || lstat(path, &status) != 0)
+        return FILE_LOCK_VALID;
+    return time(nullptr) - status.st_mtime >= expiration ? FILE_LOCK_STALE : FILE_LOCK_VALID;
+}
+
+bool UNIXFileManager::Lock_Delete(const char* path) {
+    return unlink(path_text(path)) == 0 || errno == ENOENT || Fail_System();
+}
+
+bool UNIXFileManager::Lock_Delete(Tarn_PathType type, const char* path) {
+    UNIXFilePath p(path);
+    return Enter_Directory_Of(type, p) && Lock_Delete(p.Collapsed_Filename());
+}
+
+bool UNIXFileManager::TouchFile(const char* path) {
+    if (utime(path_text(path), nullptr) == 0)
+        return true;
+    if (errno != ENOENT)
+        return Fail_System();
+    if (!FreeFileSpace(1))
+        return false;
+    const Descriptor created(open_path(path_text(path), O_WRONLY | O_CREAT, touched_file_mode));
+    return created || Fail_System();
+}
+
+bool UNIXFileManager::TouchFile(Tarn_PathType type, const char* path) {
+    int opened = Open_To_Touch(type, path);
+    if (opened < 0 && errno == ENOENT)
+        opened = Open_Contained(type, path, O_WRONLY | O_CREAT | O_NONBLOCK, touched_file_mode);
+    const Descriptor touched(opened);
+    return touched && Answer(futimens(touched.get(), nullptr));
+}
