@@ -4,6 +4,9 @@
 
 #include <iterator>
 
+// The engine that this compiler is of.
+inline constexpr double newest_engine_version = 5.52;
+
 inline constexpr int file_version_major = 1;
 
 // The minor file version that a piece of code demands, named after the code.

@@ -1,0 +1,21 @@
+// The C interface of extension libraries. In an execution engine these functions reach into the running
+// program; in the compiler they are there so that a library finds every symbol it was linked against. None of
+// them does anything, and none looks at its arguments.
+
+#include <cstdint>
+
+namespace {
+
+// Fills the result register, whether the caller expects an int or a pointer there.
+using Word = std::intptr_t;
+
+} // namespace
+
+#define STUB(result, name) extern "C" result name();
+#include "extension/c_interface.def"
+
+#define STUB(result, name)                                                                                   \
+    extern "C" result name() {                                                                               \
+        return result();                                                                                     \
+    }
+#include "extension/c_interface.def"

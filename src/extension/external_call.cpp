@@ -1,0 +1,137 @@
+#include "extension/external_call.h"
+
+#include "core/text_search.h"
+#include "extension/external_library.h"
+#include "value/variable.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+constexpr int registered_growth = 16;
+
+std::string_view Name(const char* name, int length) {
+    return length == -1 ? std::string_view(name) : std::string_view(name, static_cast<std::size_t>(length));
+}
+
+} // namespace
+
+ExternalCall::ExternalCall(const _TN_EL_Function* record) : record(record), result(new Variable) {
+}
+
+// A library may be gone by now, with the record, unless the function keeps data.
+ExternalCall::~ExternalCall() {
+    if (data)
+        record->function(nullptr, nullptr, nullptr, &data);
+    result->DecRefCount();
+}
+
+// Someone may still hold the last result: then it is left to them.
+int ExternalCall::Call(TarnVM* vm, VariableHash* parameters) {
+    if (result->refcount() >= 2) {
+        result->DecRefCount();
+        result = new Variable;
+    } else {
+        result->SetNULL();
+    }
+    record->function(vm, parameters, result, &data);
+    return 1;
+}
+
+ExternalCallPersistentData::ExternalCallPersistentData(TarnVM* vm, const char* name, int name_length,
+                                                       void* value, Free_Function free_function)
+    : vm(vm), name_length(static_cast<int>(Name(name, name_length).size())), value(value),
+      free_function(free_function) {
+    this->name = std::make_unique<char[]>(static_cast<std::size_t>(this->name_length) + 1);
+    std::memcpy(this->name.get(), name, static_cast<std::size_t>(this->name_length));
+}
+
+ExternalCallPersistentData::~ExternalCallPersistentData() {
+    if (free_function)
+        free_function(vm, value);
+    else
+        delete static_cast<char*>(value);
+}
+
+ExternalCallManager::ExternalCallManager(ExternalLibraryManager* library_manager)
+    : library_manager(library_manager), calls(1, 1, 12, 512),
+      registered(std::make_unique<Registered_Library[]>(registered_growth)),
+      registered_capacity(registered_growth), registered_count(0), persistent(1, 1, 12, 512) {
+}
+
+ExternalCallManager::ExternalCallManager(ExternalLibraryManager* library_manager, ExternalCallManager& other)
+    : ExternalCallManager(library_manager) {
+    for (int index = 0; index < other.registered_count; ++index) {
+        // One that can't be loaded again is left out, with the reason in lasterror.
+        (void)ExternalCallManager::RegisterDSO(other.registered[index].library->filename.text());
+    }
+}
+
+ExternalCallManager::~ExternalCallManager() = default;
+
+bool ExternalCallManager::RegisterDSO(const char* path) {
+    ExternalLibrary* library = library_manager->Lookup(path, ExternalLibrary::FUNCTIONS);
+    if (!library) {
+        lasterror = library_manager->lasterror;
+        return false;
+    }
+    void* symbol = library->Get_Function(function_table_symbol);
+    if (!symbol) {
+        lasterror = library->lasterror;
+        return false;
+    }
+    const _TN_EL_Descriptor* descriptor = reinterpret_cast<External_Function_Table>(symbol)();
+    if (!descriptor) {
+        lasterror.assign("Unable to retrieve function descriptor table", -1);
+        return false;
+    }
+    Append(library, descriptor->functions);
+    return true;
+}
+
+void ExternalCallManager::Append(ExternalLibrary* library, const _TN_EL_Function* functions) {
+    if (registered_count == registered_capacity) {
+        auto larger = std::make_unique<Registered_Library[]>(
+            static_cast<std::size_t>(registered_capacity + registered_growth));
+        std::copy_n(registered.get(), registered_count, larger.get());
+        registered = std::move(larger);
+        registered_capacity += registered_growth;
+    }
+    registered[registered_count++] = {library, functions};
+}
+
+ExternalCall* ExternalCallManager::Lookup_External(const char* name, int length) {
+    std::string_view wanted = Name(name, length);
+    ExternalCall* call = calls.Find(name, static_cast<int>(wanted.size()));
+    if (call || registered_count == 0)
+        return call;
+    const _TN_EL_Function* record = Find_Record(wanted);
+    if (!record)
+        return nullptr;
+    call = new ExternalCall(record);
+    calls.Insert(call);
+    return call;
+}
+
+const _TN_EL_Function* ExternalCallManager::Find_Record(std::string_view name) const {
+    int length = static_cast<int>(name.size());
+    for (int index = 0; index < registered_count; ++index) {
+        for (const _TN_EL_Function* record = registered[index].functions; record && record->name; ++record) {
+            if (record->name_length == length && memcmpi(record->name, name.data(), length) == 0)
+                return record;
+        }
+    }
+    return nullptr;
+}
+
+void* ExternalCallManager::Lookup_Persistent(const char* name, int length) {
+    const ExternalCallPersistentData* found = persistent.Find(name, length);
+    return found ? found->value : nullptr;
+}
+
+void ExternalCallManager::Register_Persistent(TarnVM* vm, const char* name, int length, void* value,
+                                              ExternalCallPersistentData::Free_Function free_function) {
+    delete persistent.Remove(name, length);
+    persistent.Insert(new ExternalCallPersistentData(vm, name, length, value, free_function));
+}
