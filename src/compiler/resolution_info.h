@@ -2,7 +2,10 @@
 #ifndef COMPILER_RESOLUTION_INFO_H
 #define COMPILER_RESOLUTION_INFO_H
 
+#include "core/hash_table.h"
 #include "core/string.h"
+
+#include <string_view>
 
 // A block that a tag has opened and none has closed yet. The stack of its family owns it.
 class Resolution_Info {
@@ -53,5 +56,12 @@ class Function_Resolution_Info : public Resolution_Info {
     String name;
     int parameters; // declared, or given in the call
 };
+
+inline std::string_view Hash_Key(const Function_Resolution_Info& function) {
+    return {function.name.text(), static_cast<std::size_t>(function.name.length())};
+}
+
+template <>
+inline constexpr bool Hash_Key_Ignores_Case<Function_Resolution_Info> = true;
 
 #endif

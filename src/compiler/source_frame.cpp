@@ -1,0 +1,98 @@
+// The frame of a source file: its name at the start, the checks and the end marker at its end, and the line
+// numbers between them.
+
+#include "backend/opcode.h"
+#include "compiler/compiler_parser.h"
+#include "core/md5.h"
+#include "frontend/tokenizer.h"
+
+ParserStatus CompilerParser::Start_Of_File() {
+    const String* file = Current_File();
+    unsigned char digest[16];
+    MD5Encoder().Encode(reinterpret_cast<const unsigned char*>(file->text()),
+                        static_cast<unsigned>(file->length()), digest);
+    MD5Encoder::Make_Printable(digest, file_ident);
+    if (start_state == START_FILE) {
+        Queue_Source_File();
+    }
+    return PARSER_OK;
+}
+
+void CompilerParser::Queue_Source_File() {
+    const String* file = Current_File();
+    int ident = Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT);
+    Queue(OPCODE_SOURCEFILE, ident);
+}
+
+const String* CompilerParser::Current_File() const {
+    return &tokenizer->filename;
+}
+
+ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
+    if (tokenizer_stack.Entries() > 0) { // an included file
+        if (status == PARSER_OK) {
+            Output_End_Of_File();
+        }
+        return status;
+    }
+    status = Check_Open_Blocks(status);
+    status = Resolve_Calls(status);
+    Declare_External_Functions();
+    if (status == PARSER_OK) {
+        Output_End_Of_File();
+    }
+    return status;
+}
+
+ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
+    status = Check_State_Empty(&if_stack, "TnIF", status);
+    status = Check_State_Empty(&ifdef_stack, status);
+    status = Check_State_Empty(&commerce_stack, "TnCOMMERCE", status);
+    status = Check_State_Empty(&import_stack, "TnIMPORT", status);
+    status = Check_State_Empty(&pop_stack, "TnPOP", status);
+    status = Check_State_Empty(&lockfile_stack, "TnLOCKFILE", status);
+    status = Check_State_Empty(&while_stack, "TnWHILE", status);
+    status = Check_State_Empty(&call_stack, "TnCALL", status);
+    status = Check_State_Empty(&capture_stack, "TnCAPTURE", status);
+    status = Check_State_Empty(&for_stack, "TnFOR", status);
+    status = Check_State_Empty(&foreach_stack, "TnFOREACH", status);
+    if (smtp_block) {
+        status = Report_At<Message::Single_Block_Unclosed>(smtp_block->line, &smtp_block->file, "TnSMTP",
+                                                           "TnSMTP");
+    }
+    if (async_block) {
+        status = Report_At<Message::Single_Block_Unclosed>(async_block->line, &async_block->file,
+                                                           "TnASYNCHRONOUS", "TnASYNCHRONOUS");
+    }
+    if (Inside_Function()) {
+        status = Report<Message::Function_Unclosed>();
+    }
+    return status;
+}
+
+void CompilerParser::Output_LineNo() {
+    if (lineno_forced) {
+        return;
+    }
+    int line = Linenumber();
+    if (line != last_lineno) {
+        last_lineno = line;
+        Queue(OPCODE_LINENO, line);
+    }
+}
+
+void CompilerParser::Force_LineNo(int line) {
+    lineno_forced = 1;
+    if (line != last_lineno) {
+        last_lineno = line;
+        Queue(OPCODE_LINENO, line);
+    }
+}
+
+void CompilerParser::Unforce_LineNo() {
+    lineno_forced = 0;
+}
+
+void CompilerParser::Reset_LineNo() {
+    last_lineno = 0;
+}
