@@ -1,0 +1,49 @@
+// Calls: the instruction, and the records by which they meet their definitions at the end.
+
+#include "backend/opcode.h"
+#include "backend/opcode_queue.h"
+#include "compiler/compiler_parser.h"
+
+// The callee has its own position: behind the call the caller's is restored.
+ParserStatus CompilerParser::Output_Pending_Call() {
+    if (!open_calls.Top()) {
+        return Report<Message::Internal_Call_Without_Function>();
+    }
+    Function_Resolution_Info* call = open_calls.Pop();
+    ParserStatus status = PARSER_OK;
+    if (Generating()) {
+        if (application) {
+            status = Record_Call(call);
+        }
+        opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
+        Queue_Source_File();
+        Queue(OPCODE_LINENO, Linenumber());
+        call_list.Insert(call, LIST_LAST);
+    }
+    referenced_functions.Insert(call);
+    return status;
+}
+
+ParserStatus CompilerParser::Record_Call(Function_Resolution_Info* call) {
+    const Function_Resolution_Info* first = called_functions.Find(call->name.text(), call->name.length());
+    if (!first) {
+        called_functions.Insert(call);
+        return PARSER_OK;
+    }
+    if (first->line == -1 || first->parameters == call->parameters) {
+        return PARSER_OK;
+    }
+    return Report<Message::Function_Called_Differently>(call->name, call->parameters, first->parameters,
+                                                        first->line);
+}
+
+void CompilerParser::Output_Call(const char* name, int length, int parameters, int lower) {
+    if (!called_functions.Find(name, length)) {
+        auto* call = new Function_Resolution_Info(Linenumber(), name, length, Current_File());
+        call->parameters = parameters;
+        call_list.Insert(call, LIST_LAST);
+        called_functions.Insert(call);
+        referenced_functions.Insert(call);
+    }
+    opcode_queue->Queue_Opcode(OPCODE_CALL, name, length, lower);
+}
