@@ -1,0 +1,68 @@
+// TnINCLUDE: another file, compiled in place or printed unchanged.
+
+#include "app/compiler_application.h"
+#include "backend/opcode.h"
+#include "compiler/compiler_parser.h"
+#include "files/file.h"
+#include "files/file_manager.h"
+#include "frontend/tokenizer.h"
+
+#include <memory>
+
+// INTERPRET holds for one tag only.
+ParserStatus CompilerParser::Open_Include(int) {
+    include_interpret = 1;
+    return PARSER_OK;
+}
+
+ParserStatus CompilerParser::Generate_Include(int) {
+    int length = 0;
+    const char* text = attribute_values->Element(0)->Get_Simple_Text(&length);
+    String name(text, length);
+    if (Is_Being_Included(name)) {
+        (void)Report<Message::Include_Recursive>();
+        return PARSER_FATAL;
+    }
+    return include_interpret ? Include_Source(name) : Include_Text(name);
+}
+
+// The current file is not on the stack: a file that includes itself is met at the second nesting.
+bool CompilerParser::Is_Being_Included(const String& name) {
+    for (const Tokenizer* suspended = tokenizer_stack.Top(); suspended; suspended = tokenizer_stack.Peek()) {
+        const String& other = suspended->filename;
+        if (other.length() == name.length() &&
+            std::memcmp(other.text(), name.text(), static_cast<std::size_t>(name.length())) == 0) {
+            (void)tokenizer_stack.Top();
+            return true;
+        }
+    }
+    (void)tokenizer_stack.Top(); // the cursor goes back for the next pop
+    return false;
+}
+
+ParserStatus CompilerParser::Include_Source(const String& name) {
+    auto included = std::make_unique<Tokenizer>(application->filemanager());
+    if (!included->Open(name)) {
+        return Report<Message::Include_Not_Opened>(name, included->lasterror);
+    }
+    tokenizer_stack.Push(tokenizer);
+    tokenizer->File_Deactivate();
+    (void)Set_Tokenizer(included.release()); // the one before is on the stack
+    return Start_Of_File();
+}
+
+ParserStatus CompilerParser::Include_Text(const String& name) {
+    FileManager* manager = application->filemanager();
+    std::unique_ptr<File> file(manager->Open(name.text(), FILE_MODE_READ));
+    if (!file) {
+        return Report<Message::Include_Not_Opened>(name, manager->error());
+    }
+    int length = static_cast<int>(file->Length()); // files of 2 GiB and more can't be opened
+    const char* contents = file->Map(0, length);
+    if (!contents && length != 0) {
+        return Report<Message::Include_Not_Mapped>(name, file->error());
+    }
+    Queue(OPCODE_PUSHC, Generate_String_Directive(contents ? contents : "", length, EXPRESSION_STATE_TEXT));
+    Queue(OPCODE_OUT);
+    return PARSER_OK;
+}
