@@ -15,6 +15,9 @@
 #include "frontend/tag_lookup.h"
 #include "value/variable.h"
 
+#include <memory>
+#include <string_view>
+
 class CompilerOutput;
 class ExternalCallManager;
 class FilterParser;
@@ -181,43 +184,64 @@ class CompilerParser : public Parser {
     ParserStatus Check_Dynamic_Expression_String(const char* text, int length, const char* what);
 
     double Engine_Version() const;
+    // Gives a value that is not set a constant.
+    void Set_Default(AttributeValue* value, std::string_view text);
 
   protected:
-    // Reports the error that a value has stored.
+    // compiler_parser.cpp
     ParserStatus Report_Stored_Error(const AttributeValue& value);
-    // Name of the current source file.
-    const String* Current_File() const;
     bool Generating() const { return suspended_output == nullptr; }
     bool Inside_Function() const { return local_variables == &function_variables; }
+    void Queue(int opcode, int first = 0, int second = 0);
+    String Engine_Version_Text() const; // without trailing zeros
 
-    // string_constants.cpp
-    int Insert_String_Constant(const char* text, int length, ExpressionState state);
-
-    // literal_text.cpp
-    void Output_Text_Piece(const char* text, int length, int opcode);
-    void Push_String_Literal(const char* text, int length);
-    void Push_Split_Literal(const char* text, int length, int piece_length);
-
-    // source_frame.cpp, call_resolution.cpp
+    // source_frame.cpp
+    const String* Current_File() const;
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);
+
+    // call_resolution.cpp
     ParserStatus Resolve_Calls(ParserStatus status);
-    void Declare_External_Functions();
     ParserStatus Declare_Unresolved_Function(Function_Resolution_Info* call);
+    void Declare_External_Functions();
     void Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
                                      int error_level, int access);
 
-    // operator_stack.cpp, function_calls.cpp
-    ParserStatus Output_Top_Operator();
-    ParserStatus Push_Operator(int id, int priority, int operands, int flags);
-    ParserStatus Push_Comma(int priority);
+    // literal_text.cpp
+    int Literal_Piece_Length() const; // 0 where nothing is split
+    void Output_Text_Piece(const char* text, int length, int opcode);
+    void Push_Literal_Piece(const char* text, int length);
+    void Push_Split_Literal(const char* text, int length, int piece_length);
+    void Push_Joined_Piece(const char* text, int length, bool first);
+
+    // variables.cpp
+    bool Inside_False_Block();
+    HashTable<Variable>* Variables_Of(Variable_Scope scope) const; // null where the scope has no table
+
+    // expression_operands.cpp
     void Push_Statistic(Subexpression_Kind kind);
+    void Count_Value();
+    ParserStatus Output_Remaining_Operators(int* written);
+    void Check_Last_Subexpression(int operators_written, ParserStatus* status);
+
+    // operator_stack.cpp
+    ParserStatus Separate_Argument(int priority);
+    ParserStatus Output_Top_Operator();
+    bool Needs_Writable_Access();
+    int Element_Opcode();
+    int Member_Opcode();
     void Pass_On_Mixed_Type(const SubexpressionStatistic& inner);
+    ParserStatus Close_Paren();
     ParserStatus Close_Call();
-    ParserStatus Flush_Operators_At_End(int* written);
-    ParserStatus Check_Whole_Expression(int operators_written);
-    int Element_Opcode() const;
-    int Member_Opcode() const;
+    ParserStatus Push_Dynamic_Call(const char* text, int length);
+
+    // increment_operators.cpp
+    void Output_Scratch_Increment(int arithmetic, bool prefix);
+    void Output_Stack_Increment(int arithmetic, bool prefix);
+    void Queue_Step(int arithmetic);
+    void Queue_Value_Copy();
+
+    // function_calls.cpp
     ParserStatus Output_Pending_Call();
     ParserStatus Record_Call(Function_Resolution_Info* call);
 
@@ -282,21 +306,34 @@ class CompilerParser : public Parser {
     ParserStatus Open_Function(int tag);
     ParserStatus Close_Function(int tag);
     ParserStatus Generate_Function(int tag);
+    ParserStatus Check_Function_Name(std::string_view name);
+    ParserStatus Discard_Function(std::string_view name);
+    ParserStatus Read_Function_Levels(int* stdout_level, int* error_level);
+    ParserStatus Read_Function_Access(int* access);
+    ParserStatus Declare_Parameters(Function_Resolution_Info* definition);
     ParserStatus Check_Return_Placement(int tag); // also at the closing form, ahead of its refusal
     ParserStatus Reject_Closing_Return(int tag);
     ParserStatus Generate_Function_Return(int tag);
     ParserStatus Parse_Access(int* result, const char* text, int length);
     ParserStatus Parameter_Directive(const char* text, int length);
     ParserStatus Generate_Do(int tag);
+    ParserStatus Output_Do_Call(AttributeValue* value, AttributeValue* name);
 
     // conditional_tags.cpp, include_tag.cpp
     ParserStatus Process_IFDEF(int tag); // TnIFNDEF negates
     ParserStatus Process_End_IFDEF(int tag);
+    void Suspend_Generation();
+    void Resume_Generation();
+    bool Debugging();                   // whether the notices of conditional compilation were asked for
     ParserStatus Open_Include(int tag); // at the closing form too
     ParserStatus Generate_Include(int tag);
+    bool Is_Being_Included(const String& name);
+    ParserStatus Include_Source(const String& name);
+    ParserStatus Include_Text(const String& name);
 
     // filter_tags.cpp
     ParserStatus Generate_Filter(int tag);
+    ParserStatus Compile_Filter(AttributeValue* filter, AttributeValue* type_value, int had_braces);
 
     // loop_block_tags.cpp, call_tag.cpp, mail_tag.cpp
     ParserStatus Generate_Import(int tag);
@@ -304,6 +341,13 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Commerce(int tag);
     ParserStatus Generate_Call(int tag);
     ParserStatus Close_Loop_Block(int tag); // import, pop, commerce and call
+    struct Loop_Block;
+    static const Loop_Block& Loop_Block_Of(int tag);
+    void Output_Loop_Opening(int tag, int opcode);
+    int Highest_Set_Element();
+    ParserStatus Output_Counted_Call(int count);
+    ParserStatus Check_Call_Attributes(int count);
+    ParserStatus Output_Old_Call(int count);
     ParserStatus Generate_Smtp(int tag);
     ParserStatus Close_Smtp(int tag);
 
@@ -328,6 +372,9 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Revealstructure(int tag);
     ParserStatus Generate_Openview(int tag);
     ParserStatus Generate_Query(int tag);
+    void Output_Database_Command(int operands, int opcode);
+    void Output_Reveal(int target, int opcode);
+    void Validate_SQL_Fields(const AttributeValue& fields);
     void Validate_SQL_Fields(const char* text, int length);
     void Validate_SQL_Field(const char* text, int length);
 
@@ -335,6 +382,7 @@ class CompilerParser : public Parser {
     ParserStatus Open_Localized(int tag);
     ParserStatus Close_Localized(int tag);
     ParserStatus Check_Localized_ID(int tag);
+    void Make_Localized_ID(AttributeValue* value, const String& stem);
     ParserStatus Open_Localized_Text(int tag);
     ParserStatus Close_Localized_Text(int tag);
     ParserStatus Check_Token_Placement(int tag); // at the closing form too
@@ -432,6 +480,8 @@ class CompilerParser : public Parser {
     unsigned char owns_system;
     OpcodeQueue* opcode_queue; // owned, never null
     int include_interpret;     // 0 when TnINCLUDE prints the file unchanged
+
+    std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
 };
 
 #endif

@@ -1,0 +1,116 @@
+// TnCALL: an HTTP request. The number of operands follows the highest attribute given, in the steps that the
+// engines know.
+
+#include "backend/engine_version.h"
+#include "backend/opcode.h"
+#include "backend/opcode_queue.h"
+#include "compiler/compiler_parser.h"
+
+namespace {
+
+enum Call_Element {
+    CERTFILE = 5,
+    CERTVALUE = 10,
+    FLAGS = 11,
+    PIN_ALGORITHM = 12,
+    PIN_DIGEST = 13,
+    CALL_ELEMENTS = 14
+};
+
+// Operands of the older instructions.
+constexpr int plain_operands = 5;
+constexpr int certificate_operands = 8;
+
+constexpr double counted_operands_engine = 5.0;
+constexpr double certvalue_engine = 5.24;
+constexpr double flags_engine = 5.32;
+constexpr double pin_engine = 5.33;
+
+} // namespace
+
+// The block exists from the spush on, so that its closing tag matches also when a check ends the generation.
+ParserStatus CompilerParser::Generate_Call(int) {
+    if (attribute_values->Check_Complete(2)) {
+        return Report<Message::Call_Requires_Action>();
+    }
+    int count = Highest_Set_Element() + 1;
+    call_stack.Push(new Resolution_Info(next_label, Linenumber(), Current_File()));
+    Queue(OPCODE_SPUSH);
+    ParserStatus status =
+        Engine_Version() >= counted_operands_engine ? Output_Counted_Call(count) : Output_Old_Call(count);
+    if (status != PARSER_OK) {
+        return status;
+    }
+    opcode_queue->Queue_Generated_Label(LABEL_START, next_label);
+    ++next_label;
+    return PARSER_OK;
+}
+
+int CompilerParser::Highest_Set_Element() {
+    int element = CALL_ELEMENTS - 1;
+    while (element >= 0 && !attribute_values->Element(element)->Is_Set()) {
+        --element;
+    }
+    return element;
+}
+
+ParserStatus CompilerParser::Output_Counted_Call(int count) {
+    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED)) {
+        return status;
+    }
+    if (count <= plain_operands) {
+        count = plain_operands;
+    } else if (count <= certificate_operands) {
+        count = certificate_operands;
+    } else if (ParserStatus status = Check_Call_Attributes(count)) {
+        return status;
+    }
+    attribute_values->Output(count, 0);
+    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, next_label, count);
+    return PARSER_OK;
+}
+
+ParserStatus CompilerParser::Check_Call_Attributes(int count) {
+    auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
+    double engine = Engine_Version();
+    if (count > CERTVALUE) {
+        if (given(CERTFILE) && given(CERTVALUE)) {
+            return Report<Message::Call_Certificate_Twice>();
+        }
+        if (given(CERTVALUE) && engine < certvalue_engine) {
+            return Report<Message::Call_Certvalue_Version>(Engine_Version_Text());
+        }
+    }
+    if (count > FLAGS && given(FLAGS) && engine < flags_engine) {
+        return Report<Message::Call_Flags_Version>(Engine_Version_Text());
+    }
+    if (count > PIN_ALGORITHM && (given(PIN_ALGORITHM) || given(PIN_DIGEST))) {
+        if (engine < pin_engine) {
+            return Report<Message::Call_Pin_Version>(Engine_Version_Text());
+        }
+        if (given(PIN_ALGORITHM) != given(PIN_DIGEST)) {
+            return Report<Message::Call_Pin_Incomplete>();
+        }
+    }
+    return PARSER_OK;
+}
+
+// More operands than the old format holds: the version is demanded, and no opening instruction written. Old
+// engines skip such a block, which sources that serve several engines rely on.
+ParserStatus CompilerParser::Output_Old_Call(int count) {
+    if (count <= plain_operands) {
+        attribute_values->Output(plain_operands, 0);
+        opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP, LABEL_END, next_label);
+        return PARSER_OK;
+    }
+    if (count > certificate_operands) {
+        (void)Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED); // has reported
+        return PARSER_OK;
+    }
+    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_CERTIFICATE)) {
+        return status;
+    }
+    attribute_values->Output(certificate_operands, 0);
+    opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP_CF, LABEL_END, next_label);
+    return PARSER_OK;
+}
