@@ -5,11 +5,12 @@
 #include "app/diagnostics.h"
 #include "core/hash_table.h"
 
-class CompilerOutput;
+#include <memory>
+
 class ExternalCallManager;
 class File;
 class FileCompilerParser;
-class Parser;
+class FileOutput;
 
 // Bits of the pedantic checks; the order of their keywords on the command line.
 enum Pedantic_Check : int {
@@ -17,6 +18,12 @@ enum Pedantic_Check : int {
     PEDANTIC_LOCK = 2,    // TnFUNCTIONRETURN inside TnLOCKFILE
     PEDANTIC_CAPTURE = 4, // TnFUNCTIONRETURN inside TnCAPTURE
     PEDANTIC_ASYNC = 8    // TnFUNCTIONRETURN inside TnASYNCHRONOUS
+};
+
+// Bits of warning_flags. Suppression comes first: a warning with both bits is neither printed nor counted.
+enum Warning_Flag : char {
+    WARNING_SUPPRESSED = 1, // not printed
+    WARNING_ABORTS = 2      // counts as an error
 };
 
 // One run of the compiler: options, output file, one parser for all input files, and the diagnostics that it
@@ -55,7 +62,7 @@ class CompilerApplication : public ConsoleApplication {
   protected:
     const char* output_path = "output.tna"; // -o: the argument itself
     File* output_file = nullptr;            // owned
-    CompilerOutput* assembly = nullptr;     // over output_file, owned
+    FileOutput* assembly = nullptr;         // over output_file, owned
     int first_input;                        // index in argv
     bool stop_after_options = false;        // --help and --version
     HashTable<String> defines;              // -D
@@ -66,13 +73,29 @@ class CompilerApplication : public ConsoleApplication {
     int obfuscate_bytes = 0; // -O: constants are split into pieces of that many bytes; 0 leaves them whole
 
   protected:
-    bool doxygen_output = false;      // -d
-    bool coverage_output = false;     // -L
-    int function_output_default = -1; // -f, -F: output flags of functions; -1 is not set
-    int function_access_default = -1; // -A: 1 public, 2 private; -1 is not set
-    int pedantic_warn = 0;            // -p: Pedantic_Check bits
-    int pedantic_error = 0;           // -P
-    char warning_flags[LAST_WARNING + 1];
+    bool doxygen_output = false;          // -d
+    bool coverage_output = false;         // -L
+    int function_output_default = -1;     // -f, -F: output flags of functions; -1 is not set
+    int function_access_default = -1;     // -A: 1 public, 2 private; -1 is not set
+    int pedantic_warn = 0;                // -p: Pedantic_Check bits
+    int pedantic_error = 0;               // -P
+    char warning_flags[LAST_WARNING + 1]; // Warning_Flag bits by warning number
+
+    // Ends what OpenOutput began; before the file manager goes.
+    void Close_Output();
+
+  private:
+    struct Option;
+    static const Option options[];
+    static const Option* Find_Option(char letter);
+    void Print_Usage();
+
+    bool Compile_Files();
+    std::unique_ptr<FileCompilerParser> Make_Parser();
+    // False when any write failed, with the message printed.
+    bool Finish_Output();
+    void Remove_Output();
+    bool Path_Error(const char* verb, const char* path, const String& reason);
 };
 
 #endif

@@ -70,10 +70,6 @@ class ConsoleApplication : public TarnApplication {
     // Writes the program's name and the text as a line of error output; answers false.
     virtual bool ArgumentError(const String& text);
 
-  private:
-    bool Process_Long_Option(int& index);
-    bool Process_Option_Cluster(int& index);
-
   protected:
     // The order of the fields is part of the binary interface.
     Output* output_;       // owned
@@ -81,6 +77,10 @@ class ConsoleApplication : public TarnApplication {
     char hostname_[128];
     int argc;
     char** argv;
+
+  private:
+    bool Process_Long_Option(int& index);
+    bool Process_Option_Cluster(int& index);
 };
 
 #endif

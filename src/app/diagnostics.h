@@ -43,7 +43,7 @@ class Message_Argument {
     Message_Argument(int number) : number(number) {}
     Message_Argument(std::string_view text) : text(text) {}
     Message_Argument(const char* text) : text(text) {}
-    Message_Argument(const String& text) : text(text.text(), static_cast<std::size_t>(text.length())) {}
+    Message_Argument(const String& text) : text(text.view()) {}
 
     std::string_view text;
     int number = 0;

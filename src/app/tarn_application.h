@@ -187,10 +187,6 @@ class TarnApplication {
     String charset_;
     int charset_changes;
     bool charset_is_utf8;
-
-  private:
-    time_t Deadline_From_Setting(int setting);
-    void Insert_Log_Filter(const char*& text);
 };
 
 #endif
