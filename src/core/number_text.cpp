@@ -4,6 +4,7 @@
 
 #include "app/tarn_application.h"
 #include "core/shortest_double.h"
+#include "core/text_length.h"
 #include "core/text_search.h"
 
 #include <algorithm>
@@ -81,12 +82,6 @@ char* New_Text(std::string_view text, int spare, int* len, int* size) {
     if (size)
         *size = text_size;
     return copy;
-}
-
-int Given_Length(const char* text, int len) {
-    if (!text)
-        return 0;
-    return len == -1 ? static_cast<int>(std::min(std::strlen(text), size_t{INT_MAX})) : std::max(len, 0);
 }
 
 // The text with a NUL behind its len bytes: itself where one stands there already, otherwise a copy. `size`
@@ -187,7 +182,7 @@ char* TarnApplication::mpdtos(mpd_t* value, int* len, int* size) {
 
 // Wraps at 32 bits.
 int TarnApplication::stoi(const char* text, int len, int* error) {
-    std::string_view digits(text ? text : "", static_cast<size_t>(Given_Length(text, len)));
+    std::string_view digits(text ? text : "", static_cast<size_t>(Text_Length(text, len)));
     Set_Error(error, 0);
     const bool negative = digits.starts_with('-');
     int base = 10;
@@ -212,7 +207,7 @@ int TarnApplication::stoi(const char* text, int len, int* error) {
 }
 
 double TarnApplication::stod(const char* text, int len, int size, int* error) {
-    const int text_length = Given_Length(text, len);
+    const int text_length = Text_Length(text, len);
     Set_Error(error, 0);
     if (text_length == 0)
         return 0;
@@ -235,7 +230,7 @@ double TarnApplication::stod(const char* text, int len, int size, int* error) {
 }
 
 mpd_t* TarnApplication::stompd(mpd_t* target, const char* text, int len, int size, int* error) {
-    const int text_length = Given_Length(text, len);
+    const int text_length = Text_Length(text, len);
     Set_Error(error, 0);
     target = Target_Or_New(target);
     if (text_length == 0)

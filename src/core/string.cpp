@@ -1,6 +1,7 @@
 // Storing, appending and editing. Pieces and queries are in string_pieces.cpp.
 
 #include "core/string.h"
+#include "core/text_length.h"
 
 #include <algorithm>
 #include <bit>
@@ -44,18 +45,6 @@ int String::Rounded_Capacity(int64_t needed) {
     if (rounded > INT_MAX)
         throw std::bad_alloc();
     return static_cast<int>(rounded);
-}
-
-// The bytes that an operation takes from (s, len).
-int String::Given_Length(const char* s, int len) {
-    if (!s)
-        return 0;
-    if (len != -1)
-        return std::max(len, 0);
-    const size_t length = std::strlen(s);
-    if (length > INT_MAX)
-        throw std::bad_alloc();
-    return static_cast<int>(length);
 }
 
 String& String::operator=(const String& other) {
@@ -107,7 +96,7 @@ void String::assign(char c) {
 }
 
 void String::assign(const char* s, int len) {
-    len = Given_Length(s, len);
+    len = Text_Length(s, len);
     if (capacity() <= len) {
         const int new_capacity = Capacity_For(len);
         char* p = new char[static_cast<size_t>(new_capacity)];
@@ -157,7 +146,7 @@ void String::Cat_Slowly(const char* s, int len) {
         assign(s, len);
         return;
     }
-    len = Given_Length(s, len);
+    len = Text_Length(s, len);
     const int64_t new_length = int64_t{length_} + len;
     if (capacity() <= new_length)
         Grow_To(Capacity_For(new_length), s, len);
@@ -183,7 +172,7 @@ void String::Grow_To(int new_capacity, const char* s, int len) {
 }
 
 void String::prepend(const char* s, int len) {
-    len = Given_Length(s, len);
+    len = Text_Length(s, len);
     const int64_t new_length = int64_t{length_} + len;
     const int new_capacity = new_length < capacity() ? capacity() : Capacity_For(new_length);
     char* p = new char[static_cast<size_t>(new_capacity)];
@@ -239,8 +228,8 @@ void String::gsub(const char* from, const char* to) {
     int hit = search(from, 0);
     if (hit < 0)
         return;
-    const int from_length = Given_Length(from, -1);
-    const int to_length = Given_Length(to, -1);
+    const int from_length = Text_Length(from, -1);
+    const int to_length = Text_Length(to, -1);
     String replaced;
     int done = 0;
     for (; hit >= 0; hit = search(from, done)) {

@@ -116,7 +116,6 @@ class String {
     // Capacity for a text of `length` bytes and its NUL. Throws when that is beyond 31 bits.
     static int Capacity_For(int64_t length) { return Rounded_Capacity(length + 1); }
     static int Rounded_Capacity(int64_t needed);
-    static int Given_Length(const char* s, int len);
 
     void Take(String& other) noexcept;
     void Forget_Buffer();

@@ -2,6 +2,7 @@
 
 #include "core/base64.h"
 #include "core/string.h"
+#include "core/text_length.h"
 #include "core/text_search.h"
 
 #include <algorithm>
@@ -95,7 +96,7 @@ String String::before(const char* s) const {
 
 String String::after(const char* s, int from) const {
     const int hit = search(s, from);
-    return hit < 0 ? String("", 0) : C_Tail(int64_t{hit} + Given_Length(s, -1));
+    return hit < 0 ? String("", 0) : C_Tail(int64_t{hit} + Text_Length(s, -1));
 }
 
 String String::from(const char* s, int from) const {
