@@ -1,0 +1,151 @@
+#include "core/link_buffer.h"
+
+#include "app/tarn_application.h"
+#include "backend/output.h"
+#include "value/variable.h"
+
+#include <gtest/gtest.h>
+#include <mpdecimal.h>
+
+#include <climits>
+#include <cstring>
+#include <new>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Pieces = std::vector<std::string>;
+
+Pieces written;
+
+// The text of each block.
+Pieces Pieces_Of(const LinkBuffer& buffer) {
+    written.clear();
+    NullOutput recorder([](const char* text, int length) {
+        written.emplace_back(text, length);
+        return length;
+    });
+    buffer.output(&recorder);
+    return written;
+}
+
+} // namespace
+
+TEST(LinkBuffer, Blocks_Are_Multiples_Of_Their_Size) {
+    const int cases[][2] = {{0, 10}, {9, 10}, {10, 20}, {25, 30}};
+    LinkBuffer buffer(10, 5); // used anew after each release
+    int length;
+    int capacity;
+    for (const auto& [wanted_length, wanted_capacity] : cases) {
+        buffer.cat(std::string(wanted_length, 'x').data(), wanted_length);
+        delete[] buffer.release(&length, &capacity, 0);
+        EXPECT_EQ(length, wanted_length);
+        EXPECT_EQ(capacity, wanted_capacity);
+    }
+    buffer.cat("abcde", 5);
+    buffer.cat("fghij", 5);
+    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcdefghij"}));
+    buffer.cat("klm", 3);
+    buffer.cat("nopqrstu", 8);
+    buffer.prepend("--", 2);
+    buffer.prepend("", 0);
+    EXPECT_EQ(Pieces_Of(buffer), Pieces({"", "--", "abcdefghij", "klmno", "pqrstu"}));
+}
+
+TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
+    LinkBuffer buffer(10, 5);
+    int length;
+    int capacity;
+    EXPECT_STREQ(buffer.data(&length, &capacity), "");
+    EXPECT_EQ(capacity, 1);
+    delete[] buffer.release(&length, &capacity, 1);
+    EXPECT_EQ(capacity, 1);
+    char* const array = new char[6]{'a', 'b'};
+    buffer.prepend_nocopy(array, 2, 6);
+    buffer.cat("cde", 3);
+    EXPECT_EQ(buffer.data(&length, nullptr), array);
+    EXPECT_STREQ(array, "abcde");
+    EXPECT_EQ(buffer.release(&length, nullptr, 1), array);
+    buffer.cat_nocopy(array, 5, 5);
+    buffer.cat("f", 1);
+    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcde", "f"}));
+    LinkBuffer without_room(10, 5);
+    without_room.cat_nocopy(new char[0], 0, 0);
+    EXPECT_STREQ(without_room.data(&length, nullptr), "");
+}
+
+TEST(LinkBuffer, Numbers_And_Variables) {
+    LinkBuffer buffer(10, 5);
+    Variable variable("name", 4, "text", 4);
+    mpd_t* const decimal = TarnApplication::itompd(nullptr, 77);
+    buffer.cat(-12);
+    buffer.cat(2.5);
+    buffer.cat(decimal);
+    buffer.cat_hex(0x0F);
+    buffer.cat_hex(0xA9);
+    buffer.cat(&variable);
+    buffer.prepend(decimal);
+    buffer.prepend(0.5);
+    buffer.prepend(3);
+    buffer.prepend(&variable);
+    int length;
+    EXPECT_STREQ(buffer.data(&length, nullptr), "text30.577-122.5770FA9text");
+    mpd_del(decimal);
+}
+
+TEST(LinkBuffer, Behaves_Like_A_String) {
+    std::mt19937 random(64);
+    for (int round = 0; round < 1000; ++round) {
+        LinkBuffer buffer(static_cast<int>(random() % 8), static_cast<int>(random() % 8));
+        std::string model;
+        for (int step = 0; step < 12; ++step) {
+            const std::string piece(random() % 6, static_cast<char>('a' + step));
+            const int size = static_cast<int>(piece.size());
+            auto* const other = new LinkBuffer(3, 2);
+            if (size > 0)
+                other->cat(piece.data(), size - 1), other->prepend(piece.data(), 1);
+            const std::string before = model;
+            int length;
+            switch (random() % 9) {
+            case 0: buffer.cat(piece.data(), size), model += piece; break;
+            case 1: buffer.prepend(piece.data(), size), model = piece + model; break;
+            case 2: buffer.cat(other), model += piece; break;
+            case 3: buffer.prepend(other), model = piece + model; break;
+            case 4: buffer.cat(&buffer), model += before; break;
+            case 5: buffer.prepend(&buffer), model += before; break;
+            case 6: buffer.cat_destroy(other), model += piece; continue;
+            case 7: buffer.prepend_destroy(other), model = piece + model; continue;
+            case 8: ASSERT_EQ(buffer.data(&length, nullptr), model); break;
+            }
+            EXPECT_EQ(other->data(&length, nullptr), piece);
+            delete other;
+        }
+        std::string copy(model.size(), '?');
+        buffer.append_to(copy.data());
+        ASSERT_EQ(copy, model);
+    }
+}
+
+TEST(LinkBuffer, Length_Beyond_An_Int_Is_Refused) {
+    LinkBuffer buffer(10, 5);
+    LinkBuffer other(10, 5);
+    buffer.cat_nocopy(new char[1], INT_MAX, INT_MAX); // the text isn't looked at
+    other.cat("x", 1);
+    int length;
+    EXPECT_THROW(buffer.cat("x", 1), std::bad_alloc);
+    EXPECT_THROW(buffer.prepend(1), std::bad_alloc);
+    EXPECT_THROW(buffer.cat(&other), std::bad_alloc);
+    EXPECT_THROW(buffer.prepend_destroy(&other), std::bad_alloc);
+    EXPECT_THROW(buffer.data(&length, nullptr), std::bad_alloc);
+    EXPECT_STREQ(other.data(&length, nullptr), "x");
+}
+
+TEST(LinkBuffer, Long_Chain_Is_Freed_Without_Recursion) {
+    LinkBuffer buffer(1, 1);
+    for (int i = 0; i < 300000; ++i)
+        buffer.prepend("x", 1);
+    int length;
+    EXPECT_EQ(std::strlen(buffer.data(&length, nullptr)), 300000u);
+}
