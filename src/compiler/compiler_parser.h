@@ -25,6 +25,7 @@ class OpcodeQueue;
 class StringOutput;
 struct _String_To_Bitmap_Entry;
 struct Attribute_Route;
+struct Keyword_List;
 
 // An operator that waits for its right operand.
 struct Operator {
@@ -186,10 +187,11 @@ class CompilerParser : public Parser {
     double Engine_Version() const;
     // Gives a value that is not set a constant.
     void Set_Default(AttributeValue* value, std::string_view text);
+    // Reports the error that a value has stored.
+    ParserStatus Report_Stored_Error(const AttributeValue& value);
 
   protected:
     // compiler_parser.cpp
-    ParserStatus Report_Stored_Error(const AttributeValue& value);
     bool Generating() const { return suspended_output == nullptr; }
     bool Inside_Function() const { return local_variables == &function_variables; }
     void Queue(int opcode, int first = 0, int second = 0);
@@ -257,12 +259,46 @@ class CompilerParser : public Parser {
     static const Tag_Actions tag_actions[]; // by tag id, null where a tag does nothing
 
     // tag_dispatch.cpp
+    // Reports a message without placeholders that a table has chosen.
+    ParserStatus Report_Message(Message message);
+    int Take_Label(); // the next number of a block's labels
     ParserStatus Unimplemented_Tag(int tag);
     ParserStatus Reject_Closing_Else(int tag);
     ParserStatus Reject_Closing_Comment(int tag);
 
+    // attribute_dispatch.cpp
+    ParserStatus Ignore_Unknown_Attribute(std::string_view name);
+    ParserStatus Ignore_Unused_Attribute(std::string_view name);
+    ParserStatus Select_Tag_Error(std::string_view name);
+    void Close_Valueless_Attribute();
+    void Output_Captured_Value(const char* text, int length);
+    ParserStatus Check_Value(const Attribute_Route& route, const char* text, int length);
+    ParserStatus Store_Value(const Attribute_Route& route, const char* text, int length);
+    int Convert_Value(const Attribute_Route& route, AttributeValue* value, const char* text, int length);
+    int Constant(std::string_view text); // numbers of string constants
+    int Positive_Constant(const char* text, int length);
+    int Row_Constant(std::string_view row);
+    AttributeValue* Route_Element(const Attribute_Route& route);
+    ParserStatus Report_Outside_Array_Block(int tag);
+
+    // attribute_expressions.cpp
+    ParserStatus Start_Attribute_Expression(const Attribute_Route& route);
+    ParserStatus Start_Text_Expression();
+    ParserStatus Capture_Braces();
+    ParserStatus Start_Fragment(AttributeValue* value, AttrExprType type);
+
+    // keyword_lists.cpp
+    // Reads a list of words into the bits that they stand for.
+    ParserStatus String_To_Bitmap(int* result, const char* text, int length, const Keyword_List& list);
+    ParserStatus Check_Keyword(const Keyword_List& list, const _String_To_Bitmap_Entry& entry,
+                               std::string_view word, int uses);
+
     // directive_tag.cpp
     ParserStatus Generate_Tarn(int tag);
+    ParserStatus Run_Directive(const Attribute_Route& route, const char* text, int length);
+    ParserStatus Set_Include_Interpret(const char* text, int length);
+    ParserStatus Change_Output_Level(const char* text, int length);
+    ParserStatus Change_Error_Level(const char* text, int length);
     // Reads the words of a STANDARDOUTPUTLEVEL into result and puts them in force.
     ParserStatus Set_StandardOutputLevel(int* result, const char* text, int length);
     ParserStatus Parse_StandardOutputLevel(int* result, const char* text, int length);
@@ -279,6 +315,11 @@ class CompilerParser : public Parser {
     ParserStatus Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,
                                          int loop_opcode);
     ParserStatus Jump_In_Block(int tag); // the stop, continue and delete tags
+    void Open_Block(Stack<Resolution_Info>* stack);
+    ParserStatus Close_Loop(const char* tag_word, Stack<Resolution_Info>* stack, int loop_opcode,
+                            ParserLabelType back_to);
+    struct Block_Jump;
+    static const Block_Jump block_jumps[];
 
     // if_tags.cpp, while_tags.cpp, for_tags.cpp, foreach_tags.cpp
     ParserStatus Generate_If(int tag);

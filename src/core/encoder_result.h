@@ -1,22 +1,11 @@
-// What the text encoders have in common: how they read their length, and how they hand out what they built.
+// What the text encoders have in common: how they hand out what they built.
 #ifndef CORE_ENCODER_RESULT_H
 #define CORE_ENCODER_RESULT_H
 
 #include "core/link_buffer.h"
+#include "core/text_length.h"
 
 #include <climits>
-#include <cstring>
-#include <new>
-
-// The number of bytes to encode, where -1 means up to the NUL. Never below 0.
-inline int Encoder_Input_Length(const char* text, int length) {
-    if (length >= 0)
-        return length;
-    const std::size_t found = length == -1 && text != nullptr ? std::strlen(text) : 0;
-    if (found > INT_MAX)
-        throw std::bad_alloc();
-    return static_cast<int>(found);
-}
 
 // A buffer in which a result not much longer than the input stands in one block.
 inline constexpr int encoder_block_size = 512;

@@ -2,6 +2,7 @@
 #define CORE_HASH_TABLE_H
 
 #include "core/string_hash.h"
+#include "core/text_length.h"
 #include "core/text_search.h"
 
 #include <algorithm>
@@ -246,9 +247,7 @@ E* HashTable<T>::Resize(E* array, size_t count) {
 
 template <class T>
 std::string_view HashTable<T>::Key(const char* key, int len) {
-    if (!key)
-        return {"", 0};
-    return len < 0 ? std::string_view(key) : std::string_view(key, len);
+    return {key ? key : "", static_cast<size_t>(Text_Length(key, len))};
 }
 
 template <class T>

@@ -88,7 +88,7 @@ void Write_Script_Text(LinkBuffer& out, std::string_view text, bool is_utf8) {
 
 LinkBuffer* TarnApplication::EncodeJavaScriptString(TarnApplication* application, const char* text,
                                                     int length, LinkBuffer* buffer) {
-    length = Encoder_Input_Length(text, length);
+    length = Text_Length(text, length);
     std::unique_ptr<LinkBuffer> made;
     if (buffer == nullptr) {
         made = std::make_unique<LinkBuffer>(Encoder_First_Size(length), encoder_block_size);
@@ -101,7 +101,7 @@ LinkBuffer* TarnApplication::EncodeJavaScriptString(TarnApplication* application
 
 char* TarnApplication::EncodeJavaScriptString(const char* text, int length, int* result_length,
                                               int* result_size) {
-    length = Encoder_Input_Length(text, length);
+    length = Text_Length(text, length);
     LinkBuffer result(Encoder_First_Size(length), encoder_block_size);
     Write_Script_Text(result, std::string_view(text, length), CharacterSetIsUTF8());
     return Encoder_Result(result, result_length, result_size);

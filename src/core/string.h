@@ -118,17 +118,21 @@ class String {
     static int Rounded_Capacity(int64_t needed);
 
     void Take(String& other) noexcept;
+    void Forget_Buffer();
+    void End_At(int length) {
+        length_ = length;
+        buffer[length] = '\0';
+    }
     void Append_In_Place(const char* s, int len) {
         std::memcpy(buffer + length_, s, static_cast<size_t>(len));
-        length_ += len;
-        buffer[length_] = '\0';
+        End_At(length_ + len);
     }
     void Cat_Slowly(char c);
     void Cat_Slowly(const char* s, int len);
     void Grow_To(int new_capacity, const char* s, int len);
     void Replace_Buffer(char* p, int len, int cap);
     std::string_view C_Text() const;
-    String Tail(int64_t position) const;
+    String C_Tail(int64_t position) const;
 
     // The order of the fields is part of the binary interface.
     char* buffer = nullptr;

@@ -102,7 +102,7 @@ const char* Decode_Entity(LinkBuffer& result, const char* at, const char* end) {
 
 char* TarnApplication::EncodeAttribute(const char* text, int length, int* result_length, int* result_size) {
     return Rewrite(
-        text, Encoder_Input_Length(text, length), result_length, result_size,
+        text, Text_Length(text, length), result_length, result_size,
         [](unsigned char byte) { return is_plain_in_attribute[byte]; },
         [](LinkBuffer& result, const char* at, const char*) {
             if (*at == ' ') {
@@ -117,13 +117,13 @@ char* TarnApplication::EncodeAttribute(const char* text, int length, int* result
 
 char* TarnApplication::DecodeAttribute(const char* text, int length, int* result_length, int* result_size) {
     return Rewrite(
-        text, Encoder_Input_Length(text, length), result_length, result_size,
+        text, Text_Length(text, length), result_length, result_size,
         [](char byte) { return byte != '+' && byte != '%'; }, Decode_Attribute_Byte);
 }
 
 char* TarnApplication::EncodeEntities(const char* text, int length, int* result_length, int* result_size) {
     return Rewrite(
-        text, Encoder_Input_Length(text, length), result_length, result_size,
+        text, Text_Length(text, length), result_length, result_size,
         [](unsigned char byte) { return is_plain_beside_entities[byte]; },
         [](LinkBuffer& result, const char* at, const char*) {
             const auto* const entity = std::find_if(std::begin(entities), std::end(entities),
@@ -144,7 +144,7 @@ String TarnApplication::EncodeEntities(const String& text) {
 
 char* TarnApplication::DecodeEntities(const char* text, int length, int* result_length, int* result_size) {
     return Rewrite(
-        text, Encoder_Input_Length(text, length), result_length, result_size,
+        text, Text_Length(text, length), result_length, result_size,
         [](char byte) { return byte != '&'; }, Decode_Entity);
 }
 

@@ -1,0 +1,183 @@
+// Stores and references. The target of a tag is a name with its qualifiers, an index and a member; an array
+// block gives any number of dimensions and members between its opening and its closing tag, which writes the
+// code.
+#include "backend/engine_version.h"
+#include "backend/opcode_queue.h"
+#include "compiler/compiler_parser.h"
+
+namespace {
+
+enum Assignment_Element { VALUE, NAME, INDEX, MEMBER, COPY };
+
+const char* Array_Block_Name(int kind) {
+    return kind == ARRAY_ASSIGN ? "TnASSIGNARRAY" : "TnREFERENCEARRAY";
+}
+
+int Array_Block_Kind(int tag) {
+    return tag == Tag::Assignarray ? ARRAY_ASSIGN : ARRAY_REFERENCE;
+}
+
+bool Can_Be_Reference(Variable_Scope scope) {
+    return scope == SCOPE_LOCAL || scope == SCOPE_GLOBAL || scope == SCOPE_UNSCOPED;
+}
+
+// What a tag stores to or binds.
+struct Target {
+    Target(AttributeValueArray& values, int name, int index, int member)
+        : name(values.Element(name)), parts{Part(values, index), Part(values, member)} {}
+
+    // Null for an attribute that the tag doesn't have or was not given.
+    static AttributeValue* Part(AttributeValueArray& values, int element) {
+        AttributeValue* part = element == -1 ? nullptr : values.Element(element);
+        return part && part->Is_Set() ? part : nullptr;
+    }
+
+    bool Has_Path() const { return name->qualifiers || parts[0] || parts[1]; }
+    bool Is_Plain_Variable() const {
+        return name->type == ATTREXPR_TARGET && !name->expression && !name->qualifiers;
+    }
+
+    // Pushes the variable and leads down its path.
+    ParserStatus Push(CompilerParser* parser) const {
+        name->Output(parser, 0, 0, 0);
+        int length;
+        const char* qualifiers = name->Aggregate_Qualifiers(&length);
+        if (qualifiers && name->Parse_Aggregate_Qualifier_Code(parser, qualifiers, length, nullptr, 0)) {
+            return parser->Report_Stored_Error(*name);
+        }
+        for (AttributeValue* part : parts) {
+            if (part) {
+                part->Output(parser, 0, 0, 0);
+            }
+        }
+        return PARSER_OK;
+    }
+
+    AttributeValue* name;
+    AttributeValue* parts[2]; // index and member
+};
+
+} // namespace
+
+// A tag that lacks both attributes gets both reports.
+ParserStatus CompilerParser::Generate_Assign(int) {
+    ParserStatus status = PARSER_OK;
+    if (!attribute_values->Element(VALUE)->Is_Set()) {
+        status = Report<Message::Assign_Requires_Value>();
+    }
+    if (!attribute_values->Element(NAME)->Is_Set()) {
+        status = Report<Message::Assign_Requires_Name>();
+    }
+    return status == PARSER_OK ? attribute_values->Output_Assignment(VALUE, NAME, INDEX, MEMBER, nullptr, 0)
+                               : status;
+}
+
+ParserStatus CompilerParser::Generate_Reference(int) {
+    ParserStatus status = PARSER_OK;
+    if (!attribute_values->Element(VALUE)->Is_Set()) {
+        status = Report<Message::Reference_Requires_Variable>();
+    }
+    if (!attribute_values->Element(NAME)->Is_Set()) {
+        status = Report<Message::Reference_Requires_Name>();
+    }
+    return status == PARSER_OK ? attribute_values->Output_Reference(VALUE, NAME, INDEX, MEMBER, nullptr, 0)
+                               : status;
+}
+
+ParserStatus CompilerParser::Open_Array_Block(int tag) {
+    const int kind = Array_Block_Kind(tag);
+    if (array_values) {
+        return Report<Message::Array_Block_Nested>(Array_Block_Name(kind));
+    }
+    array_count = 0;
+    array_kind = kind;
+    array_values = new AttributeValueArray(this, 10, 10);
+    return PARSER_OK;
+}
+
+ParserStatus CompilerParser::Check_Reference_Array(int) {
+    if (!attribute_values->Element(VALUE)->Is_Set()) {
+        return Report<Message::Referencearray_Requires_Variable>();
+    }
+    if (!attribute_values->Element(NAME)->Is_Set()) {
+        return Report<Message::Referencearray_Requires_Name>();
+    }
+    return PARSER_OK;
+}
+
+ParserStatus CompilerParser::Close_Array_Block(int tag) {
+    const int kind = Array_Block_Kind(tag);
+    const char* closing = Array_Block_Name(kind);
+    if (!array_values) {
+        return Report<Message::Array_Block_Unopened>(closing, closing);
+    }
+    if (kind != array_kind) {
+        return Report<Message::Array_Block_Mismatched>(closing, Array_Block_Name(array_kind));
+    }
+    const auto output = kind == ARRAY_ASSIGN ? &AttributeValueArray::Output_Assignment
+                                             : &AttributeValueArray::Output_Reference;
+    const ParserStatus status =
+        (attribute_values->*output)(VALUE, NAME, INDEX, MEMBER, array_values, array_count);
+    delete array_values;
+    array_values = nullptr;
+    array_kind = ARRAY_NONE;
+    array_count = 0;
+    return status;
+}
+
+ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int index, int member,
+                                                    AttributeValueArray* array, int count) {
+    const int highest = last_used; // ahead of looking at any element
+    if (value != -1) {
+        Output(value + 1, value);
+    }
+    const Target target(*this, name, index, member);
+    OpcodeQueue* queue = parser->Opcode_Queue();
+    if (highest == NAME && !array && target.Is_Plain_Variable()) {
+        queue->Queue_Variable_Instruction(1, target.name->ident, target.name->scope,
+                                          target.name->member_ident, 0);
+        return PARSER_OK;
+    }
+    if (target.name->type == ATTREXPR_WHOLE_NAME || (!array && !target.Has_Path())) {
+        target.name->Output(parser, 1, 0, 0);
+        return PARSER_OK;
+    }
+    if (ParserStatus status = target.Push(parser)) {
+        return status;
+    }
+    if (array) {
+        array->Output(count, 0);
+    }
+    queue->Queue_Opcode(OPCODE_STORE, 0, 0);
+    return PARSER_OK;
+}
+
+// The dimensions of an array block lead on from what is referred to, not from the name as in an assignment.
+ParserStatus AttributeValueArray::Output_Reference(int variable, int name, int index, int member,
+                                                   AttributeValueArray* array, int count) {
+    const bool copy = Element(COPY)->Is_Set();
+    const Target target(*this, name, index, member);
+    if (!copy && target.name->ident != -1 && !Can_Be_Reference(target.name->scope)) {
+        return parser->Report<Message::Reference_Scope>();
+    }
+    if (AttributeValue* source = Element(variable); source->Parse_String_Variable(parser)) {
+        if (ParserStatus status = parser->Report_Stored_Error(*source)) {
+            return status;
+        }
+    }
+    if (!array && !target.Has_Path()) {
+        target.name->Output(parser, 1, 0, !copy);
+        return PARSER_OK;
+    }
+    if (array) {
+        array->Output(count, 0);
+    }
+    if (ParserStatus status = target.Push(parser)) {
+        return status;
+    }
+    parser->Opcode_Queue()->Queue_Opcode(copy ? OPCODE_STORE : OPCODE_REFER, 0, 0);
+    if (!copy) {
+        (void)parser->Output_Version(file_version_major, FILE_VERSION_REFERENCES); // counts by itself
+    }
+    return PARSER_OK;
+}

@@ -1,0 +1,185 @@
+// TnFOREACH: walks the indices of an array that have an element. The walk calls built-in functions of the
+// engine; those that skip missing elements came with an engine that the target may be older than, and the
+// code then asks the running engine at run time and counts by itself on an older one.
+#include "compiler/loop_code.h"
+
+namespace {
+
+enum Foreach_Element { ITERATOR, ARRAY, FIRST, NEXT, LAST, INDEX, COUNT };
+
+constexpr double array_walk_engine = 5.07; // the first with tarn_array_min and tarn_array_next
+constexpr std::string_view version_variable = "tarnversion";
+
+// The scratch variables of one block.
+class Foreach_Code : public Loop_Code {
+  public:
+    Foreach_Code(CompilerParser* parser, int depth, int label)
+        : Loop_Code(parser, label), array(parser->Find_ScratchVariable_Ident("foreach_array", depth)),
+          index(parser->Find_ScratchVariable_Ident("foreach_index", label)),
+          last(parser->Find_ScratchVariable_Ident("foreach_last", depth)),
+          tests_version(parser->Engine_Version() < array_walk_engine) {
+        if (tests_version) {
+            version =
+                parser->Find_Variable_Ident(version_variable.data(), version_variable.size(), SCOPE_SYSTEM);
+        }
+    }
+
+    void Find_First();
+    void Find_Next();
+
+    int array; // a reference to the array
+    int index;
+    int last;
+
+  private:
+    void Test_Version(ParserLabelType walk_label);
+    void Start_At_Element();
+    void Leave_At_End();
+
+    bool tests_version;
+    int version = 0;
+};
+
+// Jumps to the label when the running engine can walk arrays.
+void Foreach_Code::Test_Version(ParserLabelType walk_label) {
+    queue->Queue_Opcode(OPCODE_PUSHS, version, 0);
+    queue->Queue_Opcode(OPCODE_PUSHF, array_walk_engine);
+    Operator(OPCODE_GE);
+    Jump(OPCODE_JMP_NE, walk_label);
+}
+
+// Enters the block when the index has an element.
+void Foreach_Code::Start_At_Element() {
+    Leave_Beyond(index, last);
+    Push(array);
+    Push(index);
+    Call("tarn_element_exists", 2);
+    Jump(OPCODE_JMP_NE, LABEL_START);
+}
+
+// The functions of the engine answer 0 when there is no further element.
+void Foreach_Code::Leave_At_End() {
+    Pop(index);
+    Push(index);
+    Jump(OPCODE_JMP_LE, LABEL_END);
+}
+
+void Foreach_Code::Find_First() {
+    if (tests_version) {
+        Test_Version(LABEL_VERSIONTEST_A_NEW);
+        Push_Integer(1);
+        Pop(index);
+        Label(LABEL_VERSIONTEST_A_LOOP);
+        Start_At_Element();
+        Increment(index);
+        Jump(OPCODE_JMP, LABEL_VERSIONTEST_A_LOOP);
+        Label(LABEL_VERSIONTEST_A_NEW);
+    }
+    Push(array);
+    Call("tarn_array_min", 1);
+    Leave_At_End();
+}
+
+void Foreach_Code::Find_Next() {
+    if (tests_version) {
+        Test_Version(LABEL_VERSIONTEST_B_NEW);
+        Label(LABEL_VERSIONTEST_B_LOOP);
+        Increment(index);
+        Start_At_Element();
+        Jump(OPCODE_JMP, LABEL_VERSIONTEST_B_LOOP);
+        Label(LABEL_VERSIONTEST_B_NEW);
+    }
+    Push(array);
+    Push(index);
+    Call("tarn_array_next", 2);
+    Leave_At_End();
+}
+
+// Pushes the variable that a value names; answers the status of its report.
+ParserStatus Push_Named_Variable(CompilerParser* parser, AttributeValue* name) {
+    return name->Parse_String_Variable(parser) ? parser->Report_Stored_Error(*name) : PARSER_OK;
+}
+
+} // namespace
+
+ParserStatus CompilerParser::Open_Foreach(int) {
+    Open_Block(&foreach_stack);
+    return PARSER_OK;
+}
+
+ParserStatus CompilerParser::Close_Foreach(int) {
+    return Close_Loop("TnFOREACH", &foreach_stack, OPCODE_JMP, LABEL_LOOP);
+}
+
+ParserStatus CompilerParser::Generate_Foreach(int) {
+    const auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
+    if (!given(ITERATOR)) {
+        return Report<Message::Foreach_Requires_Iterator>();
+    }
+    if (!given(ARRAY)) {
+        return Report<Message::Foreach_Requires_Array>();
+    }
+    if (given(COUNT) && (given(FIRST) || given(NEXT) || given(LAST))) {
+        return Report<Message::Foreach_Count_Excludes>();
+    }
+    return attribute_values->Output_Foreach(foreach_stack.Entries(), foreach_stack.Top()->label, ITERATOR,
+                                            ARRAY, FIRST, NEXT, LAST, INDEX, COUNT);
+}
+
+ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int iterator, int array, int first,
+                                                 int next, int last, int index, int count) {
+    Foreach_Code code(parser, depth, label);
+    if (Element(index)->Is_Set()) {
+        if (ParserStatus status = Push_Named_Variable(parser, Element(index))) {
+            return status;
+        }
+        code.Bind(code.index);
+    }
+    if (ParserStatus status = Push_Named_Variable(parser, Element(array))) {
+        return status;
+    }
+    code.Bind(code.array);
+
+    const bool counted = Element(count)->Is_Set();
+    if (const int limit = counted ? count : last; Element(limit)->Is_Set()) {
+        Output(limit + 1, limit);
+        code.Truncate();
+    } else {
+        code.Push(code.array);
+        code.Call("tarn_array_max", 1);
+    }
+    code.Pop(code.last);
+
+    if (counted) {
+        code.Push_Integer(1);
+        code.Pop(code.index);
+    } else if (Element(first)->Is_Set()) {
+        Output(first + 1, first);
+        code.Pop(code.index);
+    } else {
+        code.Find_First();
+    }
+    code.Leave_Beyond(code.index, code.last);
+    code.Jump(OPCODE_JMP, LABEL_START);
+
+    code.Label(LABEL_LOOP);
+    if (counted) {
+        code.Increment(code.index);
+    } else if (Element(next)->Is_Set()) {
+        Output(next + 1, next);
+        code.Pop(code.index);
+    } else {
+        code.Find_Next();
+    }
+    code.Leave_Beyond(code.index, code.last);
+
+    code.Label(LABEL_START);
+    code.Push(code.array);
+    code.Push(code.index);
+    code.Operator(OPCODE_ELEM);
+    if (ParserStatus status = Push_Named_Variable(parser, Element(iterator))) {
+        return status;
+    }
+    code.Operator(OPCODE_REFER);
+    return PARSER_OK;
+}

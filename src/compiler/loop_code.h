@@ -1,0 +1,53 @@
+// The instructions that the counted loops are made of.
+#ifndef COMPILER_LOOP_CODE_H
+#define COMPILER_LOOP_CODE_H
+
+#include "backend/opcode_queue.h"
+#include "compiler/compiler_parser.h"
+
+#include <string_view>
+
+// Writes the code of one block, whose labels all bear its number. Variables are scratch variables.
+class Loop_Code {
+  public:
+    Loop_Code(CompilerParser* parser, int label)
+        : parser(parser), queue(parser->Opcode_Queue()), number(label) {}
+
+    void Push(int variable) { queue->Queue_Opcode(OPCODE_PUSHL, variable, 0); }
+    void Pop(int variable) { queue->Queue_Opcode(OPCODE_POPL, variable, 0); }
+    void Push_Integer(int value) { queue->Queue_Opcode(OPCODE_PUSHI, value, 0); }
+    void Operator(int opcode) { queue->Queue_Opcode(opcode, 0, 0); }
+    void Call(std::string_view function, int parameters) {
+        parser->Output_Call(function.data(), static_cast<int>(function.size()), parameters, 0);
+    }
+
+    void Label(ParserLabelType type) { queue->Queue_Generated_Label(type, number); }
+    void Jump(int opcode, ParserLabelType type) { queue->Queue_Opcode_With_Label(opcode, type, number); }
+
+    // Makes the named variable, which has been pushed, a reference to the scratch variable.
+    void Bind(int variable) { queue->Queue_Opcode(OPCODE_POPRL, variable, 0); }
+    // Cuts the value on the stack to an integer.
+    void Truncate() {
+        Push_Integer(0);
+        Operator(OPCODE_BITOR);
+    }
+    void Increment(int variable) {
+        Push(variable);
+        Push_Integer(1);
+        Operator(OPCODE_ADD);
+        Pop(variable);
+    }
+    // Leaves the block when the first variable is above the second.
+    void Leave_Beyond(int variable, int limit) {
+        Push(variable);
+        Push(limit);
+        Operator(OPCODE_LE);
+        Jump(OPCODE_JMP_EQ, LABEL_END);
+    }
+
+    CompilerParser* parser;
+    OpcodeQueue* queue;
+    int number;
+};
+
+#endif
