@@ -3,6 +3,9 @@
 
 #include "core/string.h"
 
+#include <memory>
+#include <string_view>
+
 class AggregateElementTree;
 class AggregateIndex;
 class CallbackVariableCallback;
@@ -153,7 +156,13 @@ class Variable {
     // The variable itself if it is an ImmutableVariable, else null.
     [[nodiscard]] virtual ImmutableVariable* AsImmutable();
 
+    friend std::string_view Hash_Key(const Variable& variable) {
+        return {variable.name_.text(), static_cast<size_t>(variable.name_.length())};
+    }
+
   protected:
+    friend class AggregateElementTree;
+
     // Bits of valid.
     enum { HAS_STRING = 1, HAS_INTEGER = 2, HAS_DECIMAL = 4 };
 
@@ -167,9 +176,15 @@ class Variable {
     // Takes everything from other, its count included.
     Variable(Variable&& other) noexcept;
 
-    [[nodiscard]] static AggregateElementTree* Copy_Tree(AggregateElementTree& source, ElementCopies copies);
-    // The variable becomes that aggregate without a value. Takes tree.
+    // A copy of what the source has at the end of its references.
+    void Set_From(Variable& source, ElementCopies copies);
+    // The variable becomes that aggregate without a value, or NULL. Takes tree.
     void Replace_Elements(AggregateElementTree* tree, AggregateType type);
+    // The variable becomes a scalar with this one representation.
+    void Set_Scalar(unsigned char representation, int type);
+    // The elements that go when one more count of this variable does, at the end of references if it is one;
+    // else null.
+    [[nodiscard]] AggregateElementTree* Dying_Elements();
 
     // The order of the members is part of the binary interface.
     String name_;
@@ -185,6 +200,24 @@ class Variable {
         Variable* target;                   // of a ReferenceVariable
         CallbackVariableCallback* callback; // of a CallbackVariable, owned
     } link;
+
+  private:
+    [[nodiscard]] static AggregateElementTree* Copy_Tree(AggregateElementTree& source, ElementCopies copies);
+    void Copy_Scalar(Variable& source);
+    void Copy_Representations(Variable& source);
+    void Copy_Preferred(Variable& source);
 };
+
+// A count of a variable, given back at the end of the scope.
+struct VariableRelease {
+    void operator()(Variable* variable) const { variable->DecRefCount(); }
+};
+using VariableHold = std::unique_ptr<Variable, VariableRelease>;
+
+// One more count of the variable.
+[[nodiscard]] inline VariableHold Hold(Variable* variable) {
+    variable->IncRefCount();
+    return VariableHold(variable);
+}
 
 #endif

@@ -1,0 +1,178 @@
+#include "value/aggregate.h"
+
+#include "core/text_search.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+int Sign(int64_t n) {
+    return (n > 0) - (n < 0);
+}
+
+} // namespace
+
+AggregateIndex::AggregateIndex() : number(-1) {
+}
+
+AggregateIndex::AggregateIndex(const AggregateIndex& other) : number(other.number) {
+    name = other.name;
+}
+
+AggregateIndex::AggregateIndex(const String& name) : number(-1) {
+    this->name = name;
+}
+
+AggregateIndex::AggregateIndex(const char* name, int name_length) : name(name, name_length), number(-1) {
+}
+
+AggregateIndex::AggregateIndex(int number) : number(std::max(number, 0)) {
+}
+
+int AggregateIndex::Compare(const AggregateIndex& other) const {
+    if (number >= 0 || other.number >= 0)
+        return Sign(static_cast<int64_t>(other.number) - number);
+    int order = memcmpi(other.name.text(), name.text(), std::min(other.name.length(), name.length()));
+    return order ? order : Sign(static_cast<int64_t>(other.name.length()) - name.length());
+}
+
+void AggregateIndex::Renumber(int n) {
+    number = std::max(n, 0);
+    name.destroy();
+    serialized_.destroy();
+}
+
+AggregateIndex::operator String&() {
+    if (number >= 0 && !name.length()) {
+        char digits[16];
+        name.assign(digits, std::snprintf(digits, sizeof digits, "%d", number));
+    }
+    return name;
+}
+
+const String& AggregateIndex::serialized() {
+    if (!serialized_.length()) {
+        const String& text = *this;
+        serialized_.assign(number >= 0 ? "[" : ":", 1);
+        serialized_.cat(text.text(), text.length());
+        if (number >= 0)
+            serialized_.cat("]", 1);
+    }
+    return serialized_;
+}
+
+AggregateElement::AggregateElement(const AggregateIndex& index, Variable* variable)
+    : index_(index), var_(variable) {
+    var_->IncRefCount();
+}
+
+AggregateElement::AggregateElement(const AggregateIndex& index) : index_(index), var_(new Variable) {
+}
+
+AggregateElement::AggregateElement(const AggregateElement& other)
+    : index_(other.index_), var_(new Variable(*other.var_)) {
+}
+
+AggregateElement::~AggregateElement() {
+    var_->DecRefCount();
+}
+
+AggregateIndex& AggregateElement::index() {
+    return index_;
+}
+
+Variable* AggregateElement::var() {
+    return var_;
+}
+
+void AggregateElement::SetVariable(Variable* variable) {
+    variable->IncRefCount();
+    Variable* old = var_;
+    var_ = variable;
+    old->DecRefCount();
+}
+
+AggregateElementTree::AggregateElementTree() : SplayTree(1) {
+}
+
+AggregateElementTree::~AggregateElementTree() {
+    AggregateElementTree::Dump();
+}
+
+AggregateElementTree::Node* AggregateElementTree::Detach() {
+    Node* tree = root;
+    root = nullptr;
+    entries = 0;
+    return tree;
+}
+
+// Rotates each tree into a list as it goes, and takes the elements of an aggregate that dies with its element
+// along.
+void AggregateElementTree::Dump() {
+    std::vector<Node*> nested;
+    for (Node* node = Detach(); node;) {
+        if (Node* left = node->left) {
+            node->left = left->right;
+            left->right = node;
+            node = left;
+            continue;
+        }
+        if (AggregateElementTree* inner = node->element->var()->Dying_Elements())
+            nested.push_back(inner->Detach());
+        Node* done = node;
+        node = node->right;
+        Purge(done->element);
+        delete done;
+        while (!node && !nested.empty()) {
+            node = nested.back();
+            nested.pop_back();
+        }
+    }
+}
+
+namespace {
+
+void Shift(AggregateElement* element, int delta) {
+    int64_t number = static_cast<int64_t>(element->index().Number()) + delta;
+    element->index().Renumber(static_cast<int>(std::clamp<int64_t>(number, 0, INT_MAX)));
+}
+
+} // namespace
+
+void AggregateElementTree::Displace(int from, int delta) {
+    if (!delta || !root)
+        return;
+    Splay(from);
+    if (root->element->index().Number() >= from)
+        Shift(root->element, delta);
+    if (entries > most_recursive_entries)
+        DisplaceStack(delta, root->right);
+    else
+        DisplaceRecurse(delta, root->right);
+}
+
+void AggregateElementTree::DisplaceRecurse(int delta, SplayTreeNode<AggregateElement>* node) {
+    if (!node)
+        return;
+    DisplaceRecurse(delta, node->left);
+    Shift(node->element, delta);
+    DisplaceRecurse(delta, node->right);
+}
+
+void AggregateElementTree::DisplaceStack(int delta, SplayTreeNode<AggregateElement>* node) {
+    if (!node)
+        return;
+    Stack<Node> open(0);
+    open.Push(node);
+    while ((node = open.Pop())) {
+        Shift(node->element, delta);
+        if (node->left)
+            open.Push(node->left);
+        if (node->right)
+            open.Push(node->right);
+    }
+}

@@ -1,0 +1,32 @@
+#ifndef VALUE_ELEMENT_WALK_H
+#define VALUE_ELEMENT_WALK_H
+
+#include "core/list.h"
+
+#include <memory>
+#include <unordered_set>
+#include <vector>
+
+class AggregateElement;
+class AggregateElementTree;
+
+// Visits the elements of an aggregate, depth first and in key order, and those of the aggregates in it that
+// the user enters. It keeps a stack of its own, since how deep aggregates are nested is up to the script. An
+// aggregate that comes up inside itself, by a reference, can't be entered there.
+class ElementWalk {
+  public:
+    // The elements of tree come next. False, and nothing happens, if they are being walked already.
+    bool Enter(AggregateElementTree* tree);
+    // The next element of what was entered last; at its end null, and the walk is back where it was before.
+    AggregateElement* Next();
+
+  private:
+    struct Level {
+        AggregateElementTree* tree;
+        std::unique_ptr<List<AggregateElement>> elements;
+    };
+    std::vector<Level> levels;
+    std::unordered_set<AggregateElementTree*> entered;
+};
+
+#endif
