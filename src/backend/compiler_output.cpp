@@ -1,5 +1,6 @@
 #include "backend/compiler_output.h"
 
+#include "core/text_length.h"
 #include "files/file.h"
 
 #include <algorithm>
@@ -12,14 +13,14 @@ CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity) {
 CompilerOutput::~CompilerOutput() = default;
 
 int CompilerOutput::Write_Lower(const char* text, int length) {
-    if (length == -1)
-        length = static_cast<int>(std::strlen(text));
+    length = Text_Length(text, length);
     char lower[256];
     for (int written = 0; written < length;) {
         const int piece = std::min(length - written, static_cast<int>(sizeof lower));
         std::transform(text + written, text + written + piece, lower,
                        [](signed char byte) { return static_cast<char>(std::tolower(byte)); });
-        written += Write(lower, piece);
+        Write(lower, piece);
+        written += piece;
     }
     return length;
 }
@@ -39,8 +40,7 @@ FileOutput::~FileOutput() {
 }
 
 int FileOutput::Write(const char* text, int length) {
-    if (length == -1)
-        length = static_cast<int>(std::strlen(text));
+    length = Text_Length(text, length);
     if (length <= capacity)
         return CompilerOutput::Write(text, length);
     Flush();
@@ -99,7 +99,7 @@ NullCompilerOutput::NullCompilerOutput() : CompilerOutput(0) {
 NullCompilerOutput::~NullCompilerOutput() = default;
 
 int NullCompilerOutput::Write(const char* text, int length) {
-    return length == -1 ? static_cast<int>(std::strlen(text)) : length;
+    return Text_Length(text, length);
 }
 
 int NullCompilerOutput::DoWrite(const char*, int length) {

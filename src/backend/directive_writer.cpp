@@ -3,6 +3,7 @@
 #include "backend/assembly_item.h"
 #include "backend/file_compiler_parser.h"
 #include "backend/quoted_text.h"
+#include "core/text_length.h"
 
 #include <cstring>
 #include <string_view>
@@ -37,7 +38,7 @@ std::string_view Variable_Directive(Variable_Scope scope) {
 
 // A variable's name has no quoting but for its escapes, which are resolved.
 void Write_Unescaped(CompilerOutput* output, const char* text, int length) {
-    const char* const end = text + length;
+    const char* const end = text + Text_Length(text, length);
     while (const void* found = std::memchr(text, '\\', end - text)) {
         const char* const backslash = static_cast<const char*>(found);
         output->Write(text, static_cast<int>(backslash - text));
@@ -135,6 +136,6 @@ void FileCompilerParser::Output_DisableLogging_Directive() {
 
 void FileCompilerParser::Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) {
     Assembly_Item(output).Text("\t\"");
-    Write_Quoted_Text(output, text, length == -1 ? static_cast<int>(std::strlen(text)) : length, state);
+    Write_Quoted_Text(output, text, Text_Length(text, length), state);
     Assembly_Item(output).Text("\"");
 }

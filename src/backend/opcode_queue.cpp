@@ -1,6 +1,7 @@
 #include "backend/opcode_queue.h"
 
 #include "compiler/compiler_parser.h"
+#include "core/text_length.h"
 
 #include <cstring>
 #include <new>
@@ -156,8 +157,7 @@ void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
-    if (length == -1)
-        length = static_cast<int>(std::strlen(text));
+    length = Text_Length(text, length);
     char* const copy = static_cast<char*>(memory.allocate(length + 1, 1));
     std::memcpy(copy, text, length);
     copy[length] = '\0';

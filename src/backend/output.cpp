@@ -1,17 +1,11 @@
 #include "backend/output.h"
 
+#include "core/text_length.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <unistd.h>
-
-namespace {
-
-int Text_Length(const char* text, int length) {
-    return length == -1 ? static_cast<int>(std::strlen(text)) : length;
-}
-
-} // namespace
 
 Output::~Output() = default;
 
