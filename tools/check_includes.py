@@ -51,7 +51,6 @@ REACHING_UP = {
     "core/number_text.cpp",
     "core/text_encoders.cpp",
     "frontend/attribute_value.cpp",
-    "frontend/attribute_value_array.cpp",
     "frontend/expression_parser.cpp",
     "frontend/filter_value.cpp",
     "frontend/inline_call.cpp",

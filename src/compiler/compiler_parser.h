@@ -191,6 +191,8 @@ class CompilerParser : public Parser {
     ParserStatus Report_Stored_Error(const AttributeValue& value);
 
   protected:
+    friend class AttributeValue; // compiles the text of a filter with the tables in force
+
     // compiler_parser.cpp
     bool Generating() const { return suspended_output == nullptr; }
     bool Inside_Function() const { return local_variables == &function_variables; }

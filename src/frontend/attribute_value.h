@@ -5,6 +5,8 @@
 #include "core/string.h"
 #include "value/variable_scope.h"
 
+#include <string_view>
+
 class CompilerParser;
 class StringOutput;
 
@@ -113,13 +115,17 @@ class AttributeValue {
         return 1;
     }
 
-    void Free();
-    int Check_Scope(CompilerParser* parser, const char* text, int length);
-    int Output_Qualifier(CompilerParser* parser, const char* piece, int length, char separator,
-                         int read_only);
+    void Free_Text();
+    void Drop_Fragment();
+    int Check_Scope(CompilerParser* parser, std::string_view text);
+    int Output_Index(CompilerParser* parser, std::string_view index, int read_only);
+    int Output_Member(CompilerParser* parser, std::string_view name, int read_only);
     void Output_Expression(CompilerParser* parser, int store, int read_only, int by_reference);
     void Output_Literal(CompilerParser* parser, int store, int read_only, int by_reference);
+    void Push_Constant(CompilerParser* parser, const char* text, int length);
     int Compile_Filter(CompilerParser* parser, int text_has_braces);
+
+    StringOutput* spare_fragment; // the last fragment, kept for the next expression; owned, null for none
 };
 
 #endif

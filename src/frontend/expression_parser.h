@@ -7,7 +7,6 @@
 
 class Parser;
 class Tokenizer;
-struct Inline_Call;
 
 // ExpressionParser groups the tokens between braces into operands and operators and calls the Expression_
 // operations of its parser, in source order. It knows no precedence: the numbers of an operator come from the
@@ -55,19 +54,18 @@ class ExpressionParser {
     ParserStatus Take_Number(const char* token, int length);
     ParserStatus Take_Open_Parenthesis();
     ParserStatus Take_Close_Parenthesis();
+    ParserStatus Close_Call_Text();
     ParserStatus Take_Dot();
     ParserStatus Take_Space();
     ParserStatus Skip_Expression(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
-    ParserStatus Hand_On_Operator(const _OperatorLookup& op, int flags);
+    ParserStatus Hand_On(const _OperatorLookup& op, int flags);
 
     ParserStatus Flush_Name();
     ParserStatus Flush_Number();
 
-    // inline_call.cpp
-    ParserStatus Read_Function_Name(Inline_Call& call, Tokenizer* tokenizer);
-    ParserStatus Read_Call_String(Inline_Call& call, Tokenizer* tokenizer);
-    ParserStatus Scan_File_Expression(const Inline_Call& call, ParserState* state);
-    ParserStatus Store_Call_Result(Inline_Call& call);
+    ParserStatus Check_Scope();
+
+    class Inline_Calls; // of inline_call.cpp
 
     // The order of the fields is part of the binary interface.
     Parser* parser; // not owned

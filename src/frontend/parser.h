@@ -158,13 +158,13 @@ class Parser {
     // parser.cpp
     void Step(Scan& scan);
     void End_Of_Text(Scan& scan);
-    ParserStatus Return_To_Including_File(ParserStatus status);
+    void Return_To_Including_File(Scan& scan);
     void Accumulate(int length);
     void Start_Or_Accumulate(const char* text, int length);
-    ParserStatus Flush_Unknown(int hold_back);
+    ParserStatus Flush_Unknown();
     ParserStatus Flush_Compressed(const char* text, int length);
     ParserStatus Warn_Of_Lost_Text(const char* text, int length);
-    ParserStatus Print_Include_Chain(ErrorCode code);
+    void Print_Include_Chain();
 
     // parser_states.cpp
     void State_Text(Scan& scan);
@@ -181,9 +181,13 @@ class Parser {
     void State_Bare_Value(Scan& scan);
     void Open_Known_Tag(Scan& scan);
     void Open_Unknown_Tag(Scan& scan);
+    void Read_Declaration(Scan& scan, int line, std::string_view terminator);
+    void Start_Bare_Value(const Scan& scan);
+    void Close_Tag(Scan& scan);
     void Open_Expression(Scan& scan);
     void Close_Expression(Scan& scan);
-    void Finish_Bare_Value(Scan& scan);
+    void End_Bare_Text(Scan& scan);
+    void End_Bare_Value(Scan& scan);
 
     // passthrough_text.cpp
     ParserStatus Eat_TnCOMMENT();

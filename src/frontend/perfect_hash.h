@@ -13,7 +13,7 @@
 // choose a byte of a table, and that byte, mixed with the low bits, is the index of the key's record: one
 // hash and one comparison a name, whatever the name.
 //
-// Records have the fields key, in lower case, and length. Bucket_Bits and Low_Bits say how much of the hash
+// Records have the fields key, in lower case, and length. bucket_bits and low_bits say how much of the hash
 // is taken from its two ends; construction fails to compile where no table of that size fits the keys.
 template <typename Record, std::size_t count, int bucket_bits, int low_bits>
 class Perfect_Hash {
@@ -40,17 +40,13 @@ class Perfect_Hash {
             length = static_cast<int>(std::strlen(name));
         if (length > longest)
             return nullptr;
-        char lowered[longest_possible];
-        for (int i = 0; i < length; ++i)
-            lowered[i] = Lower(name[i]);
-        unsigned hash = Key_Hash(lowered, length);
+        unsigned hash = Key_Hash(name, length);
         std::size_t index = displacements[hash >> bucket_shift] ^ (hash & low_mask);
-        if (index >= count)
+        if (index >= count || records[index].length != length)
             return nullptr;
         const Record& record = records[index];
-        bool same = record.length == length &&
-                    std::memcmp(record.key, lowered, static_cast<std::size_t>(length)) == 0;
-        return same ? &record : nullptr;
+        auto same = [](char key_byte, char name_byte) { return key_byte == Lower(name_byte); };
+        return std::equal(record.key, record.key + length, name, same) ? &record : nullptr;
     }
 
   private:
@@ -58,7 +54,7 @@ class Perfect_Hash {
     static constexpr int bucket_shift = 32 - bucket_bits;
     static constexpr unsigned low_mask = (1U << low_bits) - 1;
     static constexpr std::size_t bucket_capacity = 8;
-    static constexpr int longest_possible = 32;
+    static constexpr unsigned seed = 256; // one that works for all key sets
 
     struct Bucket {
         std::array<const Record*, bucket_capacity> rows{};
@@ -70,7 +66,7 @@ class Perfect_Hash {
     }
 
     static constexpr unsigned Key_Hash(const char* key, int length) {
-        return hash(key, static_cast<unsigned>(length), 256);
+        return hashi(key, static_cast<unsigned>(length), seed);
     }
 
     // Finds the byte that sends all keys of the bucket to places of their own.

@@ -79,8 +79,7 @@ class Tokenizer {
 
     bool Map_File();
     void Use_No_Text();
-    void Count_Lines(const char* begin, const char* end);
-    void Note_Line_Feed(const char* at);
+    void Note_Line_Feed(const char* behind);
     Tokenizer_TokenType Scan_Token(const char** text, int& token_length);
     const char* End_Of_Space(const char* at);
     const char* End_Of_Number(const char* at) const;

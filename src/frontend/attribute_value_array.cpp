@@ -1,0 +1,50 @@
+#include "frontend/attribute_value_array.h"
+
+#include <algorithm>
+
+AttributeValueArray::AttributeValueArray(CompilerParser* parser, int capacity, int grow_by)
+    : parser(parser), capacity(capacity), last_used(-1),
+      values(new AttributeValue[static_cast<std::size_t>(capacity)]), grow_by(grow_by) {
+}
+
+AttributeValueArray::~AttributeValueArray() {
+    delete[] values;
+}
+
+AttributeValue* AttributeValueArray::Element(int index) {
+    last_used = std::max(last_used, index);
+    if (index >= capacity)
+        Extend_Array(index);
+    return &values[index];
+}
+
+void AttributeValueArray::Reset(int count) {
+    if (count >= capacity)
+        Extend_Array(count);
+    for (int i = 0; i < count; ++i)
+        values[i].Reset();
+    last_used = -1;
+}
+
+void AttributeValueArray::Extend_Array(int index) {
+    int extended = index + grow_by;
+    AttributeValue* moved = new AttributeValue[static_cast<std::size_t>(extended)];
+    for (int i = 0; i < capacity; ++i)
+        moved[i].Replace(values[i]);
+    delete[] values;
+    values = moved;
+    capacity = extended;
+}
+
+int AttributeValueArray::Check_Complete(int count) const {
+    if (count > capacity)
+        return 1;
+    return !std::all_of(values, values + count, [](const AttributeValue& value) { return value.Is_Set(); });
+}
+
+void AttributeValueArray::Output(int end, int first) {
+    if (end == -1)
+        end = last_used + 1;
+    for (int i = first; i < end; ++i)
+        Element(i)->Output(parser, 0, 0, 0);
+}

@@ -1,0 +1,25 @@
+#include "frontend/tag_lookup.h"
+
+#include "frontend/perfect_hash.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr _TagLookup Row(int id, std::string_view key, int required, int optional) {
+    return {id, required == NO_SLOTS ? 0 : 2, required, optional, static_cast<int>(key.size()), key.data()};
+}
+
+constexpr std::array rows{
+#define TAG(name, id, key, required, optional) Row(id, key, required, optional),
+#define TAG_KEY(name, key, required, optional) Row(Tag::name, key, required, optional),
+#include "frontend/tags.def"
+};
+
+constexpr Perfect_Hash<_TagLookup, rows.size(), 7, 6> tags(rows);
+
+} // namespace
+
+const _TagLookup* TagLookup::Lookup(const char* name, int length) const {
+    return tags.Find(name, length);
+}
