@@ -39,7 +39,72 @@ def diagnostics(first, last):
     return lines
 
 
+OPERANDS = {
+    "NONE": "",
+    "READ_ONLY": "",
+    "STRING": "`s_N`",
+    "INTEGER": "`N`",
+    "VARIABLE": "`l_N`",
+    "SYSTEM": "`sys_N`",
+    "FIELD": "`s_A, s_B`",
+    "PAIR": "`A, B`",
+    "LABEL": "label",
+    "LABEL_IMMEDIATE": "label`, N`",
+    "TEXT": "name",
+    "REAL": "number",
+}
+
+
+def instructions():
+    lines = ["| Instruction | Number | Operands |", "|---|---|---|"]
+    for row in rows("src/backend/opcodes.def", "OPCODE"):
+        _, number, mnemonic, form = row[:4]
+        if form != "ENGINE":
+            lines.append(f"| `{c_text(mnemonic)}` | {number} | {OPERANDS[form]} |")
+    return lines
+
+
+def tags():
+    attributes = {}
+    for kind in ("ATTRIBUTE", "ATTRIBUTE_KEY"):
+        for row in rows("src/frontend/attributes.def", kind):
+            attributes.setdefault(row[0], []).append(c_text(row[-1]).upper())
+    routes = {}
+    text = (ROOT / "src/compiler/attribute_routes.cpp").read_text(encoding="utf-8")
+    for tag, attribute in re.findall(r"\{Tag::(\w+), Attribute::(\w+),", text):
+        routes.setdefault(tag, []).append("/".join(attributes[attribute]))
+    keys = {row[0]: c_text(row[2]) for row in rows("src/frontend/tags.def", "TAG")}
+    lines = ["| Tag | Attributes |", "|---|---|"]
+    for tag, key in keys.items():
+        lines.append(f"| `{key}` | {', '.join(routes.get(tag, []))} |")
+    return lines
+
+
+def operators():
+    by_priority = {}
+    for name, _, key, priority, operands, *_ in rows("src/frontend/operators.def", "OPERATOR"):
+        if name not in ("CALL", "COMMA", "CLOSE_BRACKET", "FMT", "SUBSTR"):
+            by_priority.setdefault((int(priority), operands), []).append(f"`{c_text(key)}`")
+    lines = ["| Priority | Operands | Operators |", "|---|---|---|"]
+    for (priority, operands), keys in sorted(by_priority.items(), reverse=True):
+        lines.append(f"| {priority} | {operands} | {' '.join(keys)} |")
+    return lines
+
+
+def c_interface():
+    families = {}
+    for result, name in rows("src/extension/c_interface.def", "STUB"):
+        family, member = name.split("_", 1)
+        families.setdefault(family, []).append(f"`{member}`" + (" -" if result == "void" else ""))
+    lines = ["| Family | Names, behind the family and `_` |", "|---|---|"]
+    return lines + [f"| `{family}` | {', '.join(names)} |" for family, names in families.items()]
+
+
 TABLES = {
+    "c_interface": c_interface,
+    "instructions": instructions,
+    "operators": operators,
+    "tags": tags,
     "warnings": lambda: diagnostics(1, 99),
     "errors": lambda: diagnostics(100, 999),
 }
