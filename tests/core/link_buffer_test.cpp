@@ -9,6 +9,7 @@
 
 #include <climits>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <random>
 #include <string>
@@ -103,24 +104,25 @@ TEST(LinkBuffer, Behaves_Like_A_String) {
         for (int step = 0; step < 12; ++step) {
             const std::string piece(random() % 6, static_cast<char>('a' + step));
             const int size = static_cast<int>(piece.size());
-            auto* const other = new LinkBuffer(3, 2);
-            if (size > 0)
-                other->cat(piece.data(), size - 1), other->prepend(piece.data(), 1);
             const std::string before = model;
+            auto other = std::make_unique<LinkBuffer>(3, 2);
+            if (size > 0) {
+                other->cat(piece.data(), size - 1);
+                other->prepend(piece.data(), 1);
+            }
             int length;
             switch (random() % 9) {
             case 0: buffer.cat(piece.data(), size), model += piece; break;
-            case 1: buffer.prepend(piece.data(), size), model = piece + model; break;
-            case 2: buffer.cat(other), model += piece; break;
-            case 3: buffer.prepend(other), model = piece + model; break;
+            case 1: buffer.prepend(piece.data(), size), model.insert(0, piece); break;
+            case 2: buffer.cat(other.get()), model += piece; break;
+            case 3: buffer.prepend(other.get()), model.insert(0, piece); break;
             case 4: buffer.cat(&buffer), model += before; break;
             case 5: buffer.prepend(&buffer), model += before; break;
-            case 6: buffer.cat_destroy(other), model += piece; continue;
-            case 7: buffer.prepend_destroy(other), model = piece + model; continue;
+            case 6: buffer.cat_destroy(other.release()), model += piece; continue;
+            case 7: buffer.prepend_destroy(other.release()), model.insert(0, piece); continue;
             case 8: ASSERT_EQ(buffer.data(&length, nullptr), model); break;
             }
             EXPECT_EQ(other->data(&length, nullptr), piece);
-            delete other;
         }
         std::string copy(model.size(), '?');
         buffer.append_to(copy.data());
