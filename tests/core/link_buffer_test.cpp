@@ -78,6 +78,7 @@ TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
 }
 
 TEST(LinkBuffer, Numbers_And_Variables) {
+    mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
     LinkBuffer buffer(10, 5);
     Variable variable("name", 4, "text", 4);
     mpd_t* const decimal = TarnApplication::itompd(nullptr, 77);
