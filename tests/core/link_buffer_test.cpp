@@ -13,19 +13,16 @@
 #include <new>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace {
 
-using Pieces = std::vector<std::string>;
+std::string written;
 
-Pieces written;
-
-// The text of each block.
-Pieces Pieces_Of(const LinkBuffer& buffer) {
+// The text with a bar behind each block.
+std::string Blocks_Of(const LinkBuffer& buffer) {
     written.clear();
     NullOutput recorder([](const char* text, int length) {
-        written.emplace_back(text, length);
+        written.append(text, length).append("|");
         return length;
     });
     buffer.output(&recorder);
@@ -47,12 +44,12 @@ TEST(LinkBuffer, Blocks_Are_Multiples_Of_Their_Size) {
     }
     buffer.cat("abcde", 5);
     buffer.cat("fghij", 5);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcdefghij"}));
+    EXPECT_EQ(Blocks_Of(buffer), "abcdefghij|");
     buffer.cat("klm", 3);
     buffer.cat("nopqrstu", 8);
     buffer.prepend("--", 2);
     buffer.prepend("", 0);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"", "--", "abcdefghij", "klmno", "pqrstu"}));
+    EXPECT_EQ(Blocks_Of(buffer), "|--|abcdefghij|klmno|pqrstu|");
 }
 
 TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
@@ -71,7 +68,7 @@ TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
     EXPECT_EQ(buffer.release(&length, nullptr, 1), array);
     buffer.cat_nocopy(array, 5, 5);
     buffer.cat("f", 1);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcde", "f"}));
+    EXPECT_EQ(Blocks_Of(buffer), "abcde|f|");
     LinkBuffer without_room(10, 5);
     without_room.cat_nocopy(new char[0], 0, 0);
     EXPECT_STREQ(without_room.data(&length, nullptr), "");
