@@ -1,0 +1,104 @@
+#ifndef TESTS_FILES_CONTAINED_OPERATIONS_H
+#define TESTS_FILES_CONTAINED_OPERATIONS_H
+
+#include "files/unix_file_manager.h"
+
+#include <memory>
+#include <string>
+#include <sys/stat.h>
+
+inline constexpr Tarn_PathType data_type = Tarn_PathType_Data;
+
+// What no operation may see: the content of a file, and a name.
+inline constexpr char secret[] = "secret of others";
+inline constexpr long secret_time = 86400;
+inline constexpr int secret_mode = S_IFREG | 0711;
+
+// What the operations below have found out.
+struct Observation {
+    bool Shows_Secret() const {
+        return exists || text.find(secret) != std::string::npos || length == sizeof secret - 1 ||
+               time == secret_time || mode == secret_mode;
+    }
+
+    std::string text;
+    unsigned long length = 0;
+    long time = 0;
+    int mode = 0;
+    bool exists = false;
+    bool directory = false;
+};
+inline Observation observed;
+
+inline bool see(File* opened) {
+    const std::unique_ptr<File> file(opened);
+    char buffer[64];
+    const long length = file ? file->Read(buffer, sizeof buffer) : -1;
+    observed.text.assign(buffer, length < 0 ? 0 : static_cast<size_t>(length));
+    return file != nullptr;
+}
+
+inline bool see_temporary(UNIXFileManager& m, const char* path, const char* prefix) {
+    char* name = nullptr;
+    const bool made = see(prefix ? m.MakeTemporary(data_type, path, prefix, &name, FILE_MODE_READ)
+                                 : m.MakeTemporaryLike(data_type, path, &name, FILE_MODE_READ));
+    const std::unique_ptr<char[]> owner(name);
+    return made && m.Delete(data_type, name);
+}
+
+inline bool see_names(UNIXFileManager& m, const char* path) {
+    List<String> names(1);
+    const bool done = m.DirectoryListing(data_type, path, &names);
+    for (const String* name = names.First(); name; name = names.Next())
+        observed.text += name->text();
+    return done;
+}
+
+// A contained operation on a path of the data directory, beside the file "aside" and the name "new" there.
+struct Contained_Operation {
+    const char* name;
+    const char* inside; // what makes the path out of that of a directory
+    bool on_file;       // looks at the last name, or opens it; may be run on any file
+    bool (*run)(UNIXFileManager& m, const char* p);
+};
+
+#define OPERATION(expression) [](UNIXFileManager& m, const char* p) -> bool { return expression; }
+
+// clang-format off
+inline const Contained_Operation contained_operations[] = {
+    {"Open", "/x", true, OPERATION(see(m.Open(data_type, p, FILE_MODE_READ)))},
+    {"Open to write", "/x", true,
+     OPERATION(see(m.Open(data_type, p, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE)))},
+    {"Lock", "/x.l", false, OPERATION(m.Lock(data_type, p) == FILE_LOCK_HELD && m.Lock_Delete(data_type, p))},
+    {"Lock_Valid", "/x", true, OPERATION(m.Lock_Valid(data_type, p) != FILE_LOCK_UNREADABLE)},
+    {"Lock_Delete", "/x", false, OPERATION(m.Lock_Delete(data_type, p))},
+    {"Delete", "/x", false, OPERATION(m.Delete(data_type, p))},
+    {"Copy from", "/x", true,
+     OPERATION(m.Copy(data_type, p, data_type, "aside") && see(m.Open(data_type, "aside", FILE_MODE_READ)))},
+    {"Copy to", "/x", true, OPERATION(m.Copy(data_type, "aside", data_type, p))},
+    {"Rename from", "/x", false,
+     OPERATION(m.Rename(data_type, p, data_type, "aside") && see(m.Open(data_type, "aside", FILE_MODE_READ)))},
+    {"Rename to", "/x", false,
+     OPERATION(m.TouchFile(data_type, "new") && m.Rename(data_type, "new", data_type, p))},
+    {"Rename beside", "/x", false, OPERATION(m.Rename(data_type, p, data_type, (std::string(p) + "2").c_str()))},
+    {"TouchFile", "/x", true, OPERATION(m.TouchFile(data_type, p))},
+    {"Exists", "/x_", false, OPERATION(m.Exists(data_type, p, &observed.exists))},
+    {"Length", "/x", true, OPERATION(m.Length(data_type, p, &observed.length))},
+    {"IsDirectory", "/x", true, OPERATION(m.IsDirectory(data_type, p, &observed.directory))},
+    {"SetModifiedTime", "/x", true, OPERATION(m.SetModifiedTime(data_type, p, 1))},
+    {"ModifiedTime", "/x", true, OPERATION(m.ModifiedTime(data_type, p, &observed.time))},
+    {"MakeDirectory", "/x.d", false, OPERATION(m.MakeDirectory(data_type, p) && m.RemoveDirectory(data_type, p))},
+    {"RemoveDirectory", "/x_", false, OPERATION(m.RemoveDirectory(data_type, p))},
+    {"MakeSymbolicLink", "/x.s", false,
+     OPERATION(m.MakeSymbolicLink(data_type, "aside", data_type, p) && m.Delete(data_type, p))},
+    {"MakeSymbolicLink to", "/x", false,
+     OPERATION(m.MakeSymbolicLink(data_type, p, data_type, "new") && m.Delete(data_type, "new"))},
+    {"Mode", "/x", true, OPERATION(m.Mode(data_type, p, &observed.mode))},
+    {"ChangeMode", "/x", true, OPERATION(m.ChangeMode(data_type, p, 0700))},
+    {"MakeTemporary", "", false, OPERATION(see_temporary(m, p, "t"))},
+    {"MakeTemporaryLike", "/x", false, OPERATION(see_temporary(m, p, nullptr))},
+    {"DirectoryListing", "", false, OPERATION(see_names(m, p))},
+};
+// clang-format on
+
+#endif

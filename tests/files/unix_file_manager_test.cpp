@@ -1,0 +1,119 @@
+#include "files/contained_operations.h"
+#include "files/file_tree.h"
+
+namespace {
+
+class Raw_Operations : public File_Tree {};
+
+const struct {
+    const char* name;
+    bool (*run)(UNIXFileManager& m, const char* p);
+    bool tells = true; // stores a text when it fails
+} raw_operations[] = {
+    {"Open", OPERATION(see(m.Open(p, FILE_MODE_WRITE | FILE_MODE_CREATE)))},
+    {"Lock_Valid", OPERATION(m.Lock_Valid(p) != FILE_LOCK_UNREADABLE)},
+    {"Delete", OPERATION(m.Delete(p))},
+    {"Copy from", OPERATION(m.Copy(p, "f"))},
+    {"Copy to", OPERATION(m.Copy("f", p))},
+    {"Rename from", OPERATION(m.Rename(p, "f"))},
+    {"Rename to", OPERATION(m.Rename("f", p))},
+    {"TouchFile", OPERATION(m.TouchFile(p))},
+    {"Exists", OPERATION(m.Exists(p, &observed.exists))},
+    {"Length", OPERATION(m.Length(p, &observed.length))},
+    {"IsDirectory", OPERATION(m.IsDirectory(p, &observed.directory))},
+    {"SetModifiedTime", OPERATION(m.SetModifiedTime(p, 1)), false},
+    {"ModifiedTime", OPERATION(m.ModifiedTime(p, &observed.time))},
+    {"MakeDirectory", OPERATION(m.MakeDirectory(p))},
+    {"RemoveDirectory", OPERATION(m.RemoveDirectory(p))},
+    {"MakeSymbolicLink", OPERATION(m.MakeSymbolicLink("f", p))},
+    {"Mode", OPERATION(m.Mode(p, &observed.mode))},
+    {"ChangeMode", OPERATION(m.ChangeMode(p, 0600))},
+};
+
+TEST_F(Raw_Operations, Refuse_What_Is_No_Path) {
+    Put("f", "abc");
+    const std::string long_name(256, 'n'), long_path(5000, '/');
+    const std::pair<const char*, int> cases[] = {
+        {nullptr, ENOENT},
+        {"", ENOENT},
+        {"none/x", ENOENT},
+        {"f/x", ENOTDIR},
+        {long_name.c_str(), ENAMETOOLONG},
+        {long_path.c_str(), ENAMETOOLONG},
+    };
+    for (const auto& [path, error] : cases)
+        for (const auto& operation : raw_operations) {
+            manager->Error("none");
+            EXPECT_FALSE(operation.run(*manager, path)) << operation.name << " " << error;
+            EXPECT_EQ(Error(), operation.tells ? System_Text(error) : "none") << operation.name;
+        }
+    EXPECT_EQ(Get("f"), "abc");
+    EXPECT_TRUE(manager->Lock_Delete("none") && !manager->Lock_Delete("f/x"));
+}
+
+TEST_F(Raw_Operations, Do_What_They_Say) {
+    Put("f", "abc");
+    Link("f", "link");
+    EXPECT_TRUE(manager->Exists("link", &observed.exists) && observed.exists);
+    EXPECT_TRUE(manager->Length("link", &observed.length) && observed.length == 3);
+    EXPECT_TRUE(manager->IsDirectory("root", &observed.directory) && observed.directory);
+    EXPECT_TRUE(manager->SetModifiedTime("link", 86400));
+    EXPECT_TRUE(manager->ModifiedTime("f", &observed.time) && observed.time == 86400);
+    EXPECT_TRUE(manager->ModifiedTime("link", &observed.time) && observed.time != 86400);
+    EXPECT_TRUE(manager->TouchFile("f") && manager->ModifiedTime("f", &observed.time) &&
+                observed.time != 86400);
+    EXPECT_TRUE(manager->ChangeMode("link", 0640) && manager->Mode("f", &observed.mode));
+    EXPECT_EQ(observed.mode, S_IFREG | 0640);
+    EXPECT_TRUE(manager->MakeDirectory("d") && std::filesystem::is_directory(At("d")));
+    EXPECT_TRUE(manager->RemoveDirectory("d") && !std::filesystem::exists(At("d")));
+    EXPECT_TRUE(manager->MakeSymbolicLink("nothing", "dangling"));
+    EXPECT_EQ(std::filesystem::read_symlink(At("dangling")), "nothing");
+    EXPECT_TRUE(manager->Rename("f", "g") && Get("g") == "abc" && manager->Delete("g"));
+    EXPECT_EQ(Entries(base), 5);
+    const mode_t mask = umask(0);
+    EXPECT_TRUE(manager->TouchFile("new") && manager->Mode("new", &observed.mode));
+    umask(mask);
+    EXPECT_EQ(observed.mode, S_IFREG | 0644);
+}
+
+TEST_F(Raw_Operations, Copy_Replaces_The_Target_Unless_It_Is_The_Source) {
+    Put("f", std::string(20000, 'x') + "end");
+    Put("g", std::string(30000, 'y'));
+    EXPECT_TRUE(manager->Copy("f", "g") && Get("g") == Get("f"));
+    EXPECT_TRUE(manager->Copy("f", "/dev/null") && manager->Copy("/dev/null", "f") && Get("f").empty());
+    Link("g", "link");
+    std::filesystem::create_hard_link(At("g"), At("hard"));
+    for (const char* same : {"g", "link", "hard", "root/../g"})
+        EXPECT_TRUE(manager->Copy("g", same) && manager->Copy(same, "g") && Get("g").length() == 20003)
+            << same;
+    EXPECT_TRUE(manager->Rename("g", "g") && manager->Rename("g", "hard") && Get("g").length() == 20003);
+    EXPECT_FALSE(manager->Copy("root", "g"));
+    EXPECT_EQ(Error(), "The source file is a directory");
+    EXPECT_FALSE(manager->Copy("g", "/dev/full"));
+    EXPECT_EQ(Error(), System_Text(ENOSPC));
+}
+
+TEST_F(Raw_Operations, Rename_Across_File_Systems_Loses_Nothing) {
+    EXPECT_FALSE(manager->Rename("/proc/self/mem", "g")); // opens, and can't be read
+    EXPECT_EQ(Error(), System_Text(EIO));
+    const std::string away = "/dev/shm" + base.substr(base.rfind('/'));
+    Put("f", "abc");
+    if (!std::ofstream(away))
+        GTEST_SKIP() << "no other file system";
+    EXPECT_TRUE(manager->Rename("f", away.c_str()) && !std::filesystem::exists(At("f")));
+    EXPECT_TRUE(manager->Rename(away.c_str(), "g") && Get("g") == "abc");
+    EXPECT_FALSE(std::filesystem::exists(away));
+}
+
+TEST_F(Raw_Operations, Temporary_Takes_The_First_Free_Number) {
+    for (int i = 0; i < 10; i++)
+        Put("t." + std::to_string(i), "");
+    char* name = nullptr;
+    EXPECT_TRUE(see(manager->MakeTemporary("t", &name, FILE_MODE_READ)));
+    EXPECT_STREQ(name, "t.a");
+    delete[] name;
+    EXPECT_FALSE(manager->MakeTemporary("none/t", &name, FILE_MODE_READ));
+    EXPECT_EQ(Error(), System_Text(ENOENT));
+}
+
+} // namespace
