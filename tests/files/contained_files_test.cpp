@@ -1,0 +1,368 @@
+#include "files/contained_operations.h"
+#include "files/file_tree.h"
+#include "files/lock_application.h"
+
+#include <string_view>
+#include <sys/sysmacros.h>
+
+namespace {
+
+const std::string path_message = "The specified path references a ";
+const std::string outside_message = path_message + "path outside the configured ";
+const std::string missing_message = path_message + "directory that does not exist";
+const std::string link_message = path_message + "symbolic link";
+const std::string recursive_message = path_message + "recursive symbolic link";
+const std::string other_directory_message = link_message + " to a directory owned by a different user";
+const std::string other_file_message = link_message + " to a directory or file owned by a different user";
+
+constexpr int links = SECURITY_DATA_LINKS, any_owner = SECURITY_DATA_LINKS | SECURITY_DATA_OTHER_OWNER;
+constexpr int absolute = SECURITY_DATA_ABSOLUTE;
+
+class Contained : public File_Tree {
+  protected:
+    void SetUp() override {
+        File_Tree::SetUp();
+        manager = std::make_unique<UNIXFileManager>(&application);
+        ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
+        std::filesystem::create_directory(At("root/d"));
+        for (const char* name : {"root/f", "root/aside", "root/d/g", "outside/o", "root2/x"})
+            Put(name, name);
+    }
+
+    // What Exists answers: "yes", "no", or its message.
+    std::string Exists(const char* path) {
+        bool exists;
+        manager->Error("silent");
+        return !manager->Exists(data_type, path, &exists) ? Error() : exists ? "yes" : "no";
+    }
+
+    // The content of a file, or why it can't be opened.
+    std::string Content(const char* path) {
+        return see(manager->Open(data_type, path, FILE_MODE_READ)) ? observed.text : Error();
+    }
+
+    void Expect_Found(const char* path, const std::string& exists, const std::string& content) {
+        EXPECT_EQ(Exists(path), exists) << path;
+        EXPECT_EQ(Content(path), content) << path;
+    }
+
+    Lock_Application application;
+};
+
+TEST_F(Contained, Roots_Are_Refused_By_Name_And_Reason) {
+    Link("root2", "link");
+    Link("outside", "to_theirs");
+    if (geteuid() == 0)
+        Own("outside");
+    const struct {
+        std::string subject;
+        int links, any_owner;
+        bool (*run)(UNIXFileManager& m, const char* p);
+    } setups[] = {
+        {"data directory", 4, 12, OPERATION(m.InitializeDataDirectory(p))},
+        {"temporary directory", 256, 768, OPERATION(m.InitializeTempDirectory(p))},
+        {"script directory", 1, 3, OPERATION(m.InitializeScriptDirectory(p, nullptr))},
+        {"script directory for 'main'", 1, 3, OPERATION(m.InitializeScriptDirectory(p, "main"))},
+    };
+    for (const auto& setup : setups) {
+        const std::string link = " references a symbolic link";
+        const struct {
+            std::string path;
+            int options;
+            std::string reason; // empty for none
+        } cases[] = {
+            {"", 0, " is not an absolute path"},
+            {"root", 0, " is not an absolute path"},
+            {At("none"), 0, " does not exist"},
+            {At("root/f"), 0, " does not exist"},
+            {At("link"), 0, link},
+            {At("link"), setup.links, ""},
+            {At("to_theirs"), setup.links,
+             geteuid() ? "" : link + " to a directory owned by a different user"},
+            {At("to_theirs"), setup.any_owner, ""},
+            {At("root2/./..//root/"), 0, ""},
+        };
+        for (const auto& c : cases) {
+            UNIXFileManager fresh(nullptr);
+            fresh.SecurityOptions(c.options);
+            EXPECT_EQ(setup.run(fresh, c.path.empty() ? nullptr : c.path.c_str()), c.reason.empty())
+                << c.path;
+            EXPECT_EQ(fresh.error().view(),
+                      c.reason.empty() ? "" : "The configured " + setup.subject + c.reason);
+        }
+    }
+}
+
+TEST_F(Contained, Nothing_Works_Without_A_Root) {
+    EXPECT_FALSE(manager->Delete(Tarn_PathType_Script, "f"));
+    EXPECT_EQ(Error(), "There is no configured script directory");
+    manager = std::make_unique<UNIXFileManager>(nullptr);
+    EXPECT_FALSE(manager->InitializeDataDirectory(At("root/f").c_str()));
+    for (const Contained_Operation& operation : contained_operations) {
+        EXPECT_FALSE(operation.run(*manager, "f")) << operation.name;
+        EXPECT_EQ(Error(), "There is no configured data directory");
+    }
+    EXPECT_FALSE(manager->Delete(Tarn_PathType_Temp, "f"));
+    EXPECT_EQ(Error(), "There is no configured data directory");
+}
+
+TEST_F(Contained, No_Operation_Takes_A_Way_Out) {
+    Link("../outside", "root/out");
+    Link("d", "root/in");
+    const std::string past = outside_message + "data directory";
+    const struct {
+        std::string directory; // of the operation's path
+        int options;
+        std::string message; // empty for none
+    } cases[] = {
+        {"..", 0, past},
+        {"../root2", 0, past},
+        {"../../..", 0, past},
+        {"d/../..", 0, past},
+        {"d/../../root2", 0, past},
+        {"./d/./../../outside/", 0, past},
+        {"//..//outside", 0, past},
+        {At("outside"), absolute, past},
+        {At("root2"), absolute | any_owner, past},
+        {At("root/d/../../root2"), absolute, past},
+        {"/", absolute, past},
+        {At("outside"), 0, missing_message},
+        {"none", 0, missing_message},
+        {"f", 0, missing_message},
+        {std::string(256, 'n'), 0, missing_message},
+        {std::string(5000, 'n'), 0, missing_message},
+        {"out", 0, link_message},
+        {"in", 0, link_message},
+        {"../root/d", 0, ""},
+        {"//d///", 0, ""},
+        {At("root/d"), absolute, ""},
+    };
+    for (const auto& c : cases) {
+        manager->SecurityOptions(c.options);
+        for (const Contained_Operation& operation : contained_operations) {
+            SCOPED_TRACE(operation.name + (" " + c.directory));
+            if (c.message.empty()) {
+                Put("root/d/x", "x");
+                std::filesystem::create_directory(At("root/d/x_"));
+            }
+            application.passes = 1;
+            const bool done = operation.run(*manager, (c.directory + operation.inside).c_str());
+            EXPECT_EQ(done ? "" : Error(), c.message);
+        }
+    }
+    EXPECT_EQ(Get("outside/o") + Get("root2/x"), "outside/oroot2/x");
+}
+
+TEST_F(Contained, Last_Names_Are_Judged) {
+    ASSERT_EQ(symlink("../outside/o", At("root/l").c_str()), 0);
+    const std::string long_name(256, 'n');
+    const std::pair<const char*, std::string> cases[] = {{nullptr, System_Text(ENOENT)},
+                                                         {"", System_Text(ENOENT)},
+                                                         {long_name.c_str(), System_Text(ENAMETOOLONG)},
+                                                         {"l", link_message}};
+    for (const auto& [path, message] : cases)
+        for (const Contained_Operation& operation : contained_operations)
+            if (operation.on_file) {
+                const bool own_way =
+                    path == cases[3].first && operation.name == std::string_view("Lock_Valid");
+                EXPECT_FALSE(operation.run(*manager, path)) << operation.name;
+                EXPECT_EQ(Error(), own_way ? System_Text(ELOOP) : message) << operation.name;
+            }
+    EXPECT_EQ(Exists(""), "no");
+    EXPECT_EQ(Exists(long_name.c_str()), "silent");
+    // A link is moved and deleted like a file.
+    EXPECT_TRUE(manager->Rename(data_type, "l", data_type, "l2") && manager->Delete(data_type, "l2"));
+    EXPECT_EQ(Get("outside/o"), "outside/o");
+}
+
+TEST_F(Contained, Links_Are_Followed_One_By_One) {
+    const std::string tree[][2] = {
+        {"f", "to_f"},       {"d/g", "to_g"},         {"to_g", "to_to_g"},     {"d", "to_d"},
+        {"to_d/g", "twice"}, {At("root/f"), "whole"}, {"../outside/o", "out"}, {"nothing", "dangling"},
+        {"none/x", "lost"},  {"self", "self"},        {"circle2", "circle1"},  {"d/../circle1", "circle2"},
+        {"f", "chain0"},
+    };
+    for (const auto& [target, link] : tree)
+        Link(target, "root/" + link);
+    for (int i = 0; i < 60; i++) // more than the system would follow
+        Link("chain" + std::to_string(i), "root/chain" + std::to_string(i + 1));
+    const std::string missing = System_Text(ENOENT);
+    const struct {
+        const char* path;
+        std::string exists, content;
+    } cases[] = {
+        {"to_f", "yes", "root/f"},
+        {"to_g", "yes", "root/d/g"},
+        {"to_to_g", "yes", "root/d/g"},
+        {"to_d/g", "yes", "root/d/g"},
+        {"twice", "yes", "root/d/g"},
+        {"whole", "yes", "root/f"},
+        {"out", "yes", "outside/o"},
+        {"chain60", "yes", "root/f"},
+        {"dangling", "no", missing},
+        {"lost", "no", missing},
+        {"self", recursive_message, recursive_message},
+        {"circle1", recursive_message, recursive_message},
+    };
+    for (const auto& c : cases) {
+        manager->SecurityOptions(links);
+        Expect_Found(c.path, c.exists, c.content);
+        manager->SecurityOptions(any_owner);
+        Expect_Found(c.path, c.exists, c.content);
+        manager->SecurityOptions(SECURITY_DATA_OTHER_OWNER | SECURITY_SCRIPT_LINKS);
+        Expect_Found(c.path, link_message, link_message);
+    }
+    Expect_Found("f", "yes", "root/f");
+    Expect_Found("none", "no", missing);
+}
+
+TEST_F(Contained, Owner_May_Not_Change_On_The_Way) {
+    SKIP_UNLESS_ROOT();
+    const char* const hops[] = {"root/l1", "root/l2", "root/l3", "root/f"};
+    Link("l2", hops[0]);
+    Link("l3", hops[1]);
+    Link(At("root/f"), hops[2]);
+    for (unsigned theirs = 0; theirs < 16; theirs++) {
+        for (unsigned i = 0; i < 4; i++)
+            ASSERT_EQ(lchown(At(hops[i]).c_str(), theirs >> i & 1 ? stranger : 0, 0), 0);
+        const bool mixed = theirs != 0 && theirs != 15;
+        manager->SecurityOptions(links);
+        Expect_Found("l1", mixed ? other_file_message : "yes", mixed ? other_file_message : "root/f");
+        Expect_Found("f", "yes", "root/f");
+        manager->SecurityOptions(any_owner);
+        Expect_Found("l1", "yes", "root/f");
+    }
+    Link("d", "root/to_d");
+    Link("to_d/g", "root/to_g");
+    Own("root/d");
+    Expect_Found("to_g", "yes", "root/d/g");
+    manager->SecurityOptions(links);
+    Expect_Found("to_d/g", other_directory_message, other_directory_message);
+    Expect_Found("to_g", other_directory_message, other_directory_message);
+    Expect_Found("d/g", "yes", "root/d/g"); // no link, no question
+}
+
+TEST_F(Contained, Refused_File_Is_Neither_Emptied_Nor_Made) {
+    SKIP_UNLESS_ROOT();
+    Link("f", "root/to_f");
+    Link("none", "root/new");
+    Own("root/f");
+    manager->SecurityOptions(links);
+    EXPECT_FALSE(manager->Open(data_type, "to_f", FILE_MODE_WRITE | FILE_MODE_TRUNCATE));
+    EXPECT_FALSE(manager->Copy(data_type, "aside", data_type, "to_f"));
+    EXPECT_EQ(Get("root/f"), "root/f");
+    EXPECT_FALSE(manager->Open(data_type, "new", FILE_MODE_WRITE | FILE_MODE_CREATE));
+    EXPECT_FALSE(manager->TouchFile(data_type, "new"));
+    EXPECT_FALSE(std::filesystem::exists(At("root/none")));
+    EXPECT_TRUE(manager->TouchFile(data_type, "none") && manager->TouchFile(data_type, "new"));
+}
+
+TEST_F(Contained, Pipes_And_Devices_Are_Asked_Without_Waiting) {
+    ASSERT_EQ(mkfifo(At("root/pipe").c_str(), 0600), 0);
+    EXPECT_TRUE(manager->Length(data_type, "pipe", &observed.length) && observed.length == 0);
+    EXPECT_TRUE(manager->ChangeMode(data_type, "pipe", 0640) && manager->TouchFile(data_type, "pipe"));
+    EXPECT_TRUE(manager->Mode(data_type, "pipe", &observed.mode) && observed.mode == (S_IFIFO | 0640));
+    EXPECT_EQ(manager->Lock_Valid(data_type, "pipe"), FILE_LOCK_VALID);
+    if (geteuid() == 0 && mknod(At("root/null").c_str(), S_IFCHR | 0600, makedev(1, 3)) == 0) {
+        EXPECT_TRUE(manager->Copy(data_type, "null", data_type, "aside") && Get("root/aside").empty());
+        EXPECT_TRUE(manager->Copy(data_type, "f", data_type, "null"));
+    }
+}
+
+TEST_F(Contained, Files_Move_Between_Directories_And_Roots) {
+    for (const char* same : {"f", "d/../f", "//f"}) {
+        EXPECT_TRUE(manager->Copy(data_type, "f", data_type, same)) << same;
+        // There is no temporary root, and the data root stands in.
+        EXPECT_TRUE(manager->Rename(data_type, "f", Tarn_PathType_Temp, same)) << same;
+        EXPECT_EQ(Get("root/f"), "root/f");
+    }
+    EXPECT_TRUE(manager->Rename(data_type, "f", data_type, "d/f") && Get("root/d/f") == "root/f");
+    EXPECT_FALSE(std::filesystem::exists(At("root/f")));
+    EXPECT_TRUE(manager->MakeDirectory(data_type, "e") && manager->Rename(data_type, "d", data_type, "d2"));
+    EXPECT_FALSE(manager->Rename(data_type, "d2", data_type, "e/d"));
+    EXPECT_EQ(Error(), "The source file is a directory");
+    ASSERT_TRUE(manager->InitializeTempDirectory(At("root2").c_str()));
+    ASSERT_TRUE(manager->InitializeScriptDirectory(At("outside").c_str(), "main"));
+    EXPECT_TRUE(manager->Rename(Tarn_PathType_Temp, "x", Tarn_PathType_Script, "x") &&
+                Get("outside/x") == "root2/x");
+    EXPECT_FALSE(manager->Delete(Tarn_PathType_Temp, "../x"));
+    EXPECT_EQ(Error(), outside_message + "temporary directory");
+    EXPECT_TRUE(manager->MakeSymbolicLink(data_type, "d2/./g", data_type, "e/../l"));
+    EXPECT_EQ(std::filesystem::read_symlink(At("root/l")), At("root/d2/g"));
+}
+
+TEST_F(Contained, Temporary_Name_Begins_With_Its_Directory) {
+    const struct {
+        const char *directory, *prefix, *name; // null when refused
+    } cases[] = {
+        {nullptr, "t", "t.0"}, {"", "t", "t.1"},      {".", "t", "t.2"},   {"d", "t", "d/t.0"},
+        {"d/", "t", "d/t.1"},  {"/d", "t", "/d/t.2"}, {"", nullptr, ".0"}, {"d", "../t", nullptr},
+    };
+    for (const auto& c : cases) {
+        char* name = nullptr;
+        EXPECT_EQ(see(manager->MakeTemporary(data_type, c.directory, c.prefix, &name, 0)), c.name != nullptr);
+        EXPECT_STREQ(name, c.name);
+        delete[] name;
+    }
+    EXPECT_EQ(Error(), "Invalid temporary filename prefix");
+}
+
+TEST_F(Contained, Parked_File_Comes_Back_From_Anywhere_Unless_It_Became_A_Link) {
+    const std::unique_ptr<File> file(manager->Open(data_type, "d/g", FILE_MODE_READ));
+    const int here = manager->SaveCurrentDirectory();
+    std::filesystem::current_path("/");
+    manager->DeactivateFile(file.get());
+    EXPECT_EQ(file->Length(), 8);
+    EXPECT_EQ(std::filesystem::current_path(), At("root/d"));
+    EXPECT_EQ(manager->RestoreCurrentDirectory(here), 0);
+    EXPECT_EQ(manager->RestoreCurrentDirectory(-1), -1);
+    manager->DeactivateFile(file.get());
+    std::filesystem::remove(At("root/d/g"));
+    Link("../f", "root/d/g");
+    EXPECT_EQ(file->Length(), -1);
+    EXPECT_EQ(file->error().text(), link_message);
+}
+
+TEST_F(Contained, Normalizes_As_The_Root_Sees_It) {
+    const struct {
+        const char* path;
+        int options;
+        std::string normal;
+    } cases[] = {
+        {nullptr, 0, ""},
+        {"//a/../../b", 0, "../b"},
+        {"a//b/", absolute, At("root/a/b")},
+        {"../x", absolute, At("x")},
+        {"/etc/../x", absolute, "/x"},
+    };
+    for (const auto& c : cases) {
+        manager->SecurityOptions(c.options);
+        int length = -1, size = -1;
+        const std::unique_ptr<char[]> normal(
+            manager->NormalizeContainedPath(data_type, c.path, &length, &size));
+        EXPECT_EQ(normal.get(), c.normal);
+        EXPECT_TRUE(length == static_cast<int>(c.normal.length()) && size > length);
+    }
+    EXPECT_EQ(manager->NormalizeContainedPath(Tarn_PathType_Script, "x", nullptr, nullptr), nullptr);
+}
+
+TEST_F(Contained, Copy_Of_A_Manager_Has_Roots_Of_Its_Own_And_No_Options) {
+    manager->SecurityOptions(links);
+    Link("f", "root/l");
+    auto copy = std::make_unique<UNIXFileManager>(nullptr, *manager);
+    manager = std::move(copy);
+    EXPECT_EQ(Content("f"), "root/f");
+    EXPECT_EQ(Content("l"), link_message);
+}
+
+TEST_F(Contained, Unknown_Root_Fails) {
+    const auto unknown = static_cast<Tarn_PathType>(3);
+    _UNIXContainedPathSettings settings;
+    EXPECT_TRUE(manager->ContainedPathSettings(unknown, &settings) && !settings.root);
+    EXPECT_EQ(manager->Lock(unknown, "f"), FILE_LOCK_FAILED);
+    EXPECT_EQ(Error(), "Invalid argument");
+    EXPECT_EQ(manager->OpenContained(unknown, "f", O_RDONLY), -1);
+    EXPECT_EQ(manager->NormalizeContainedPath(unknown, "f", nullptr, nullptr), nullptr);
+}
+
+} // namespace

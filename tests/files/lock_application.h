@@ -1,0 +1,55 @@
+#ifndef TESTS_FILES_LOCK_APPLICATION_H
+#define TESTS_FILES_LOCK_APPLICATION_H
+
+#include "app/config.h"
+#include "app/console_application.h"
+
+#include <functional>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+// An application that may wait for locks, a millisecond between passes, and gives up after a number of
+// passes.
+class Lock_Application : public ConsoleApplication, Config {
+  public:
+    Lock_Application() : ConsoleApplication(1, arguments) {}
+
+    unsigned processid() override { return static_cast<unsigned>(getpid()); }
+    unsigned threadid() override { return thread; }
+    const char* lockhostname() override {
+        if (waiting && while_judging)
+            std::exchange(while_judging, nullptr)();
+        return "here";
+    }
+    int lockexpiration() override { return expiration; }
+    bool cancelled() override {
+        waiting = true;
+        return passes-- <= 0;
+    }
+    Config* config() override { return this; }
+
+    int Integer(Config_Setting setting) const override { return setting == CONFIG_LOCK_WAIT; }
+    const String& Text(Config_Setting) const override { return nothing; }
+
+    FileManager* filemanager() override { return nullptr; }
+    ExternalLibraryManager* librarymanager() override { return nullptr; }
+    const char* lasterror() override { return ""; }
+    bool CommandLine_Requires_Argument(char) override { return false; }
+    bool CommandLine_Requires_Argument(const char*) override { return false; }
+    bool CommandLine_Process_Option(char, const char*) override { return false; }
+    bool CommandLine_Process_Option_Long(const char*, const char*) override { return false; }
+
+    unsigned thread = 1;
+    int expiration = 60;
+    int passes = 100;
+    std::function<void()> while_judging; // called once, when a lock that was found is compared with this host
+
+  private:
+    bool waiting = false;
+    inline static char program[] = "test";
+    inline static char* arguments[] = {program, nullptr};
+    String nothing;
+};
+
+#endif
