@@ -206,8 +206,8 @@ bool TarnApplication::SSL_Available(String* error) {
 }
 
 void TarnApplication::ParseLogFilter(const char* text) {
-    log_include.RemoveAll();
-    log_exclude.RemoveAll();
+    log_include.Dump();
+    log_exclude.Dump();
     while (text && *text) {
         text = Skip_Spaces(text);
         bool exclude = *text == '!';
