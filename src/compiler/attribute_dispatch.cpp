@@ -52,7 +52,7 @@ ParserStatus CompilerParser::Ignore_Unused_Attribute(std::string_view name) {
     }
     if (tag_name) {
         String tag(tag_name);
-        tag.upper();
+        tag.upcase();
         const ParserStatus unused = Report<Message::Attribute_Not_Used>(tag, name);
         status = status == PARSER_OK ? unused : status;
     }

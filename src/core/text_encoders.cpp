@@ -144,8 +144,8 @@ String TarnApplication::EncodeEntities(const String& text) {
 
 char* TarnApplication::DecodeEntities(const char* text, int length, int* result_length, int* result_size) {
     return Rewrite(
-        text, Text_Length(text, length), result_length, result_size,
-        [](char byte) { return byte != '&'; }, Decode_Entity);
+        text, Text_Length(text, length), result_length, result_size, [](char byte) { return byte != '&'; },
+        Decode_Entity);
 }
 
 char* TarnApplication::StripNULLs(const char* text, int length, int* result_length, int* result_size) {

@@ -166,7 +166,7 @@ char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
     }
     const bool bare = collapsed_count == (absolute ? 1 : 0);
     if (bare && !absolute)
-        path = ".";
+        path.assign(1, '.');
     const int array_size = bare ? 2 : length + 1;
     char* const result = new char[static_cast<size_t>(array_size)];
     memcpy(result, path.c_str(), path.length() + 1);

@@ -246,6 +246,7 @@ void AttributeValue::Output_Expression(CompilerParser* parser, int store, int re
     OpcodeQueue* queue = parser->Opcode_Queue();
     switch (type) {
     case ATTREXPR_TARGET:
+    case ATTREXPR_WHOLE_NAME:
         queue->Queue_Opcode(by_reference ? OPCODE_POPRN : store ? OPCODE_POPN : OPCODE_PUSHN, 0, 0);
         if (by_reference)
             parser->Output_Version(1, FILE_VERSION_REFERENCES);

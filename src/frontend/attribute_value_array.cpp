@@ -26,8 +26,9 @@ void AttributeValueArray::Reset(int count) {
     last_used = -1;
 }
 
+// A long row grows by half its size, so that blocks of any number of dimensions are read in linear time.
 void AttributeValueArray::Extend_Array(int index) {
-    int extended = index + grow_by;
+    int extended = index + std::max(grow_by, capacity / 2);
     AttributeValue* moved = new AttributeValue[static_cast<std::size_t>(extended)];
     for (int i = 0; i < capacity; ++i)
         moved[i].Replace(values[i]);

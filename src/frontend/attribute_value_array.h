@@ -20,7 +20,7 @@ class AttributeValueArray {
     AttributeValue* Element(int index);
     // Resets the first count elements; none counts as handed out then.
     void Reset(int count);
-    // Makes room for the index and grow_by more elements.
+    // Makes room for the index and grow_by more elements, or for half as many as there are if that is more.
     void Extend_Array(int index);
     // 1 when any of the first count elements is not set, or not there.
     int Check_Complete(int count) const;

@@ -4,7 +4,11 @@
 #include "core/string.h"
 #include "value/variable_scope.h"
 
+#include <cstdlib>
+#include <memory>
+
 class Dictionary;
+class SystemVariableHash;
 class TaggedFile;
 class TarnApplication;
 class Variable;
@@ -85,7 +89,7 @@ class VariableHash {
     virtual bool Read(TaggedFile* file);
     virtual bool Write(TaggedFile* file);
     virtual const String& error();
-    virtual void Error(const String& text);
+    virtual bool Error(const String& text); // answers false
     // Scopes, in tables that have them: Push opens one, Pop takes back what was stored since and answers 1,
     // or 0 without an open one.
     virtual void Push();
@@ -93,8 +97,58 @@ class VariableHash {
     // The table that holds the variables.
     virtual VariableHash* RealIdentity();
 
+    // The table itself if it is a SystemVariableHash, else null.
+    virtual SystemVariableHash* AsSystem();
+
     // Releases all variables. The slots stay.
     void Dump();
+
+    [[nodiscard]] Dictionary* dictionary() const { return dictionary_; }
+
+  protected:
+    // An array from calloc, so that it can grow where it stands and costs no memory before it is used.
+    struct Free_Array {
+        void operator()(void* array) const { std::free(array); }
+    };
+    template <class T>
+    using Array = std::unique_ptr<T[], Free_Array>;
+
+    [[nodiscard]] bool Is_Slot(int slot) const { return slot >= 0 && slot < variable_count; }
+    // The name of a slot; null if the dictionary doesn't know it.
+    const char* Name_Of(int slot, int* length) const;
+    // A new variable with the slot's name, counted for the caller.
+    [[nodiscard]] Variable* New_Variable(int slot) const;
+    // A new reference under the slot's name, counted likewise.
+    [[nodiscard]] Variable* New_Reference(int slot, Variable* target) const;
+
+    // The order of the members is part of the binary interface.
+    Array<int> buckets; // one more than the head slot of each chain, 0 for none
+    int bucket_bits;
+    int bucket_size;    // 1 << bucket_bits
+    int bucket_entries; // buckets in use
+    Array<int> next;    // next slot in the chain, -1 at its end
+    int capacity;       // of next and entries
+    Array<_VH_Entry> entries;
+    int variable_count; // slots in use
+    Dictionary* dictionary_;
+    String error_;
+
+  private:
+    // Where a name stands in its chain, or would.
+    struct Place {
+        int bucket;
+        int previous; // the slot ahead of it, -1 at the head
+        int slot;     // the slot there, -1 at the end
+        bool equal;   // has the very name
+    };
+    [[nodiscard]] Place Find_Place(const char* name, int name_length, bool behind_equals) const;
+    [[nodiscard]] int Compare_Name(const char* name, int name_length, int slot) const;
+    void Link(const char* name, int name_length, int slot);
+    void Replace(int slot, Variable* variable);
+    Variable* Base_Variable(const char* name, int name_length, int create);
+    void Reserve(int slots);
+    void Copy_Structure(const VariableHash& source);
+    void Swap_Structure(VariableHash& other);
 };
 
 #endif

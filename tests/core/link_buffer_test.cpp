@@ -9,22 +9,20 @@
 
 #include <climits>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace {
 
-using Pieces = std::vector<std::string>;
+std::string written;
 
-Pieces written;
-
-// The text of each block.
-Pieces Pieces_Of(const LinkBuffer& buffer) {
+// The text with a bar behind each block.
+std::string Blocks_Of(const LinkBuffer& buffer) {
     written.clear();
     NullOutput recorder([](const char* text, int length) {
-        written.emplace_back(text, length);
+        written.append(text, length).append("|");
         return length;
     });
     buffer.output(&recorder);
@@ -46,12 +44,12 @@ TEST(LinkBuffer, Blocks_Are_Multiples_Of_Their_Size) {
     }
     buffer.cat("abcde", 5);
     buffer.cat("fghij", 5);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcdefghij"}));
+    EXPECT_EQ(Blocks_Of(buffer), "abcdefghij|");
     buffer.cat("klm", 3);
     buffer.cat("nopqrstu", 8);
     buffer.prepend("--", 2);
     buffer.prepend("", 0);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"", "--", "abcdefghij", "klmno", "pqrstu"}));
+    EXPECT_EQ(Blocks_Of(buffer), "|--|abcdefghij|klmno|pqrstu|");
 }
 
 TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
@@ -70,13 +68,14 @@ TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
     EXPECT_EQ(buffer.release(&length, nullptr, 1), array);
     buffer.cat_nocopy(array, 5, 5);
     buffer.cat("f", 1);
-    EXPECT_EQ(Pieces_Of(buffer), Pieces({"abcde", "f"}));
+    EXPECT_EQ(Blocks_Of(buffer), "abcde|f|");
     LinkBuffer without_room(10, 5);
     without_room.cat_nocopy(new char[0], 0, 0);
     EXPECT_STREQ(without_room.data(&length, nullptr), "");
 }
 
 TEST(LinkBuffer, Numbers_And_Variables) {
+    mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
     LinkBuffer buffer(10, 5);
     Variable variable("name", 4, "text", 4);
     mpd_t* const decimal = TarnApplication::itompd(nullptr, 77);
@@ -103,24 +102,25 @@ TEST(LinkBuffer, Behaves_Like_A_String) {
         for (int step = 0; step < 12; ++step) {
             const std::string piece(random() % 6, static_cast<char>('a' + step));
             const int size = static_cast<int>(piece.size());
-            auto* const other = new LinkBuffer(3, 2);
-            if (size > 0)
-                other->cat(piece.data(), size - 1), other->prepend(piece.data(), 1);
             const std::string before = model;
+            auto other = std::make_unique<LinkBuffer>(3, 2);
+            if (size > 0) {
+                other->cat(piece.data(), size - 1);
+                other->prepend(piece.data(), 1);
+            }
             int length;
             switch (random() % 9) {
             case 0: buffer.cat(piece.data(), size), model += piece; break;
-            case 1: buffer.prepend(piece.data(), size), model = piece + model; break;
-            case 2: buffer.cat(other), model += piece; break;
-            case 3: buffer.prepend(other), model = piece + model; break;
+            case 1: buffer.prepend(piece.data(), size), model.insert(0, piece); break;
+            case 2: buffer.cat(other.get()), model += piece; break;
+            case 3: buffer.prepend(other.get()), model.insert(0, piece); break;
             case 4: buffer.cat(&buffer), model += before; break;
             case 5: buffer.prepend(&buffer), model += before; break;
-            case 6: buffer.cat_destroy(other), model += piece; continue;
-            case 7: buffer.prepend_destroy(other), model = piece + model; continue;
+            case 6: buffer.cat_destroy(other.release()), model += piece; continue;
+            case 7: buffer.prepend_destroy(other.release()), model.insert(0, piece); continue;
             case 8: ASSERT_EQ(buffer.data(&length, nullptr), model); break;
             }
             EXPECT_EQ(other->data(&length, nullptr), piece);
-            delete other;
         }
         std::string copy(model.size(), '?');
         buffer.append_to(copy.data());

@@ -1,0 +1,33 @@
+#include "value/cloned_variable_hash.h"
+
+#include "image/dictionary.h"
+#include "value/system_variable_hash.h"
+
+namespace {
+
+bool Holds_Its_Variables(VariableHash& table) {
+    return table.RealIdentity() == &table && !table.AsSystem();
+}
+
+} // namespace
+
+ClonedVariableHash::ClonedVariableHash(TarnApplication* application, Dictionary* dictionary,
+                                       VariableHash& source, bool clone)
+    : ForwardingVariableHash(application, dictionary, source, clone && Holds_Its_Variables(source)),
+      target_dictionary(nullptr) {
+    if (Holds_Its_Variables(source))
+        return;
+    VariableHash* real = source.RealIdentity();
+    if (real != &source)
+        dictionary = target_dictionary = new Dictionary(*real->dictionary());
+    if (real->AsSystem())
+        target = new SystemVariableHash(application, dictionary, *real, clone);
+    else
+        target = new VariableHash(application, dictionary, *real, clone);
+}
+
+ClonedVariableHash::~ClonedVariableHash() {
+    if (target != this)
+        delete target;
+    delete target_dictionary;
+}

@@ -1,0 +1,156 @@
+// The persisted form of a table, little-endian:
+//   header   bucket_entries (2 bytes, signed), bucket_bits (1), variable_count (4)
+//   buckets  for each bucket in use, ascending: index (2, signed), head slot (4)
+//   slots    dictionary id of the name (4), next slot in the chain or -1 (4)
+
+#include "image/tagged_file.h"
+#include "value/variable_hash.h"
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int header_size = 7;
+constexpr int bucket_size_in_file = 6;
+constexpr int slot_size_in_file = 8;
+
+constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
+constexpr uint32_t most_buckets = 0x1fffffff;
+constexpr uint32_t most_variables = 0x7ffffff;
+
+struct Header {
+    int bucket_entries;
+    int bucket_bits;
+    uint32_t variable_count;
+};
+
+uint32_t Get(const char* bytes, int count) {
+    uint32_t value = 0;
+    for (int i = 0; i < count; i++)
+        value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
+    return value;
+}
+
+void Put(std::vector<char>& out, uint32_t value, int count) {
+    for (int i = 0; i < count; i++)
+        out.push_back(static_cast<char>(value >> (8 * i)));
+}
+
+bool Read_Bytes(TaggedFile* file, std::vector<char>& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    return file->Section_Read(bytes.data(), size) == size;
+}
+
+bool Write_Bytes(TaggedFile* file, std::vector<char>& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    return file->Section_Write(bytes.data(), size) == size;
+}
+
+// What is wrong with a header, null for nothing.
+const char* Header_Fault(const Header& header) {
+    if (header.bucket_bits > most_bucket_bits)
+        return "variable_hash_header.bucket_bits out of range";
+    if (uint32_t{1} << (header.bucket_bits & 31) > most_buckets)
+        return "read_bucket_size out of range";
+    if (header.variable_count > most_variables)
+        return "variable_hash_header.variable_count out of range";
+    if (header.bucket_entries < 0)
+        return "variable_hash_header.bucket_entries out of range";
+    return nullptr;
+}
+
+} // namespace
+
+bool VariableHash::Read(TaggedFile* file, int tag) {
+    const bool read = file->Section_Read_Start(tag, nullptr) ? Read(file) : Error(file->error());
+    file->Section_Read_End();
+    return read;
+}
+
+bool VariableHash::Write(TaggedFile* file, int tag) {
+    file->Section_Start(tag);
+    const bool written = Write(file);
+    file->Section_End();
+    return written;
+}
+
+bool VariableHash::Read(TaggedFile* file) {
+    std::vector<char> bytes(header_size);
+    if (!Read_Bytes(file, bytes))
+        return Error(file->error());
+    const Header header{static_cast<int16_t>(Get(&bytes[0], 2)), static_cast<int>(Get(&bytes[2], 1)),
+                        Get(&bytes[3], 4)};
+    if (const char* fault = Header_Fault(header))
+        return Error(fault);
+    // Nothing is allocated for counts that the section can't hold.
+    const int64_t size = int64_t{header.bucket_entries} * bucket_size_in_file +
+                         int64_t{header.variable_count} * slot_size_in_file;
+    if (size > file->Section_Remaining())
+        return Error(file->error());
+
+    const int count = static_cast<int>(header.variable_count);
+    VariableHash read(dictionary_, header.bucket_bits, count, count);
+    bytes.resize(static_cast<size_t>(header.bucket_entries) * bucket_size_in_file);
+    if (!Read_Bytes(file, bytes))
+        return Error(file->error());
+    for (size_t at = 0; at < bytes.size(); at += bucket_size_in_file) {
+        const int index = static_cast<int16_t>(Get(&bytes[at], 2));
+        if (index < 0 || index >= read.bucket_size)
+            return Error("variable_hash_bucket.index out of range");
+        const int head = static_cast<int>(Get(&bytes[at + 2], 4));
+        read.buckets[index] = read.Is_Slot(head) ? head + 1 : 0;
+    }
+    bytes.resize(static_cast<size_t>(count) * slot_size_in_file);
+    if (!Read_Bytes(file, bytes))
+        return Error(file->error());
+    for (int slot = 0; slot < count; slot++) {
+        const char* record = &bytes[static_cast<size_t>(slot) * slot_size_in_file];
+        read.entries[slot].id = static_cast<int>(Get(record, 4));
+        const int link = static_cast<int>(Get(record + 4, 4));
+        read.next[slot] = read.Is_Slot(link) ? link : -1;
+    }
+    read.bucket_entries = header.bucket_entries;
+    Swap_Structure(read);
+    return true;
+}
+
+bool VariableHash::Write(TaggedFile* file) {
+    std::vector<char> used_buckets;
+    int used = 0;
+    for (int bucket = 0; bucket < bucket_size; bucket++) {
+        if (!buckets[bucket])
+            continue;
+        if (bucket > INT16_MAX)
+            return Error("variable_hash_bucket.index out of range");
+        Put(used_buckets, static_cast<uint32_t>(bucket), 2);
+        Put(used_buckets, static_cast<uint32_t>(buckets[bucket] - 1), 4);
+        used++;
+    }
+    if (used > INT16_MAX)
+        return Error("variable_hash_header.bucket_entries out of range");
+    std::vector<char> header;
+    Put(header, static_cast<uint32_t>(used), 2);
+    Put(header, static_cast<uint32_t>(bucket_bits), 1);
+    Put(header, static_cast<uint32_t>(variable_count), 4);
+    std::vector<char> slots;
+    for (int slot = 0; slot < variable_count; slot++) {
+        Put(slots, static_cast<uint32_t>(entries[slot].id), 4);
+        Put(slots, static_cast<uint32_t>(next[slot]), 4);
+    }
+    if (!Write_Bytes(file, header) || !Write_Bytes(file, used_buckets) || !Write_Bytes(file, slots))
+        return Error(file->error());
+    return true;
+}
+
+void VariableHash::Swap_Structure(VariableHash& other) {
+    std::swap(buckets, other.buckets);
+    std::swap(bucket_bits, other.bucket_bits);
+    std::swap(bucket_size, other.bucket_size);
+    std::swap(bucket_entries, other.bucket_entries);
+    std::swap(next, other.next);
+    std::swap(capacity, other.capacity);
+    std::swap(entries, other.entries);
+    std::swap(variable_count, other.variable_count);
+}

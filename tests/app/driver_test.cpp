@@ -1,0 +1,323 @@
+#include "app/unix_compiler_application.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <mpdecimal.h>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string Usage() {
+    return R"(Usage: tnc [options] file...
+Options:
+  --help           Display this information
+  --version        Display version number and exit
+  -b <file>        Search .DLL/.so <file> for unresolved function calls
+  -w <warning>     Suppress warning <warning>
+  -W <warning>     Enable otherwise supressed warning <warning>
+  -X <warning>     Abort compilation on warning <warning>
+  -o <file>        Place output in <file>
+  -C <version>     Generate code compatible with <version>
+  -p <level>       Warn on various pedantic syntax issues
+  -P <level>       Error on various pedantic syntax issues
+  -d               Generate pseudo-C code suitable for use with Doxygen
+  -L               Generate a list of line numbers containing code
+  -D <token>       Define a value for use in TnIFDEF and TnIFNDEF
+  -O <bytes>       Obfuscate constants by splitting them into <bytes> bytes
+  -f               Enable whitespace compression by default for functions
+  -F               Disable text and html output by default for functions
+  -A               Make access private by default for functions
+
+<warning> may be one of:
+  - One or more warning ids, separated by commas
+  - The keyword "all", which indicates all warnings
+
+<level> may be one or a comma separated list of the following:
+    scope     Warn or error on unscoped variables.
+    lock      Warn or error on TnFUNCTIONRETURN inside TnLOCKFILE.
+    capture   Warn or error on TnFUNCTIONRETURN inside TnCAPTURE.
+    async     Warn or error on TnFUNCTIONRETURN inside TnASYNC.
+  or
+    all       All of the above options.
+)";
+}
+
+// Lays the options open.
+class Open_Application : public UNIXCompilerApplication {
+  public:
+    using CompilerApplication::function_output_default;
+    using CompilerApplication::pedantic_error;
+    using CompilerApplication::pedantic_warn;
+    using UNIXCompilerApplication::UNIXCompilerApplication;
+};
+
+std::vector<std::string> Words(const std::string& line) {
+    std::istringstream stream(line);
+    std::vector<std::string> words{"/usr/bin/tnc"};
+    for (std::string word; stream >> word;)
+        words.push_back(word);
+    return words;
+}
+
+// Runs of the compiler in a directory of their own, with good.tn (one text run) and bad.tn (one error).
+class Driver : public testing::Test {
+  protected:
+    void SetUp() override {
+        mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
+        earlier = fs::current_path();
+        std::string pattern = (fs::temp_directory_path() / "tnc_driver_XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+        fs::current_path(folder);
+        std::ofstream("good.tn") << "Hi";
+        std::ofstream("bad.tn") << "<TnELSE>";
+        fs::create_directory("folder");
+    }
+    void TearDown() override {
+        fs::current_path(earlier);
+        fs::remove_all(folder);
+    }
+
+    template <typename Function>
+    void With_Application(const std::string& options, Function function) {
+        std::vector<std::string> words = Words(options);
+        std::vector<char*> argv;
+        for (std::string& word : words)
+            argv.push_back(word.data());
+        argv.push_back(nullptr);
+        Open_Application application(static_cast<int>(words.size()), argv.data());
+        function(application);
+    }
+
+    int Run(const std::string& options) {
+        int status = -1;
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        With_Application(options, [&](Open_Application& application) { status = application.Go(); });
+        out = testing::internal::GetCapturedStdout();
+        err = testing::internal::GetCapturedStderr();
+        return status;
+    }
+
+    fs::path earlier, folder;
+    std::string out, err;
+};
+
+const char* const warning_list_end = "'.  Must be 'all' or comma separated list of values between 1 and 99";
+const char* const pedantic_end = "'.  Must be 'all' or type 'tnc --help' for list of valid options.";
+
+TEST_F(Driver, Refused_Options_Leave_No_Output) {
+    const struct {
+        std::string options;
+        std::string error;
+    } cases[] = {
+        {"", "No input file specified"},
+        {"-A", "No input file specified"},
+        {"-", "No input file specified"},
+        {"-dL good.tn", "Only one of -d or -L may be specified"},
+        {"-d -L", "No input file specified"},
+        {"-z good.tn", "Invalid option '-z'"},
+        {"-Az good.tn", "Invalid option '-z'"},
+        {"-? good.tn", "Invalid option '-?'"},
+        {"--bad good.tn", "Invalid option '--bad'"},
+        {"--Help", "Invalid option '--Help'"},
+        {"-- good.tn", "Invalid option '--'"},
+        {"-o", "Option '-o' requires an argument"},
+        {"-ofile", "Option '-o' requires an argument"},
+        {"-AC", "Option '-C' requires an argument"},
+        {"-C 3.99 good.tn", "Invalid engine version number 3.99"},
+        {"-C 5.53 good.tn", "Invalid engine version number 5.53"},
+        {"-C 100 good.tn", "Invalid engine version number 100"},
+        {"-C abc good.tn", "Invalid engine version number 0"},
+        {"-C -1e-9 good.tn", "Invalid engine version number -0"},
+        {"-O 0 good.tn", "Invalid value for obfuscation bytes"},
+        {"-O -3 good.tn", "Invalid value for obfuscation bytes"},
+        {"-O x good.tn", "Invalid value for obfuscation bytes"},
+        {"-b ./none.so good.tn",
+         "Unable to register .DLL/.so './none.so': ./none.so: cannot open shared object file: "
+         "No such file or directory"},
+        {"-w 0 good.tn", std::string("Invalid list of warning numbers '0") + warning_list_end},
+        {"-w 100 good.tn", std::string("Invalid list of warning numbers '100") + warning_list_end},
+        {"-W 5, good.tn", std::string("Invalid list of warning numbers '5,") + warning_list_end},
+        {"-X ,5 good.tn", std::string("Invalid list of warning numbers ',5") + warning_list_end},
+        {"-X 5,-5 good.tn", std::string("Invalid list of warning numbers '5,-5") + warning_list_end},
+        {"-w all,5 good.tn", std::string("Invalid list of warning numbers 'all,5") + warning_list_end},
+        {"-p scope, good.tn", std::string("Invalid pedantic option '") + pedantic_end},
+        {"-P scopes good.tn", std::string("Invalid pedantic option 'scopes") + pedantic_end},
+        {"-p lock,all good.tn", std::string("Invalid pedantic option 'all") + pedantic_end},
+        {"good.tn -d", "Unable to open '-d': No such file or directory"},
+        {"good.tn none.tn", "Unable to open 'none.tn': No such file or directory"},
+        {"folder", "Unable to open 'folder': Is a directory"},
+        {"-o none/x good.tn", "Unable to create 'none/x': No such file or directory"},
+        {"-o folder good.tn", "Unable to create 'folder': Is a directory"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Run(c.options), 1) << c.options;
+        EXPECT_EQ(out, "") << c.options;
+        EXPECT_EQ(err, "tnc: " + c.error + "\n") << c.options;
+        EXPECT_FALSE(fs::exists("output.tna")) << c.options;
+    }
+}
+
+TEST_F(Driver, Accepted_Options_Write_The_Output_File) {
+    const struct {
+        const char* options;
+        const char* output;
+    } cases[] = {
+        {"good.tn", "output.tna"},
+        {"- -A - good.tn", "output.tna"},
+        {"-o a.out good.tn", "a.out"},
+        {"-oignored a.out good.tn", "a.out"},
+        {"-AfFo a.out good.tn", "a.out"},
+        {"-o a.out -o b.out good.tn", "b.out"},
+        {"-C 4 good.tn", "output.tna"},
+        {"-C 5.52 good.tn", "output.tna"},
+        {"-C nan good.tn", "output.tna"},
+        {"-O 99999999999999999999 good.tn", "output.tna"},
+        {"-w 99,0x10 -W ALL -X all -w all good.tn", "output.tna"},
+        {"-p scope,LOCK -P ALL good.tn", "output.tna"},
+        {"-d good.tn", "output.tna"},
+        {"-L good.tn good.tn", "output.tna"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Run(c.options), 0) << c.options;
+        EXPECT_EQ(out + err, "") << c.options;
+        EXPECT_TRUE(fs::remove(c.output)) << c.options;
+    }
+}
+
+TEST_F(Driver, Help_And_Version_End_The_Run_Behind_The_Options) {
+    const struct {
+        const char* options;
+        int status;
+        std::string out;
+        const char* err;
+    } cases[] = {
+        {"--help", 0, Usage(), ""},
+        {"--version", 0, "5.52\n", ""},
+        {"--version --help none.tn", 0, "5.52\n" + Usage(), ""},
+        {"--version -dL", 0, "5.52\n", ""},
+        {"--version --bad", 1, "5.52\n", "tnc: Invalid option '--bad'\n"},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(Run(c.options), c.status) << c.options;
+        EXPECT_EQ(out, c.out) << c.options;
+        EXPECT_EQ(err, c.err) << c.options;
+    }
+    EXPECT_FALSE(fs::exists("output.tna"));
+}
+
+TEST_F(Driver, Compile_Error_Removes_The_Output_And_Skips_The_Files_Behind) {
+    std::ofstream("output.tna") << "of an earlier run";
+    EXPECT_EQ(Run("good.tn bad.tn none.tn"), 1);
+    EXPECT_EQ(err, "bad.tn:1: CE_122: TnELSE without TnIF\n");
+    EXPECT_FALSE(fs::exists("output.tna"));
+}
+
+TEST_F(Driver, Output_That_Is_No_Regular_File_Stays) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    int reader = open("pipe", O_RDWR | O_CLOEXEC);
+    EXPECT_EQ(Run("-o pipe bad.tn"), 1);
+    EXPECT_TRUE(fs::exists("pipe"));
+    close(reader);
+}
+
+TEST_F(Driver, Failed_Write_Fails_The_Run) {
+    fs::create_symlink("/dev/full", "full");
+    EXPECT_EQ(Run("-o full good.tn"), 1);
+    EXPECT_EQ(err, "tnc: Unable to write 'full': No space left on device\n");
+    EXPECT_TRUE(fs::is_symlink("full"));
+}
+
+TEST_F(Driver, Function_Output_Options_Combine_In_Either_Order) {
+    const struct {
+        const char* options;
+        int flags;
+    } cases[] = {{"-f", 7}, {"-F", 0}, {"-fF", 4}, {"-Ff", 4}, {"-ffFF", 4}, {"-A", -1}};
+    for (const auto& c : cases) {
+        With_Application(c.options, [&](Open_Application& application) {
+            application.CommandLine_Parse();
+            EXPECT_EQ(application.function_output_default, c.flags) << c.options;
+        });
+    }
+}
+
+TEST_F(Driver, Pedantic_Options_Add_Up) {
+    const struct {
+        const char* options;
+        int warn;
+        int error;
+    } cases[] = {
+        {"-p scope", 1, 0},         {"-P lock,capture", 0, 6},   {"-p async -p Scope", 9, 0},
+        {"-p all -p scope", -1, 0}, {"-p scope -P ASYNC", 1, 8},
+    };
+    for (const auto& c : cases) {
+        With_Application(c.options, [&](Open_Application& application) {
+            application.CommandLine_Parse();
+            EXPECT_EQ(application.pedantic_warn, c.warn) << c.options;
+            EXPECT_EQ(application.pedantic_error, c.error) << c.options;
+        });
+    }
+}
+
+TEST_F(Driver, Defines_Are_Found_In_Any_Case) {
+    With_Application("-D Foo -D bar", [](Open_Application& application) {
+        application.CommandLine_Parse();
+        EXPECT_TRUE(application.Is_Defined("FOO", 3));
+        EXPECT_TRUE(application.Is_Defined("Barn", 3));
+        EXPECT_FALSE(application.Is_Defined("fo", 2));
+    });
+}
+
+// Which warnings print and which count, after the options.
+TEST_F(Driver, Warning_Options_Decide_What_Prints_And_What_Counts) {
+    const struct {
+        const char* options;
+        int code;
+        bool prints;
+        bool counts;
+    } cases[] = {
+        {"", 17, true, false},
+        {"", 49, true, false},
+        {"", 50, false, false},
+        {"", 51, false, false},
+        {"", 101, true, true},
+        {"-w all", 101, true, true},
+        {"-w 17", 17, false, false},
+        {"-w 17", 16, true, false},
+        {"-w 0x11", 17, false, false},
+        {"-W all", 51, true, false},
+        {"-w all -W 17", 17, true, false},
+        {"-w all -W 17", 18, false, false},
+        {"-W 17 -w all", 17, false, false},
+        {"-X 17", 17, true, true},
+        {"-X 51", 51, false, false},
+        {"-X 51 -W 51", 51, true, true},
+        {"-w 5 -X 5", 5, false, false},
+        {"-X all", 1, true, true},
+        {"-w 5,x", 5, false, false}, // refused, but what stands ahead holds
+    };
+    for (const auto& c : cases) {
+        With_Application(c.options, [&](Open_Application& application) {
+            testing::internal::CaptureStderr();
+            application.CommandLine_Parse();
+            testing::internal::GetCapturedStderr();
+            EXPECT_EQ(application.Error_WillPrint(c.code), c.prints) << c.options << " " << c.code;
+            testing::internal::CaptureStderr();
+            EXPECT_EQ(application.CompileError(c.code, "a b.tn", 12, "text"), !c.counts)
+                << c.options << " " << c.code;
+            std::string line =
+                std::string("a b.tn:12: ") + (c.code < 100 ? "CW_" : "CE_") + std::to_string(c.code);
+            EXPECT_EQ(testing::internal::GetCapturedStderr(), c.prints ? line + ": text\n" : "") << c.options;
+        });
+    }
+}
+
+} // namespace

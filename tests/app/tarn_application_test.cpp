@@ -1,0 +1,196 @@
+#include "app/config.h"
+#include "app/console_application.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace {
+
+class Fixed_Config : public Config {
+  public:
+    int Integer(Config_Setting setting) const override {
+        return setting == CONFIG_TIMEOUT ? timeout : setting == CONFIG_POST_TIMEOUT ? post_timeout : -1;
+    }
+    const String& Text(Config_Setting) const override { return none; }
+
+    int timeout = 0;
+    int post_timeout = 0;
+    String none;
+};
+
+char program[] = "C:\\bin/dir\\program";
+char* arguments[] = {program, nullptr};
+
+class Test_Application : public ConsoleApplication {
+  public:
+    Test_Application() : ConsoleApplication(1, arguments) {}
+
+    FileManager* filemanager() override { return nullptr; }
+    ExternalLibraryManager* librarymanager() override { return nullptr; }
+    const char* lasterror() override { return ""; }
+    Config* config() override { return settings; }
+    bool CommandLine_Requires_Argument(char) override { return false; }
+    bool CommandLine_Requires_Argument(const char* option) override { return std::string(option) == "value"; }
+    bool CommandLine_Process_Option(char, const char*) override { return true; }
+    bool CommandLine_Process_Option_Long(const char* option, const char* value) override {
+        processed.push_back(std::string(option) + "=" + (value ? value : "none"));
+        return true;
+    }
+
+    void Set_Arguments(std::vector<char*> words) {
+        argv_storage = std::move(words);
+        argc = static_cast<int>(argv_storage.size());
+        argv = argv_storage.data();
+    }
+    std::string Filters() {
+        std::string text;
+        for (LogFilterEntry* entry = log_include.First(); entry; entry = log_include.Next())
+            text += Describe(*entry);
+        for (LogFilterEntry* entry = log_exclude.First(); entry; entry = log_exclude.Next())
+            text += "!" + Describe(*entry);
+        return text;
+    }
+    static std::string Describe(const LogFilterEntry& entry) {
+        return std::string(entry.name, static_cast<size_t>(entry.name_length)) + ":" +
+               std::to_string(entry.low) + "-" + std::to_string(entry.high) + " ";
+    }
+
+    using TarnApplication::global_deadline;
+    using TarnApplication::post_deadline;
+    using TarnApplication::post_timed_out;
+
+    Config* settings = nullptr;
+    std::vector<std::string> processed;
+    std::vector<char*> argv_storage;
+};
+
+TEST(TarnApplication, Log_Filters_Are_Read_Entry_By_Entry) {
+    const struct {
+        const char* text;
+        const char* filters;
+    } cases[] = {
+        {"", ""},
+        {"name", "name:0-0 "},
+        {"name:3", "name:3-0 "},
+        {"name:3-17", "name:3-17 "},
+        {" ! name : 3 - 17 , b", "b:0-0 !name:3-17 "},
+        {"a,,b, ,!,:3,c", "a:0-0 b:0-0 c:0-0 "},
+        {"a-4,b:-5,c:1-x,d 7:8", "a-4:0-0 b:0-5 c:1-0 d:0-0 "},
+        {"a:1-2 junk:9,!b!", "a:1-2 !b!:0-0 "},
+        {"a:99999999999-88888888888888888888", "a:2147483647-2147483647 "},
+    };
+    for (const auto& c : cases) {
+        Test_Application application;
+        application.ParseLogFilter("earlier,!other");
+        application.ParseLogFilter(c.text);
+        EXPECT_EQ(application.Filters(), c.filters) << c.text;
+    }
+}
+
+TEST(TarnApplication, Deadlines_Come_From_The_Settings) {
+    Test_Application application;
+    Fixed_Config config;
+    application.ResetGlobalTimeout();
+    EXPECT_EQ(application.TimeRemaining(), -1);
+
+    application.settings = &config;
+    application.ResetPOSTTimeout();
+    EXPECT_EQ(application.post_deadline, 0);
+    config.timeout = 1000;
+    config.post_timeout = 10;
+    time_t now = time(nullptr);
+    application.ResetGlobalTimeout();
+    application.ResetPOSTTimeout();
+    EXPECT_NEAR(static_cast<double>(application.global_deadline - now), 1000, 2);
+    EXPECT_NEAR(static_cast<double>(application.post_deadline - now), 10, 2);
+    EXPECT_NEAR(static_cast<double>(application.TimeRemaining()), 1000, 2);
+}
+
+TEST(TarnApplication, Heartbeat_Notes_Deadlines_That_Are_Past) {
+    Test_Application application;
+    application.Heartbeat(1L << 40);
+    EXPECT_FALSE(application.cancelled());
+
+    application.global_deadline = 100;
+    application.post_deadline = 50;
+    application.Heartbeat(50);
+    EXPECT_EQ(application.post_timed_out, 0);
+    application.Heartbeat(51);
+    EXPECT_EQ(application.post_timed_out, 1);
+    EXPECT_FALSE(application.cancelled());
+    application.Heartbeat(101);
+    EXPECT_TRUE(application.cancelled());
+    EXPECT_EQ(application.TimeRemaining(), 0);
+    application.ResetGlobalTimeout();
+    EXPECT_FALSE(application.cancelled());
+}
+
+TEST(TarnApplication, Settings_Count_Their_Changes) {
+    Test_Application application;
+    application.SetLanguage("de-DE-x", 5);
+    application.SetDefaultLanguage("fr", -1);
+    EXPECT_STREQ(application.language().text(), "de-DE");
+    EXPECT_EQ(application.languagecount(), 2);
+    EXPECT_STREQ(application.defaultlanguage().text(), "fr");
+    EXPECT_EQ(application.defaultlanguagecount(), 2);
+    EXPECT_STREQ(application.defaultdatabase().text(), "xbase3");
+    EXPECT_EQ(application.defaultdatabasecount(), 1);
+
+    EXPECT_TRUE(application.CharacterSetIsUTF8());
+    application.SetCharacterSet("utf-88", -1);
+    EXPECT_FALSE(application.CharacterSetIsUTF8());
+    application.SetCharacterSet("UTF-8", -1);
+    EXPECT_TRUE(application.CharacterSetIsUTF8());
+    EXPECT_STREQ(application.GetCharacterSet(), "UTF-8");
+    EXPECT_EQ(application.charsetcount(), 3);
+}
+
+TEST(TarnApplication, Log_Events_Have_Names) {
+    Test_Application application;
+    EXPECT_STREQ(application.Log_Description(16), "Function Call");
+    EXPECT_STREQ(application.Log_Description(8192), "TnDO Exit");
+    EXPECT_STREQ(application.Log_Description(2097152), "TnSMTP");
+    EXPECT_STREQ(application.Log_Description(33554432), "Request Start");
+    EXPECT_STREQ(application.Log_Description(1073741824), "Trace");
+    EXPECT_STREQ(application.Log_Description(24), "Unknown");
+}
+
+TEST(ConsoleApplication, Long_Options_Take_The_Next_Argument_As_Value) {
+    char value[] = "--value", plain[] = "--plain", file[] = "file";
+    Test_Application application;
+    application.Set_Arguments({program, value, plain, plain, file, plain});
+    EXPECT_EQ(application.CommandLine_Parse(), 4);
+    EXPECT_EQ(application.processed, std::vector<std::string>({"value=--plain", "plain=none"}));
+
+    application.Set_Arguments({program, value});
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(application.CommandLine_Parse(), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "program: Option '--value' requires an argument\n");
+    application.Set_Arguments({program});
+    EXPECT_EQ(application.CommandLine_Parse(), 1);
+}
+
+TEST(ConsoleApplication, Runtime_Error_Prints_When_It_Is_To_Be_Displayed) {
+    Test_Application application;
+    testing::internal::CaptureStderr();
+    application.Notify_RuntimeError(1, "hidden", false);
+    application.Notify_RuntimeError(1, "shown", true);
+    application.Notify_InputError(" input");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "shown input");
+}
+
+TEST(ConsoleOutput, Text_With_A_Line_End_Goes_Out_At_Once) {
+    testing::internal::CaptureStdout();
+    ConsoleOutput output(16);
+    output.Write("ab", 2);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    testing::internal::CaptureStdout();
+    output.Write("c\n", -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc\n");
+    testing::internal::CaptureStdout();
+    output.Write("d\re", 3);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "d\re");
+}
+
+} // namespace
