@@ -71,14 +71,14 @@ class Page:
         elif kind == 'eval':
             self.write('<TnEVAL EXPR="{%s}">' % self.value())
         elif kind == 'assign':
-            self.write('<TnASSIGN NAME="%s" EXPR="{%s}">' % (self.variable(), self.value()))
+            self.write('<TnASSIGN NAME="%s" VALUE="{%s}">' % (self.variable(), self.value()))
         elif kind == 'call':
             self.write('<TnEVAL EXPR="{total(%s, %s)}">' % (self.value(), self.operand()))
         elif kind == 'if':
             self.write('<TnIF EXPR="{%s}">' % self.condition())
             self.open_tags.append('TnIF')
         else:
-            self.write('<TnFOR ITERATOR="l.i" COUNT="{%s}">' % self.variable())
+            self.write('<TnFOR INDEX="l.i" COUNT="{%s}">' % self.variable())
             self.open_tags.append('TnFOR')
 
     def text(self):

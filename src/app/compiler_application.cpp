@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int output_buffer_size = 1024;
+constexpr int output_buffer_size = 64 * 1024; // what goes to the system in one step
 
 // The upper half of the warnings is off until it is asked for.
 constexpr int FIRST_WARNING_OFF = 50;
