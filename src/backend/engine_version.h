@@ -3,9 +3,13 @@
 #define BACKEND_ENGINE_VERSION_H
 
 #include <iterator>
+#include <string_view>
 
 // The engine that this compiler is of.
 inline constexpr double newest_engine_version = 5.52;
+
+// The system variable that tells the running engine's.
+inline constexpr std::string_view engine_version_variable = "tarnversion";
 
 inline constexpr int file_version_major = 1;
 

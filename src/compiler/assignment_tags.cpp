@@ -60,28 +60,31 @@ struct Target {
 } // namespace
 
 // A tag that lacks both attributes gets both reports.
-ParserStatus CompilerParser::Generate_Assign(int) {
+ParserStatus CompilerParser::Check_Value_And_Name(Message value_missing, Message name_missing) {
     ParserStatus status = PARSER_OK;
     if (!attribute_values->Element(VALUE)->Is_Set()) {
-        status = Report<Message::Assign_Requires_Value>();
+        status = Report_Message(value_missing);
     }
     if (!attribute_values->Element(NAME)->Is_Set()) {
-        status = Report<Message::Assign_Requires_Name>();
+        status = Report_Message(name_missing);
     }
-    return status == PARSER_OK ? attribute_values->Output_Assignment(VALUE, NAME, INDEX, MEMBER, nullptr, 0)
-                               : status;
+    return status;
+}
+
+ParserStatus CompilerParser::Generate_Assign(int) {
+    if (ParserStatus status =
+            Check_Value_And_Name(Message::Assign_Requires_Value, Message::Assign_Requires_Name)) {
+        return status;
+    }
+    return attribute_values->Output_Assignment(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
 }
 
 ParserStatus CompilerParser::Generate_Reference(int) {
-    ParserStatus status = PARSER_OK;
-    if (!attribute_values->Element(VALUE)->Is_Set()) {
-        status = Report<Message::Reference_Requires_Variable>();
+    if (ParserStatus status =
+            Check_Value_And_Name(Message::Reference_Requires_Variable, Message::Reference_Requires_Name)) {
+        return status;
     }
-    if (!attribute_values->Element(NAME)->Is_Set()) {
-        status = Report<Message::Reference_Requires_Name>();
-    }
-    return status == PARSER_OK ? attribute_values->Output_Reference(VALUE, NAME, INDEX, MEMBER, nullptr, 0)
-                               : status;
+    return attribute_values->Output_Reference(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
 }
 
 ParserStatus CompilerParser::Open_Array_Block(int tag) {

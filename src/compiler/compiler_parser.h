@@ -339,6 +339,7 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Foreach(int tag);
 
     // assignment_tags.cpp
+    ParserStatus Check_Value_And_Name(Message value_missing, Message name_missing);
     ParserStatus Generate_Assign(int tag);
     ParserStatus Generate_Reference(int tag);
     ParserStatus Open_Array_Block(int tag);

@@ -37,24 +37,23 @@ ParserStatus CompilerParser::Generate_For(int) {
 
 ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, int first, int next, int last,
                                              int count, int expr) {
-    const bool counted = Element(count)->Is_Set();
+    Loop_Code code(parser, this, label);
+    const bool counted = code.Given(count);
     const int i = parser->Find_ScratchVariable_Ident("for_index", label);
     const int limit = counted ? parser->Find_ScratchVariable_Ident("for_count", depth) : 0;
-    Loop_Code code(parser, label);
 
-    if (AttributeValue* name = Element(index); name->Is_Set()) {
-        if (name->Parse_String_Variable(parser)) {
-            return parser->Report_Stored_Error(*name);
+    if (code.Given(index)) {
+        if (Element(index)->Parse_String_Variable(parser)) {
+            return parser->Report_Stored_Error(*Element(index));
         }
         code.Bind(i);
     }
     if (counted) {
-        Output(count + 1, count);
-        code.Truncate();
+        code.Push_Integer_Value(count);
         code.Pop(limit);
     }
-    if (Element(first)->Is_Set()) {
-        Output(first + 1, first);
+    if (code.Given(first)) {
+        code.Push_Value(first);
     } else {
         code.Push_Integer(1);
     }
@@ -62,25 +61,24 @@ ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, in
     code.Jump(OPCODE_JMP, LABEL_START);
 
     code.Label(LABEL_LOOP);
-    if (Element(next)->Is_Set()) {
-        Output(next + 1, next);
+    if (code.Given(next)) {
+        code.Push_Value(next);
         code.Pop(i);
     } else {
         code.Increment(i);
     }
 
+    // A count is evaluated once, the other bounds in every round.
     code.Label(LABEL_START);
     if (counted) {
-        code.Leave_Beyond(i, limit);
-    } else if (Element(expr)->Is_Set()) {
-        Output(expr + 1, expr);
+        code.Leave_Above(i, limit);
+    } else if (code.Given(expr)) {
+        code.Push_Value(expr);
         code.Jump(OPCODE_JMP_EQ, LABEL_END);
     } else {
         code.Push(i);
-        Output(last + 1, last);
-        code.Truncate();
-        code.Operator(OPCODE_LE);
-        code.Jump(OPCODE_JMP_EQ, LABEL_END);
+        code.Push_Integer_Value(last);
+        code.Leave_Above();
     }
     return PARSER_OK;
 }

@@ -1,6 +1,7 @@
 // TnFOREACH: walks the indices of an array that have an element. The walk calls built-in functions of the
 // engine; those that skip missing elements came with an engine that the target may be older than, and the
 // code then asks the running engine at run time and counts by itself on an older one.
+#include "backend/engine_version.h"
 #include "compiler/loop_code.h"
 
 namespace {
@@ -8,30 +9,33 @@ namespace {
 enum Foreach_Element { ITERATOR, ARRAY, FIRST, NEXT, LAST, INDEX, COUNT };
 
 constexpr double array_walk_engine = 5.07; // the first with tarn_array_min and tarn_array_next
-constexpr std::string_view version_variable = "tarnversion";
 
 // The scratch variables of one block.
 class Foreach_Code : public Loop_Code {
   public:
-    Foreach_Code(CompilerParser* parser, int depth, int label)
-        : Loop_Code(parser, label), array(parser->Find_ScratchVariable_Ident("foreach_array", depth)),
+    Foreach_Code(CompilerParser* parser, AttributeValueArray* values, int depth, int label)
+        : Loop_Code(parser, values, label), array(parser->Find_ScratchVariable_Ident("foreach_array", depth)),
           index(parser->Find_ScratchVariable_Ident("foreach_index", label)),
           last(parser->Find_ScratchVariable_Ident("foreach_last", depth)),
           tests_version(parser->Engine_Version() < array_walk_engine) {
         if (tests_version) {
-            version =
-                parser->Find_Variable_Ident(version_variable.data(), version_variable.size(), SCOPE_SYSTEM);
+            version = parser->Find_Variable_Ident(engine_version_variable.data(),
+                                                  engine_version_variable.size(), SCOPE_SYSTEM);
         }
     }
 
-    void Find_First();
-    void Find_Next();
+    ParserStatus Push_Named_Variable(int element);
+    void Set_Last(int limit);
+    void Set_First(int first, bool counted);
+    void Set_Next(int next, bool counted);
 
     int array; // a reference to the array
     int index;
     int last;
 
   private:
+    void Find_First();
+    void Find_Next();
     void Test_Version(ParserLabelType walk_label);
     void Start_At_Element();
     void Leave_At_End();
@@ -50,7 +54,7 @@ void Foreach_Code::Test_Version(ParserLabelType walk_label) {
 
 // Enters the block when the index has an element.
 void Foreach_Code::Start_At_Element() {
-    Leave_Beyond(index, last);
+    Leave_Above(index, last);
     Push(array);
     Push(index);
     Call("tarn_element_exists", 2);
@@ -95,9 +99,47 @@ void Foreach_Code::Find_Next() {
     Leave_At_End();
 }
 
-// Pushes the variable that a value names; answers the status of its report.
-ParserStatus Push_Named_Variable(CompilerParser* parser, AttributeValue* name) {
+ParserStatus Foreach_Code::Push_Named_Variable(int element) {
+    AttributeValue* name = values->Element(element);
     return name->Parse_String_Variable(parser) ? parser->Report_Stored_Error(*name) : PARSER_OK;
+}
+
+void Foreach_Code::Set_Last(int limit) {
+    if (Given(limit)) {
+        Push_Integer_Value(limit);
+    } else {
+        Push(array);
+        Call("tarn_array_max", 1);
+    }
+    Pop(last);
+}
+
+// Behind this the block is left or entered.
+void Foreach_Code::Set_First(int first, bool counted) {
+    if (counted) {
+        Push_Integer(1);
+        Pop(index);
+    } else if (Given(first)) {
+        Push_Value(first);
+        Pop(index);
+    } else {
+        Find_First();
+    }
+    Leave_Above(index, last);
+    Jump(OPCODE_JMP, LABEL_START);
+}
+
+void Foreach_Code::Set_Next(int next, bool counted) {
+    Label(LABEL_LOOP);
+    if (counted) {
+        Increment(index);
+    } else if (Given(next)) {
+        Push_Value(next);
+        Pop(index);
+    } else {
+        Find_Next();
+    }
+    Leave_Above(index, last);
 }
 
 } // namespace
@@ -128,56 +170,28 @@ ParserStatus CompilerParser::Generate_Foreach(int) {
 
 ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int iterator, int array, int first,
                                                  int next, int last, int index, int count) {
-    Foreach_Code code(parser, depth, label);
-    if (Element(index)->Is_Set()) {
-        if (ParserStatus status = Push_Named_Variable(parser, Element(index))) {
+    Foreach_Code code(parser, this, depth, label);
+    if (code.Given(index)) {
+        if (ParserStatus status = code.Push_Named_Variable(index)) {
             return status;
         }
         code.Bind(code.index);
     }
-    if (ParserStatus status = Push_Named_Variable(parser, Element(array))) {
+    if (ParserStatus status = code.Push_Named_Variable(array)) {
         return status;
     }
     code.Bind(code.array);
 
-    const bool counted = Element(count)->Is_Set();
-    if (const int limit = counted ? count : last; Element(limit)->Is_Set()) {
-        Output(limit + 1, limit);
-        code.Truncate();
-    } else {
-        code.Push(code.array);
-        code.Call("tarn_array_max", 1);
-    }
-    code.Pop(code.last);
-
-    if (counted) {
-        code.Push_Integer(1);
-        code.Pop(code.index);
-    } else if (Element(first)->Is_Set()) {
-        Output(first + 1, first);
-        code.Pop(code.index);
-    } else {
-        code.Find_First();
-    }
-    code.Leave_Beyond(code.index, code.last);
-    code.Jump(OPCODE_JMP, LABEL_START);
-
-    code.Label(LABEL_LOOP);
-    if (counted) {
-        code.Increment(code.index);
-    } else if (Element(next)->Is_Set()) {
-        Output(next + 1, next);
-        code.Pop(code.index);
-    } else {
-        code.Find_Next();
-    }
-    code.Leave_Beyond(code.index, code.last);
+    const bool counted = code.Given(count);
+    code.Set_Last(counted ? count : last);
+    code.Set_First(first, counted);
+    code.Set_Next(next, counted);
 
     code.Label(LABEL_START);
     code.Push(code.array);
     code.Push(code.index);
     code.Operator(OPCODE_ELEM);
-    if (ParserStatus status = Push_Named_Variable(parser, Element(iterator))) {
+    if (ParserStatus status = code.Push_Named_Variable(iterator)) {
         return status;
     }
     code.Operator(OPCODE_REFER);

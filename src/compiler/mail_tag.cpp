@@ -10,13 +10,13 @@ namespace {
 enum Smtp_Element { PORT = 5 };
 
 constexpr int plain_operands = 5;
-constexpr char version_variable[] = "tarnversion";
 
 // The target may be older than the counted form and the running engine newer: both are written, and the
 // engine chooses.
 void Output_Version_Test(CompilerParser* parser, AttributeValueArray* values, int label, int count) {
     OpcodeQueue* queue = parser->Opcode_Queue();
-    int version = parser->Find_Variable_Ident(version_variable, sizeof version_variable - 1, SCOPE_SYSTEM);
+    int version = parser->Find_Variable_Ident(engine_version_variable.data(), engine_version_variable.size(),
+                                              SCOPE_SYSTEM);
     values->Output(plain_operands, 0);
     queue->Queue_Opcode(OPCODE_PUSHS, version, 0);
     queue->Queue_Opcode(OPCODE_PUSHF, file_version_engines[FILE_VERSION_SMTP_COUNTED]);
