@@ -5,6 +5,7 @@
 #include "files/unix_file_manager.h"
 #include "files/unix_file_path.h"
 
+#include <cstdio>
 #include <dirent.h>
 #include <memory>
 

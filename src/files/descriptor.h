@@ -24,6 +24,18 @@ inline int open_path(const char* path, int flags, mode_t mode = 0) {
     return open(path, flags | O_CLOEXEC, mode);
 }
 
+// Answers whether all was written; errno tells why not, also behind a short write.
+inline bool write_all(int descriptor, const char* bytes, size_t length) {
+    while (length > 0) {
+        const ssize_t written = write(descriptor, bytes, length);
+        if (written <= 0)
+            return false;
+        bytes += written;
+        length -= static_cast<size_t>(written);
+    }
+    return true;
+}
+
 // What is read from a FIFO isn't known ahead.
 inline off_t length_of(const struct stat& status) {
     return S_ISFIFO(status.st_mode) ? 0 : status.st_size;

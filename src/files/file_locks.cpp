@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
@@ -119,9 +118,7 @@ bool UNIXFileManager::Write_Lock_File(const char* path, struct stat* status) {
     if (!opened && errno == EEXIST)
         return Fail_System(); // it isn't ours, and stays
     const std::string content = lock_content(*application);
-    if (opened &&
-        write(opened.get(), content.data(), content.size()) == static_cast<ssize_t>(content.size()) &&
-        fstat(opened.get(), status) == 0)
+    if (opened && write_all(opened.get(), content.data(), content.size()) && fstat(opened.get(), status) == 0)
         return true;
     Fail_System();
     unlink(path);

@@ -83,7 +83,7 @@ class FileManager {
     virtual bool TouchFile(Tarn_PathType type, const char* path) = 0;
     // A link that leads to nothing doesn't exist.
     virtual bool Exists(Tarn_PathType type, const char* path, bool* exists) = 0;
-    // These five need a file that can be read.
+    // Length, IsDirectory, ModifiedTime, Mode and ChangeMode open the file, which must be readable.
     virtual bool Length(Tarn_PathType type, const char* path, unsigned long* length) = 0;
     virtual bool IsDirectory(Tarn_PathType type, const char* path, bool* directory) = 0;
     virtual bool SetModifiedTime(Tarn_PathType type, const char* path, long time) = 0;

@@ -30,10 +30,9 @@ struct UNIXFileManager::Link_Walk {
     std::string name;                        // in it
     std::set<std::pair<dev_t, ino_t>> seen;  // what the links so far lead to
 
-    // Of an opening: the owner that everything on the way must have, where owners count; that the file wasn't
-    // there.
-    uid_t owner = 0;
-    bool creating = false;
+    // Of an opening
+    uid_t owner = 0;       // everything on the way must have it, where owners count
+    bool creating = false; // the file wasn't there
 };
 
 bool UNIXFileManager::Begin_Walk(Tarn_PathType type, const char* path, Link_Walk* walk) {
@@ -47,7 +46,7 @@ bool UNIXFileManager::Begin_Walk(Tarn_PathType type, const char* path, Link_Walk
     return true;
 }
 
-// Takes one step along a link, given its owner or the one that the target must have, and its text.
+// Takes one step along a link with this text, whose target must have this owner where owners count.
 bool UNIXFileManager::Follow(Link_Walk* walk, uid_t owner, const char* target,
                              const struct stat& target_status) {
     if (!walk->seen.insert({target_status.st_dev, target_status.st_ino}).second)

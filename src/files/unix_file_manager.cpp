@@ -10,23 +10,12 @@
 
 namespace {
 
-bool write_all(int descriptor, const char* bytes, ssize_t length) {
-    while (length > 0) {
-        const ssize_t written = write(descriptor, bytes, static_cast<size_t>(length));
-        if (written < 0)
-            return false;
-        bytes += written;
-        length -= written;
-    }
-    return true;
-}
-
 // Answers whether all was copied; errno tells why not.
 bool copy_bytes(int source, int target) {
     char buffer[8192];
     ssize_t length;
     while ((length = read(source, buffer, sizeof buffer)) > 0)
-        if (!write_all(target, buffer, length))
+        if (!write_all(target, buffer, static_cast<size_t>(length)))
             return false;
     return length == 0;
 }
@@ -184,7 +173,8 @@ UNIXFileManager::Copied UNIXFileManager::Copy_Opened(int source, Descriptor& tar
         return Fail_System(), Copied::No;
     if (from.st_dev == to.st_dev && from.st_ino == to.st_ino)
         return Copied::Same_File;
-    const bool copied = (!S_ISREG(to.st_mode) || ftruncate(target.get(), 0) == 0) &&
-                        copy_bytes(source, target.get()) && target.Close();
-    return copied || Fail_System() ? Copied::Yes : Copied::No;
+    const bool empty = !S_ISREG(to.st_mode) || ftruncate(target.get(), 0) == 0;
+    if (!empty || !copy_bytes(source, target.get()) || !target.Close())
+        return Fail_System(), Copied::No;
+    return Copied::Yes;
 }
