@@ -1,0 +1,29 @@
+#ifndef CORE_STAT_HASH_TABLE_H
+#define CORE_STAT_HASH_TABLE_H
+
+#include "core/hash_table.h"
+
+#include <sys/stat.h>
+#include <tuple>
+
+// A table of files by identity, device and inode. It is searched with elements; no text is the key of any.
+
+template <>
+inline uint32_t HashTable<struct stat>::Index_Hash(struct stat* e) const {
+    const auto bytes_of = [](const auto& number) { return reinterpret_cast<const char*>(&number); };
+    const uint32_t device = ::hash(bytes_of(e->st_dev), sizeof e->st_dev, 0);
+    return ::hash(bytes_of(e->st_ino), sizeof e->st_ino, device);
+}
+
+template <>
+inline int HashTable<struct stat>::Compare(struct stat* a, struct stat* b) const {
+    const auto identity = [](const struct stat* file) { return std::tie(file->st_dev, file->st_ino); };
+    return identity(a) < identity(b) ? -1 : identity(b) < identity(a);
+}
+
+template <>
+inline int HashTable<struct stat>::Compare(struct stat*, const char*, int) const {
+    return -1;
+}
+
+#endif
