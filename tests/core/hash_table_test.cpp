@@ -1,0 +1,228 @@
+#include "core/stat_hash_table.h"
+#include "core/string.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// An element whose keys compare as the table's case flag says; String's never regard case.
+struct Word {
+    std::string text;
+};
+
+std::string_view Hash_Key(const Word& word) {
+    return word.text;
+}
+
+std::string Lower(std::string_view key) {
+    std::string text(key);
+    for (char& c : text)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return text;
+}
+
+// Slots in the order of insertion, searched one by one.
+template <class T>
+struct Model {
+    const HashTable<T>& table; // only for its hash
+    bool folds;
+    std::vector<T*> slots;
+
+    size_t Find(const std::string& key) const {
+        for (size_t i = 0; i < slots.size(); i++) {
+            if (slots[i] && Is_Equal(Hash_Key(*slots[i]), key))
+                return i;
+        }
+        return slots.size();
+    }
+    bool Is_Equal(std::string_view a, std::string_view b) const {
+        if (a.size() != b.size())
+            return false;
+        return (folds ? Lower(a) == Lower(b) : a == b) &&
+               table.hash(a.data(), static_cast<int>(a.size())) ==
+                   table.hash(b.data(), static_cast<int>(b.size()));
+    }
+    T* Take(size_t i) {
+        if (i == slots.size())
+            return nullptr;
+        T* e = slots[i];
+        slots[i] = nullptr;
+        while (!slots.empty() && !slots.back())
+            slots.pop_back();
+        return e;
+    }
+};
+
+template <class T, class Make>
+void Compare_With_Model(int case_insensitive, int bucket_bits, bool folds, Make make) {
+    std::mt19937 random(3);
+    HashTable<T> table(0, case_insensitive, bucket_bits, 4);
+    Model<T> model{table, folds, {}};
+    std::vector<std::unique_ptr<T>> made;
+    for (int step = 0; step < 8000; step++) {
+        std::string key(random() % 5, 'a');
+        for (char& c : key)
+            c = "abcABC_\x00"[random() % 8];
+        const auto len = static_cast<int>(key.size());
+        const size_t found = model.Find(key);
+        T* expected = found < model.slots.size() ? model.slots[found] : nullptr;
+        const unsigned choice = random() % 500;
+        if (choice == 0) {
+            table.Dump();
+            model.slots.clear();
+        } else if (choice < 200) {
+            made.emplace_back(make(key));
+            table.Insert(made.back().get());
+            model.slots.push_back(made.back().get());
+        } else if (choice < 400)
+            ASSERT_EQ(table.Remove(key.data(), len), model.Take(found));
+        else {
+            ASSERT_EQ(table.Find(key.data(), len), expected);
+            ASSERT_EQ(table.Find(std::unique_ptr<T>(make(key)).get()), expected);
+        }
+        ASSERT_EQ(table.Entries(), static_cast<int>(model.slots.size()));
+        const int index = static_cast<int>(random() % 64);
+        ASSERT_EQ(table.Index(index), index < table.Entries() ? model.slots[index] : nullptr);
+    }
+    const HashTable<T> copy(table);
+    EXPECT_EQ(copy.Current(), table.Index(0));
+    for (int i = 0; i < copy.Entries(); i++)
+        ASSERT_EQ(copy.Index(i), table.Index(i));
+}
+
+TEST(HashTable, Does_What_A_Searched_Array_Does) {
+    const auto make_word = [](const std::string& key) { return new Word{key}; };
+    const auto make_string = [](const std::string& key) {
+        return new String(key.data(), static_cast<int>(key.size()));
+    };
+    Compare_With_Model<Word>(1, 12, true, make_word);
+    Compare_With_Model<Word>(0, 12, false, make_word);
+    Compare_With_Model<Word>(0, 0, false, make_word);
+    Compare_With_Model<String>(1, 12, true, make_string);
+    // Hashed by case but compared without: equals only where they meet in a bucket.
+    Compare_With_Model<String>(0, 2, true, make_string);
+}
+
+TEST(HashTable, Equals_Come_In_Order_Of_Insertion) {
+    HashTable<Word> table(1, 1, 12, 512);
+    for (int i = 0; i < 1000; i++) {
+        table.Insert(new Word{"same"});
+        table.Insert(new Word{"other" + std::to_string(i)});
+    }
+    for (int i = 0; i < 1000; i++) {
+        Word* first = table.Find("SAME", -1);
+        ASSERT_EQ(first, table.Index(2 * i));
+        ASSERT_EQ(table.Remove("same", 4), first);
+        delete first;
+    }
+    EXPECT_EQ(table.Find("same", -1), nullptr);
+    EXPECT_EQ(table.Find("other999", -1), table.Index(1999));
+}
+
+struct Watched_Table : HashTable<String> {
+    using HashTable::HashTable;
+    int Capacity() const { return capacity; }
+};
+
+TEST(HashTable, Room_Grows_By_512) {
+    const struct {
+        int initial, inserted, expected;
+    } cases[] = {{512, 512, 512}, {512, 513, 1024}, {10, 10, 10}, {10, 11, 522}, {0, 1, 512}};
+    for (const auto& c : cases) {
+        Watched_Table table(1, 1, 12, c.initial);
+        for (int i = 0; i < c.inserted; i++)
+            table.Insert(new String(std::to_string(i).c_str()));
+        EXPECT_EQ(table.Capacity(), c.expected) << c.initial << " " << c.inserted;
+    }
+}
+
+TEST(HashTable, Bucket_Is_The_Low_Bits_Of_The_Hash) {
+    HashTable<String> by_case(0, 0, 12, 512), regardless(0, 1, 4, 512);
+    String abcd("abcd");
+    EXPECT_EQ(by_case.hash("abcd", -1), 0x5ae61fa5u & 0xfff);
+    EXPECT_EQ(by_case.hash(&abcd), 0x5ae61fa5u & 0xfff);
+    EXPECT_EQ(regardless.hash("ABCDx", 4), 0x5ae61fa5u & 0xf);
+}
+
+TEST(HashTable, Cursor_Skips_Gaps_And_Meets_What_Comes) {
+    String a("a"), b("b"), c("c"), d("d");
+    HashTable<String> table(0, 1, 12, 512);
+    EXPECT_EQ(table.First(), nullptr);
+    for (String* e : {&a, &b, &c})
+        table.Insert(e);
+    table.Remove("b", 1);
+    EXPECT_EQ(table.Entries(), 3);
+    EXPECT_EQ(table.First(), &a);
+    EXPECT_EQ(table.Next(), &c);
+    EXPECT_EQ(table.Next(), nullptr);
+    EXPECT_EQ(table.Next(), nullptr);
+    EXPECT_EQ(table.Current(), nullptr);
+    table.Insert(&d);
+    EXPECT_EQ(table.Next(), &d);
+    EXPECT_EQ(table.Next(), nullptr);
+    EXPECT_EQ(table.Previous(), &d);
+    EXPECT_EQ(table.Previous(), &c);
+    EXPECT_EQ(table.Previous(), &a);
+    EXPECT_EQ(table.Previous(), nullptr);
+    EXPECT_EQ(table.Next(), &a);
+    EXPECT_EQ(table.Last(), &d);
+    table.Remove("d", 1);
+    EXPECT_EQ(table.Entries(), 3);
+    EXPECT_EQ(table.Current(), nullptr);
+    table.Remove("c", 1); // and the gap ahead of it
+    EXPECT_EQ(table.Entries(), 1);
+    EXPECT_EQ(table.Index(-1), nullptr);
+    EXPECT_EQ(table.Index(1), nullptr);
+}
+
+TEST(HashTable, Null_Key_Is_The_Empty_Key) {
+    String empty("");
+    HashTable<String> table(0, 1, 12, 512);
+    table.Insert(&empty);
+    EXPECT_EQ(table.Find(nullptr, 0), &empty);
+}
+
+struct Counted : Word {
+    ~Counted() { deleted++; }
+    static inline int deleted = 0;
+};
+
+TEST(HashTable, Owner_Deletes_What_It_Still_Holds) {
+    {
+        HashTable<Counted> table(1, 1, 12, 512);
+        for (const char* key : {"a", "b", "c"})
+            table.Insert(new Counted{{key}});
+        delete table.Remove("b", -1);
+        table.Dump();
+        EXPECT_EQ(Counted::deleted, 3);
+        EXPECT_EQ(table.Find("a", -1), nullptr);
+        table.Insert(new Counted{{"a"}});
+        EXPECT_NE(table.Find("a", -1), nullptr);
+    }
+    EXPECT_EQ(Counted::deleted, 4);
+}
+
+TEST(HashTable, Files_Are_Known_By_Device_And_Inode) {
+    struct stat file {};
+    file.st_dev = 1;
+    file.st_ino = 2;
+    struct stat same = file, other_device = file, other_inode = file;
+    same.st_size = 99;
+    other_device.st_dev = 2;
+    other_inode.st_ino = 1;
+    HashTable<struct stat> table(0, 1, 12, 512);
+    table.Insert(&file);
+    EXPECT_EQ(table.Find(&same), &file);
+    EXPECT_EQ(table.Find(&other_device), nullptr);
+    EXPECT_EQ(table.Find(&other_inode), nullptr);
+    EXPECT_EQ(table.Find(reinterpret_cast<const char*>(&file), sizeof file), nullptr);
+    EXPECT_LT(table.Compare(&other_inode, &file), 0);
+    EXPECT_LT(table.Compare(&file, &other_device), 0);
+    EXPECT_LT(table.Compare(&other_inode, &other_device), 0);
+}
+
+} // namespace

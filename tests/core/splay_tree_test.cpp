@@ -1,0 +1,127 @@
+#include "core/splay_tree.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+#include <set>
+#include <vector>
+
+namespace {
+
+std::vector<int> In_Order(const SplayTree<int, int>& tree) {
+    List<int> list(0);
+    tree.AppendToList(list);
+    std::vector<int> keys;
+    for (int* e = list.First(); e; e = list.Next())
+        keys.push_back(*e);
+    return keys;
+}
+
+struct Watched_Tree : SplayTree<int, int> {
+    using SplayTree::SplayTree;
+    // Whether the next removal of k would meet the case that loses order.
+    bool Would_Lose_Order(int k) const {
+        Splay(k);
+        return root->left && root->right && root->right->left && !root->right->right;
+    }
+};
+
+// Without equal keys, whose order depends on the shape, and without removals that lose order.
+TEST(SplayTree, Does_What_A_Sorted_Set_Does) {
+    std::mt19937 random(4);
+    std::vector<int> numbers(200);
+    Watched_Tree tree(0);
+    std::set<int> model;
+    for (int step = 0; step < 20000; step++) {
+        const int k = static_cast<int>(random() % numbers.size());
+        numbers[k] = k;
+        const auto at = model.find(k);
+        const auto answer = [&](auto it) { return it == model.end() ? nullptr : &numbers[*it]; };
+        switch (random() % 8) {
+        case 0:
+        case 1:
+            if (model.insert(k).second)
+                tree.Insert(&numbers[k]);
+            break;
+        case 2:
+        case 3:
+            if (at == model.end())
+                ASSERT_EQ(tree.Remove(k), nullptr);
+            else if (!tree.Would_Lose_Order(k)) {
+                ASSERT_EQ(tree.Remove(k), &numbers[k]);
+                model.erase(at);
+            }
+            break;
+        case 4: ASSERT_EQ(tree.Find(k), answer(at)); break;
+        case 5: ASSERT_EQ(tree.Next(k), answer(model.upper_bound(k))); break;
+        case 6: {
+            const auto below = model.lower_bound(k);
+            ASSERT_EQ(tree.Previous(k), below == model.begin() ? nullptr : answer(std::prev(below)));
+            break;
+        }
+        case 7:
+            ASSERT_EQ(tree.First(), answer(model.begin()));
+            ASSERT_EQ(tree.Last(), model.empty() ? nullptr : answer(std::prev(model.end())));
+            break;
+        }
+        ASSERT_EQ(tree.Entries(), static_cast<int>(model.size()));
+    }
+    EXPECT_EQ(In_Order(tree), std::vector<int>(model.begin(), model.end()));
+}
+
+// Both sides of the limit between the recursive walks and those by a stack, and a shape as deep as it gets.
+TEST(SplayTree, Walks_Trees_Of_Any_Size) {
+    for (const int size : {0, 1, 99, 100, 100000}) {
+        SplayTree<int, int> tree(1);
+        std::vector<int> expected;
+        for (int k = 0; k < size; k++) {
+            tree.Insert(new int(k));
+            expected.push_back(k);
+        }
+        SplayTree<int, int> copy(tree);
+        EXPECT_EQ(In_Order(tree), expected);
+        EXPECT_EQ(In_Order(copy), expected);
+        EXPECT_EQ(copy.Entries(), size);
+        EXPECT_TRUE(size == 0 || copy.First() != tree.First()); // an owner copies its elements
+        tree.Dump();
+        EXPECT_EQ(tree.Entries(), 0);
+        EXPECT_EQ(tree.First(), nullptr);
+    }
+}
+
+TEST(SplayTree, Equal_Keys_Are_Kept) {
+    int first = 5, second = 5, other = 1;
+    SplayTree<int, int> tree(0);
+    for (int* e : {&first, &other, &second})
+        tree.Insert(e);
+    EXPECT_EQ(In_Order(tree), (std::vector<int>{1, 5, 5}));
+    int* removed = tree.Remove(5);
+    EXPECT_EQ(tree.Find(5), removed == &first ? &second : &first);
+    EXPECT_EQ(tree.Entries(), 2);
+}
+
+TEST(SplayTree, Copy_Of_A_Guest_Shares_Elements) {
+    int numbers[] = {3, 1, 2};
+    SplayTree<int, int> tree(0);
+    for (int& number : numbers)
+        tree.Insert(&number);
+    const SplayTree<int, int> copy(tree);
+    EXPECT_EQ(copy.First(), &numbers[1]);
+    EXPECT_EQ(copy.Last(), &numbers[0]);
+}
+
+TEST(SplayTree, Removal_Above_A_Lone_Left_Grandchild_Loses_Order) {
+    int numbers[] = {0, 1, 2, 3, 4};
+    Watched_Tree tree(0);
+    for (const int k : {4, 3, 2, 1})
+        tree.Insert(&numbers[k]);          // 1 to 4, a chain to the right
+    ASSERT_NE(tree.Find(4), nullptr);      // 4 over (2 over 1 and 3)
+    ASSERT_TRUE(tree.Would_Lose_Order(2)); // 2 over 1 and (4 over 3)
+    EXPECT_EQ(tree.Remove(2), &numbers[2]);
+    EXPECT_EQ(tree.Entries(), 3);
+    EXPECT_EQ(In_Order(tree), (std::vector<int>{1, 4, 3}));
+    EXPECT_EQ(tree.Find(3), nullptr);
+}
+
+} // namespace
