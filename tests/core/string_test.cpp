@@ -1,0 +1,228 @@
+#include "core/string.h"
+
+#include <algorithm>
+#include <climits>
+#include <gtest/gtest.h>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <utility>
+
+namespace {
+
+using namespace std::string_literals;
+
+String Text(const std::string& text) {
+    return String(text.data(), static_cast<int>(text.size()));
+}
+
+TEST(String, Unassigned_Until_Something_Is_Stored) {
+    String none, target("kept");
+    EXPECT_STREQ(none.text(), "");
+    EXPECT_EQ(String(none).capacity(), 24);
+    target = none;
+    target += none;
+    target = std::move(none);
+    EXPECT_STREQ(target.text(), "kept");
+    EXPECT_EQ(none.capacity(), 0);
+}
+
+TEST(String, Capacity_Is_The_Next_Multiple_Of_24) {
+    const int cases[][2] = {{0, 24}, {23, 24}, {24, 48}, {47, 48}, {48, 72}, {4799, 4800}, {4800, 4824}};
+    for (const auto& [length, capacity] : cases) {
+        const std::string text(length, 'x');
+        String grown("", 0), prepended("", 0);
+        grown.cat(text.data(), length);
+        prepended.prepend(text.data(), length);
+        for (const String& s : {Text(text), grown, prepended})
+            EXPECT_EQ(s.capacity(), capacity) << length;
+    }
+}
+
+// Neither the text nor the capacity shows that long texts have spare room underneath.
+TEST(String, Appending_Follows_The_Rule_At_Any_Length) {
+    std::mt19937 random(5);
+    std::string expected;
+    String s("", 0);
+    int capacity = 24;
+    while (expected.size() < 40000) {
+        if (random() % 2) {
+            if (static_cast<int>(expected.size()) + 2 >= capacity)
+                capacity += 24; // a byte more than needed stays free
+            expected += '!';
+            s.cat('!');
+        } else {
+            const std::string piece(random() % 60, static_cast<char>('a' + random() % 26));
+            expected += piece;
+            s.cat(piece.c_str(), -1);
+            capacity = std::max(capacity, static_cast<int>((expected.size() + 24) / 24 * 24));
+        }
+        if (random() % 50 == 0) {
+            expected.resize(expected.size() - std::min<size_t>(expected.size(), random() % 200));
+            s.truncate(static_cast<unsigned>(expected.size()));
+        }
+        ASSERT_EQ(s.capacity(), capacity);
+        ASSERT_EQ(s.view(), expected);
+    }
+    String moved(std::move(s));
+    moved += moved;
+    int len, size;
+    const std::unique_ptr<char[]> released(moved.release(&len, &size));
+    EXPECT_EQ(std::string_view(released.get(), len), expected + expected);
+    EXPECT_EQ(moved.capacity(), 0);
+}
+
+TEST(String, Adopted_Arrays) {
+    char* with_room = new char[7]{'a', 'b', 'c'};
+    String s(with_room, 3, 7);
+    s.cat("def", 3);
+    EXPECT_EQ(s.text(), with_room);
+    EXPECT_EQ(s.capacity(), 7);
+    s.assign_nocopy(new char[3]{'x', 'y', 'z'}, 3, 3);
+    EXPECT_STREQ(s.text(), "xyz");
+    EXPECT_EQ(s.capacity(), 24);
+    s.assign_nocopy(nullptr, 3, 10);
+    EXPECT_STREQ(s.text(), "");
+    s.assign_nocopy(new char[1], 0, 1);
+    s.assign('c');
+    EXPECT_STREQ(s.text(), "c");
+    s.assign_nocopy(new char[30]{'c'}, 1, 30);
+    s.prepend("ab", -1);
+    s.prepend('\0');
+    s.prepend('x');
+    EXPECT_STREQ(s.text(), "xabc");
+    s = String("de");
+    s.assign(s.text() + 1, 1);
+    EXPECT_STREQ(s.text(), "e");
+    s.assign(nullptr, 5);
+    EXPECT_EQ(s.capacity(), 30);
+}
+
+TEST(String, Chop_And_Truncate_Write_No_NUL) {
+    String s("abcde");
+    EXPECT_EQ(s.chop(10), -5);
+    EXPECT_EQ(s.chop(2), 3);
+    s.truncate(9);
+    s.truncate(1);
+    EXPECT_EQ(s.view(), "a");
+    EXPECT_STREQ(s.text(), "abcde");
+    EXPECT_STREQ(s.from(0).text(), "a");
+    s.cat("x", -1);
+    EXPECT_STREQ(s.text(), "ax");
+}
+
+TEST(String, Length_Beyond_31_Bits_Throws_And_Changes_Nothing) {
+    String s("abc");
+    EXPECT_THROW(s.cat("x", INT_MAX), std::bad_alloc);
+    EXPECT_THROW(s.prepend("x", INT_MAX - 1), std::bad_alloc);
+    EXPECT_THROW(s.assign("x", INT_MAX), std::bad_alloc);
+    EXPECT_STREQ(s.text(), "abc");
+}
+
+TEST(String, Pieces_And_Sums) {
+    const String abc("abc"), none, list("a,b,c"), with_nul = Text("ab\0cd"s);
+    const struct {
+        String piece;
+        const char* expected;
+    } cases[] = {
+        // clang-format off
+        {abc.before(2), "ab"}, {abc.before(3), "abc"}, {abc.before(-1), ""}, {abc.after(0), "bc"},
+        {abc.after(2), ""}, {abc.after(INT_MAX), ""}, {abc.after(-9), "abc"}, {abc.from(1), "bc"},
+        {abc.from(3), ""}, {abc.from(-1), "abc"}, {abc.at(1, 2), "b"}, {abc.at(1, 99), "bc"},
+        {abc.at(3, 9), ""}, {abc.at(2, 1), ""}, {abc.at(-5, 1), "a"}, {none.at(0, 1), ""},
+        {list.before(","), "a"}, {list.before("x"), "a,b,c"}, {list.before(nullptr), "a,b,c"},
+        {list.after(","), "b,c"}, {list.after(",", 2), "c"}, {list.after("x"), ""},
+        {list.from(",b", -3), ",b,c"}, {list.from("a", 1), ""}, {with_nul.from(1), "b"},
+        {with_nul.after("a"), "b"}, {abc.padr(5, '.'), "abc.."}, {abc.padr(2, '.'), "abc"},
+        {abc.padl(5, '.'), "..abc"}, {abc.padl(3, '.'), "abc"}, {abc.padl(9, '\0'), "abc"},
+        {none.padl(2, 'x'), "xx"}, {String("a\xe4[").upper(), "A\xe4["}, {String("A\xc4[").lower(), "a\xc4["},
+        {none.upper(), ""}, {abc.Base64_Encode(), "YWJj"}, {none.Base64_Encode(), ""},
+        {String("QUI=").Base64_Decode(), "AB"}, {"'" + abc + '\'', "'abc'"}, {abc + none + "x", "abcx"},
+        {none + "x", "x"}, {abc + INT_MIN, "abc-2147483648"}, {abc + 1.5, "abc1.5"}, {abc + 100.0, "abc100"},
+        {abc + 1e-7, "abc0"}, {abc + -0.25, "abc-0.25"}
+        // clang-format on
+    };
+    for (const auto& c : cases)
+        EXPECT_STREQ(c.piece.text(), c.expected) << &c - cases;
+    EXPECT_EQ(abc.before(-1).capacity(), 0);
+    EXPECT_EQ(with_nul.at(1, 4).view(), "b\0c"s);
+    EXPECT_EQ((abc + -1e300).length(), 3 + 127); // cut among the digits ahead of the point
+}
+
+TEST(String, White_Space_Is_Tab_Line_Feed_Return_And_Space) {
+    const struct {
+        std::string text;
+        const char *stripped, *left_trimmed, *compressed;
+    } cases[] = {{" \t\r\n", "", "", " "},
+                 {"\t a  \n b\r\n", "a  \n b", "a  \n b\r\n", "\ta b\r"},
+                 {"\v a \f", "\v a \f", "\v a \f", "\v a \f"},
+                 {" a \0 b "s, "a", "a ", " a "}};
+    for (const auto& c : cases) {
+        String stripped = Text(c.text), trimmed = Text(c.text), compressed = Text(c.text);
+        stripped.StripWhitespace();
+        trimmed.ltrim();
+        compressed.CompressWhitespace();
+        EXPECT_EQ(stripped.view(), c.stripped);
+        EXPECT_EQ(trimmed.view(), c.left_trimmed);
+        EXPECT_EQ(compressed.view(), c.compressed);
+    }
+}
+
+TEST(String, Gsub) {
+    const struct {
+        std::string text;
+        const char *from, *to;
+        std::string expected;
+    } cases[] = {
+        // clang-format off
+        {"axbxc", "x", nullptr, "abc"}, {"aaa", "aa", "b", "ba"}, {"x", "x", "xx", "xx"}, {"abc", "", "y", "abc"},
+        {"xx", "x", "--", "----"}, {"a\0xb"s, "x", "y", "a"}, {"a\0b"s, "x", "y", "a\0b"s}
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        String s = Text(c.text);
+        s.gsub(c.from, c.to);
+        EXPECT_EQ(s.view(), c.expected);
+    }
+}
+
+TEST(String, Queries) {
+    const String abcabc("abcabc"), xabc("xabc"), none;
+    const int found[][2] = {
+        // clang-format off
+        {abcabc.search("abc", 0), 0}, {abcabc.search("abc", 1), 3}, {abcabc.search("abc", 4), -1},
+        {abcabc.search("abc", -7), 0}, {abcabc.search("", 0), -1}, {abcabc.search(nullptr, 0), -1},
+        {abcabc.search("c", 6), -1}, {abcabc.search("B", 0), -1}, {none.index("a"), -1},
+        {Text("a\0bc"s).index("bc"), 2}, {String("aaa").freq("aa"), 2}, {abcabc.freq(""), 0},
+        {abcabc.contains('c', 5), true}, {abcabc.contains('\0', 6), false}, {abcabc.contains("a", 4), false},
+        {xabc.matches('a', 1), true}, {xabc.matches('A', 1), false}, {xabc.matches('\0', 4), true},
+        {xabc.matches('\0', 5), false}, {none.matches('\0', 0), true}, {xabc.matches("ABC", 1), true},
+        {xabc.matches("AB", 1), false}, {xabc.matches("abcd", 1), false}, {xabc.matches("", 4), true},
+        {xabc.matches("", 5), false}, {xabc.matches(nullptr, 4), false}, {Text("ab\0"s).matches("ab", 0), false}
+        // clang-format on
+    };
+    for (const auto& [answer, expected] : found)
+        EXPECT_EQ(answer, expected) << "in pair from " << &answer - found[0];
+}
+
+TEST(Split, Stores_Pieces_And_Counts_Them) {
+    const struct {
+        const char *text, *sep;
+        int max, count;
+        const char* stored; // with a | behind each
+    } cases[] = {
+        // clang-format off
+        {"a,b,", ",", 4, 2, "a|b||-|"}, {"a,b,c", ",", 2, 2, "a|b|-|-|"}, {"a,b,c", ",", 4, 3, "a|b|c|-|"},
+        {"", ",", 4, 0, "|-|-|-|"}, {",", ",", 4, 1, "||-|-|"}, {"a--b", "--", 4, 2, "a|b|-|-|"},
+        {"abc", "", 4, 1, "abc|-|-|-|"}, {"abc", "", 0, 0, "-|-|-|-|"}, {"abc", ",", 0, 0, "-|-|-|-|"}
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        String out[4] = {"-", "-", "-", "-"};
+        EXPECT_EQ(split(c.text, out, c.max, c.sep), c.count) << c.text;
+        EXPECT_STREQ((out[0] + '|' + out[1] + '|' + out[2] + '|' + out[3] + '|').text(), c.stored);
+    }
+}
+
+} // namespace
