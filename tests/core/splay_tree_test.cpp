@@ -45,8 +45,9 @@ TEST(SplayTree, Does_What_A_Sorted_Set_Does) {
             break;
         case 2:
         case 3:
-            if (model.empty() || !tree.Would_Lose_Order(k))
+            if (model.empty() || !tree.Would_Lose_Order(k)) {
                 ASSERT_EQ(tree.Remove(k), model.erase(k) ? &numbers[k] : nullptr);
+            }
             break;
         case 4: ASSERT_EQ(tree.Find(k), answer(model.find(k))); break;
         case 5: ASSERT_EQ(tree.Next(k), answer(model.upper_bound(k))); break;
