@@ -32,7 +32,7 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 
 class NumberText : public testing::Test {
   protected:
-    void SetUp() override { mpd_ieee_context(&Tarn_MPD_Context, 64); }
+    void SetUp() override { mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64); }
 
     // The text that a conversion hands out, once its length and size are as told.
     template <class Number>
