@@ -5,7 +5,7 @@ set -euo pipefail
 
 commands=(cmake ninja c++ pkg-config python3)
 libraries=(libmpdec gtest benchmark)
-packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev)
+packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev doxygen)
 
 say() { echo "set-up: $*"; }
 give_up() { echo "set-up: $*" >&2; exit 1; }
