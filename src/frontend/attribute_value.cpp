@@ -6,19 +6,15 @@
 #include "backend/opcode.h"
 #include "backend/opcode_queue.h"
 #include "compiler/compiler_parser.h"
+#include "compiler/text_pieces.h"
 #include "core/text_length.h"
 #include "value/variable_hash.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
 #include <utility>
 
 namespace {
-
-bool Is_Space(char byte) {
-    return std::isspace(static_cast<unsigned char>(byte));
-}
 
 bool Is_Digit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -28,7 +24,7 @@ bool Is_Separator(char byte) {
     return byte == '[' || byte == ']' || byte == ':';
 }
 
-const char* Text_Of(const String* text, int* length) {
+const char* Bytes_Of(const String* text, int* length) {
     *length = text ? text->length() : 0;
     return text ? text->text() : nullptr;
 }
@@ -102,11 +98,11 @@ String* AttributeValue::Get_Simple_Text() {
 }
 
 const char* AttributeValue::Get_Simple_Text(int* length) const {
-    return Text_Of(simple_text, length);
+    return Bytes_Of(simple_text, length);
 }
 
 const char* AttributeValue::Aggregate_Qualifiers(int* length) const {
-    return Text_Of(qualifiers, length);
+    return Bytes_Of(qualifiers, length);
 }
 
 int AttributeValue::Set_Literal(CompilerParser* parser, const char* text, int length, AttrExprType new_type) {

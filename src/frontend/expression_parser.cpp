@@ -29,7 +29,7 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
                                                            int length, Tokenizer* tokenizer,
                                                            ParserState* state) {
     switch (type) {
-    case TOKEN_IDENT: return Take_Identifier(token, length);
+    case TOKEN_IDENT: return Take_Identifier(token, length, tokenizer);
     case TOKEN_SQUOTE: return Take_String(tokenizer);
     case TOKEN_OPERATOR: return Take_Operator(token, length, tokenizer, state);
     case TOKEN_NUMBER: return Take_Number(token, length);
@@ -42,8 +42,9 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
     }
 }
 
-// A word is an operator only where no operand is being collected: behind one it needs white space in front.
-ParserStatus ExpressionParser::Take_Identifier(const char* token, int length) {
+// A word is an operator only where no operand is being collected: behind one it needs white space in front. A
+// dotted name is taken at once; by its tokens it would end up in the same state.
+ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, Tokenizer* tokenizer) {
     if (scan_state == SCAN_IDLE) {
         const _OperatorLookup* word = operator_lookup.Lookup(token, length);
         if (word && (word->id == OPERATOR_FMT || word->id == OPERATOR_SUBSTR))
@@ -53,6 +54,7 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length) {
             operand_seen = 0;
             return Hand_On(*word, 0);
         }
+        tokenizer->Read_Dotted_Name(length);
     }
     text.cat(token, length);
     if (scan_state == SCAN_CALL_DOT)

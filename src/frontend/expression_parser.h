@@ -48,7 +48,7 @@ class ExpressionParser {
         SCAN_CALL_NAME = 8,    // a name behind that dot
     };
 
-    ParserStatus Take_Identifier(const char* token, int length);
+    ParserStatus Take_Identifier(const char* token, int length, Tokenizer* tokenizer);
     ParserStatus Take_String(Tokenizer* tokenizer);
     ParserStatus Take_Operator(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
     ParserStatus Take_Number(const char* token, int length);

@@ -3,18 +3,8 @@
 #include "backend/compiler_output.h"
 #include "backend/file_compiler_parser.h"
 #include "compiler/compiler_parser.h"
+#include "compiler/text_pieces.h"
 #include "frontend/attribute_value.h"
-
-#include <cctype>
-#include <string_view>
-
-namespace {
-
-bool Is_Space(char byte) {
-    return std::isspace(static_cast<unsigned char>(byte));
-}
-
-} // namespace
 
 const char* AttributeValue::Chomped_Filter_String(int* length, int* had_braces) {
     *length = 0;
@@ -30,10 +20,7 @@ const char* AttributeValue::Chomped_Filter_String(int* length, int* had_braces) 
         if (had_braces)
             *had_braces = 1;
     }
-    while (!text.empty() && Is_Space(text.back()))
-        text.remove_suffix(1);
-    while (!text.empty() && Is_Space(text.front()))
-        text.remove_prefix(1);
+    text = Trimmed(text);
     *length = static_cast<int>(text.size());
     return text.data();
 }

@@ -147,11 +147,6 @@ void Parser::Return_To_Including_File(Scan& scan) {
         scan.status = Report<Message::File_Not_Reopened>(tokenizer->filename, tokenizer->lasterror);
 }
 
-void Parser::Accumulate(int length) {
-    if (pending_text)
-        pending_length += length;
-}
-
 void Parser::Start_Or_Accumulate(const char* text, int length) {
     if (!pending_text) {
         pending_text = text;

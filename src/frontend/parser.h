@@ -159,7 +159,10 @@ class Parser {
     void Step(Scan& scan);
     void End_Of_Text(Scan& scan);
     void Return_To_Including_File(Scan& scan);
-    void Accumulate(int length);
+    void Accumulate(int length) {
+        if (pending_text)
+            pending_length += length;
+    }
     void Start_Or_Accumulate(const char* text, int length);
     ParserStatus Flush_Unknown();
     ParserStatus Flush_Compressed(const char* text, int length);

@@ -204,13 +204,17 @@ void Parser::Open_Expression(Scan& scan) {
 }
 
 void Parser::State_Expression(Scan& scan) {
+    while (scan.type != TOKEN_RBRACE && scan.type != TOKEN_EOF) {
+        scan.status = expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length,
+                                                                     tokenizer, &state);
+        if (scan.status != PARSER_OK || state != STATE_EXPRESSION)
+            return;
+        scan.type = tokenizer->Get_Next_Token(&scan.text, scan.length);
+    }
     if (scan.type == TOKEN_RBRACE) {
         state = start_state == START_FILE ? STATE_EXPRESSION_END : STATE_DONE;
         if (start_state != START_FILE)
             Close_Expression(scan);
-    } else if (scan.type != TOKEN_EOF) {
-        scan.status = expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length,
-                                                                     tokenizer, &state);
     } else if (start_state == START_FILE) {
         Report<Message::Expression_Unterminated>();
         scan.status = PARSER_FATAL;

@@ -23,7 +23,7 @@ class Perfect_Hash {
         for (const Record& row : rows) {
             Bucket& bucket = buckets[Key_Hash(row.key, row.length) >> bucket_shift];
             bucket.rows[bucket.size++] = &row;
-            longest = std::max(longest, row.length);
+            lengths[First(row.key)] |= 1U << row.length;
         }
         // The fullest buckets first, while there are most places to choose from.
         for (std::size_t size = bucket_capacity; size > 0; --size) {
@@ -38,7 +38,7 @@ class Perfect_Hash {
     const Record* Find(const char* name, int length) const {
         if (length < 0)
             length = static_cast<int>(std::strlen(name));
-        if (length > longest)
+        if (length > longest_possible || !(lengths[First(name)] >> length & 1))
             return nullptr;
         unsigned hash = Key_Hash(name, length);
         std::size_t index = displacements[hash >> bucket_shift] ^ (hash & low_mask);
@@ -54,12 +54,16 @@ class Perfect_Hash {
     static constexpr int bucket_shift = 32 - bucket_bits;
     static constexpr unsigned low_mask = (1U << low_bits) - 1;
     static constexpr std::size_t bucket_capacity = 8;
+    static constexpr int longest_possible = 31;
     static constexpr unsigned seed = 256; // one that works for all key sets
 
     struct Bucket {
         std::array<const Record*, bucket_capacity> rows{};
         std::size_t size = 0;
     };
+
+    // The same for both cases of a letter.
+    static constexpr unsigned First(const char* name) { return static_cast<unsigned char>(*name) % 32; }
 
     static constexpr char Lower(char byte) {
         return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
@@ -94,7 +98,7 @@ class Perfect_Hash {
 
     std::array<Record, count> records{};
     std::array<unsigned char, bucket_count> displacements{};
-    int longest = 0;
+    std::array<unsigned, 32> lengths{}; // of the keys, a bit each, by First: most other names need no hash
 };
 
 #endif

@@ -25,20 +25,24 @@ enum Byte_Trait : unsigned char {
 
 using Byte_Table = std::array<unsigned char, 256>;
 
-// The token that a byte starts. Those of more than one byte are told apart by their type alone.
+// The token that a byte starts, with a bit for those that may have another length than 1.
+constexpr unsigned char VARYING_LENGTH = 0x80;
+
 constexpr Byte_Table first_bytes = [] {
     Byte_Table table{};
     table.fill(TOKEN_OTHER);
     for (unsigned char byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
-        table[byte] = TOKEN_SPACE;
-    for (unsigned char byte : {'$', '*', ',', '/', ':', '[', ']', '+', '-'})
+        table[byte] = TOKEN_SPACE | VARYING_LENGTH;
+    for (unsigned char byte : {'$', '*', ',', '/', ':', '[', ']'})
         table[byte] = TOKEN_OPERATOR;
+    for (unsigned char byte : {'+', '-'})
+        table[byte] = TOKEN_OPERATOR | VARYING_LENGTH;
     for (unsigned char byte = '0'; byte <= '9'; ++byte)
-        table[byte] = TOKEN_NUMBER;
+        table[byte] = TOKEN_NUMBER | VARYING_LENGTH;
     for (unsigned char byte = 'a'; byte <= 'z'; ++byte)
-        table[byte] = table[byte - 'a' + 'A'] = TOKEN_IDENT;
-    table['_'] = TOKEN_IDENT;
-    table['\0'] = TOKEN_EOF;
+        table[byte] = table[byte - 'a' + 'A'] = TOKEN_IDENT | VARYING_LENGTH;
+    table['_'] = TOKEN_IDENT | VARYING_LENGTH;
+    table['\0'] = TOKEN_EOF | VARYING_LENGTH;
     table['>'] = TOKEN_GT;
     table['<'] = TOKEN_LT;
     table['!'] = TOKEN_BANG;
@@ -69,6 +73,10 @@ constexpr Byte_Table byte_traits = [] {
         table[byte] = TAG_NAME_BYTE;
     return table;
 }();
+
+unsigned First_Token(char byte) {
+    return first_bytes[static_cast<unsigned char>(byte)];
+}
 
 bool Has_Trait(char byte, Byte_Trait trait) {
     return byte_traits[static_cast<unsigned char>(byte)] & trait;
@@ -108,6 +116,12 @@ Text_Run Find_End_Of_Text(const char* at, const char* end) {
     for (; at < end && *at != '<' && *at != '\0'; ++at)
         line_feeds += *at == '\n';
     return {at, line_feeds};
+}
+
+const char* Behind_Last_Line_Feed(const char* begin, const char* end) {
+    if (end[-1] == '\n')
+        return end;
+    return static_cast<const char*>(memrchr(begin, '\n', static_cast<std::size_t>(end - begin))) + 1;
 }
 
 } // namespace
@@ -199,26 +213,33 @@ Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) 
     if (Check_Buffer_Fullness(type))
         return type;
 
-    type = static_cast<Tokenizer_TokenType>(first_bytes[static_cast<unsigned char>(*start)]);
-    const char* end = start + 1;
-    switch (type) {
-    case TOKEN_EOF: ++position; return type;
-    case TOKEN_IDENT: end = End_Of_Identifier(end); break;
-    case TOKEN_SPACE: end = End_Of_Space(start); break;
-    case TOKEN_NUMBER: end = End_Of_Number(start); break;
-    case TOKEN_OPERATOR:
-        if ((*start == '+' || *start == '-') && end < buffer + length && *end == *start)
-            ++end;
-        break;
-    default: break;
-    }
-    token_length = static_cast<int>(end - start);
+    unsigned first = First_Token(*start);
+    type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
+    token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
     position += token_length;
     return type;
 }
 
+// Of a token that may have another length than 1. A zero byte is passed, but does not belong to the token.
+inline int Tokenizer::Token_Length(Tokenizer_TokenType type, const char* start) {
+    const char* end = start + 1;
+    if (type == TOKEN_IDENT)
+        end = End_Of_Identifier(end);
+    else if (type == TOKEN_SPACE)
+        end = End_Of_Space(start);
+    else if (type == TOKEN_NUMBER)
+        end = End_Of_Number(start);
+    else if (type == TOKEN_OPERATOR)
+        end += end < buffer + length && *end == *start;
+    else {
+        ++position;
+        end = start;
+    }
+    return static_cast<int>(end - start);
+}
+
 Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_length) {
-    if (in_expression || bare_expression || peek_text || position >= length)
+    if (in_expression || bare_expression || peek_text || position >= length || buffer[position] == '<')
         return Get_Next_Token(text, token_length);
     const char* start = buffer + position;
     Text_Run run = Find_End_Of_Text(start, buffer + length);
@@ -226,13 +247,21 @@ Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_lengt
         return Scan_Token(text, token_length);
     if (run.line_feeds) {
         line += run.line_feeds;
-        line_start =
-            static_cast<const char*>(memrchr(start, '\n', static_cast<std::size_t>(run.end - start))) + 1;
+        line_start = Behind_Last_Line_Feed(start, run.end);
     }
     *text = start;
     token_length = static_cast<int>(run.end - start);
     position += token_length;
     return TOKEN_OTHER;
+}
+
+void Tokenizer::Read_Dotted_Name(int& token_length) {
+    while (!peek_text && length - position > 1 && buffer[position] == '.' &&
+           First_Token(buffer[position + 1]) == (TOKEN_IDENT | VARYING_LENGTH)) {
+        int end = static_cast<int>(End_Of_Identifier(buffer + position + 2) - buffer);
+        token_length += end - position;
+        position = end;
+    }
 }
 
 Tokenizer_TokenType Tokenizer::Peek(const char** text, int& token_length) {
@@ -317,20 +346,15 @@ const char* Tokenizer::End_Of_Number(const char* at) const {
     return at;
 }
 
+// In an expression a backslash takes the byte behind it, whatever that is.
 const char* Tokenizer::End_Of_Identifier(const char* at) const {
     const char* end = buffer + length;
-    if (!in_expression) {
-        while (at < end && Has_Trait(*at, TAG_NAME_BYTE))
+    Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
+    for (;;) {
+        while (at < end && Has_Trait(*at, name_byte))
             ++at;
-        return at;
+        if (!in_expression || at == end || *at != '\\')
+            return at;
+        at += std::min<long>(2, end - at);
     }
-    while (at < end) {
-        if (Has_Trait(*at, EXPRESSION_NAME_BYTE))
-            ++at;
-        else if (*at == '\\') // takes the byte behind it, whatever that is
-            at += std::min<long>(2, end - at);
-        else
-            break;
-    }
-    return at;
 }

@@ -36,6 +36,9 @@ class Tokenizer {
     Tokenizer_TokenType Get_Next_Text(const char** text, int& token_length);
     // The token that the next Get_Next_Token will return. The line counter moves now.
     Tokenizer_TokenType Peek(const char** text, int& token_length);
+    // Extends an identifier that was just read over what continues a dotted name: any number of dots that are
+    // directly followed by an identifier.
+    void Read_Dotted_Name(int& token_length);
     // Reads to the first terminator, which belongs to the slice, over pairs of the escape and another byte.
     // The answer is TOKEN_OTHER, TOKEN_UNTERMINATED when the text ended first, or that of
     // Check_Buffer_Fullness when nothing was left at all.
@@ -81,6 +84,7 @@ class Tokenizer {
     void Use_No_Text();
     void Note_Line_Feed(const char* behind);
     Tokenizer_TokenType Scan_Token(const char** text, int& token_length);
+    int Token_Length(Tokenizer_TokenType type, const char* start);
     const char* End_Of_Space(const char* at);
     const char* End_Of_Number(const char* at) const;
     const char* End_Of_Identifier(const char* at) const;
