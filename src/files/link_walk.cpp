@@ -13,7 +13,6 @@
 
 namespace {
 
-constexpr char link_failure[] = "The specified path references a symbolic link";
 constexpr char recursive_failure[] = "The specified path references a recursive symbolic link";
 constexpr char owner_failure[] =
     "The specified path references a symbolic link to a directory or file owned by a different user";
@@ -79,7 +78,7 @@ bool UNIXFileManager::Exists(Tarn_PathType type, const char* path, bool* exists)
         return errno == ENOENT;
     while (S_ISLNK(status.st_mode)) {
         if (!walk.settings.allow_links)
-            return Fail(link_failure);
+            return Fail_Realize(REALIZE_LINK);
         char target[target_size];
         struct stat target_status;
         const ssize_t length = readlink(walk.name.c_str(), target, target_size - 1);
@@ -141,7 +140,7 @@ bool UNIXFileManager::Look(Link_Walk* walk, int flags) {
 // now.
 bool UNIXFileManager::Follow_Found_Link(Link_Walk* walk) {
     if (!walk->settings.allow_links)
-        return Fail(link_failure);
+        return Fail_Realize(REALIZE_LINK);
     const Descriptor link(open_path(walk->name.c_str(), O_PATH | O_NOFOLLOW));
     struct stat link_status, target_status;
     if (!link || fstat(link.get(), &link_status) != 0)
