@@ -1,0 +1,45 @@
+#include "network/tls_library.h"
+
+#include "app/tarn_application.h"
+
+#include <cerrno>
+
+namespace {
+
+enum Need { REQUIRED, OPTIONAL };
+
+void* Find(TarnApplication* application, const char* name, const char* older_name) {
+    void* const found = application->SSL_GetFunction(name);
+    return found || !older_name ? found : application->SSL_GetFunction(older_name);
+}
+
+} // namespace
+
+TLS_Library::TLS_Library(TarnApplication* application) : application(application) {
+#define TLS_FUNCTION(need, member, result, arguments, name, older_name)                                      \
+    member = reinterpret_cast<result(*) arguments>(Find(application, name, older_name));                     \
+    if (need == REQUIRED && !member && !missing_function)                                                    \
+        missing_function = name;
+#include "network/tls_functions.def"
+}
+
+String TLS_Library::missing() const {
+    return missing_function ? String("The SSL library has no ") + missing_function : String("");
+}
+
+String TLS_Library::Last_Error() const {
+    const unsigned long code = next_error ? next_error() : 0;
+    if (code == 0)
+        return errno ? application->lasterror() : "";
+    Forget_Errors();
+    char text[256] = "";
+    if (describe_error)
+        describe_error(code, text, sizeof text);
+    return text;
+}
+
+void TLS_Library::Forget_Errors() const {
+    errno = 0;
+    while (next_error && next_error()) {
+    }
+}
