@@ -5,26 +5,18 @@
 #include "backend/compiler_output.h"
 #include "backend/opcode.h"
 
-#include <charconv>
+#include <array>
 #include <cstring>
 #include <string_view>
 
 // One item on its way out: a few words and numbers, put together in the output's own buffer and handed over
-// by the destructor. All of them together are limit bytes at most; texts of the source are written
-// separately.
+// by the destructor. All of them together are CompilerOutput::item_limit bytes at most; texts of the source
+// are written separately.
 class Assembly_Item {
   public:
-    static constexpr int limit = 96;
-
-    explicit Assembly_Item(CompilerOutput* output) : output(output), reserved(output->Reserve(limit)) {
-        position = reserved ? reserved : spare;
-    }
-    ~Assembly_Item() {
-        if (reserved)
-            output->Commit(position);
-        else
-            output->Write(spare, static_cast<int>(position - spare));
-    }
+    explicit Assembly_Item(CompilerOutput* output)
+        : output(output), position(output->Reserve(CompilerOutput::item_limit)) {}
+    ~Assembly_Item() { output->Commit(position); }
     Assembly_Item(const Assembly_Item&) = delete;
     Assembly_Item& operator=(const Assembly_Item&) = delete;
 
@@ -39,15 +31,45 @@ class Assembly_Item {
         return *this;
     }
     Assembly_Item& Number(int number) {
-        position = std::to_chars(position, position + 11, number).ptr;
+        if (number < 0)
+            *position++ = '-';
+        position = Write_Digits(position, number < 0 ? 0u - static_cast<unsigned>(number)
+                                                     : static_cast<unsigned>(number));
         return *this;
     }
 
   private:
+    // The numbers from 00 to 99, one behind the other.
+    static constexpr auto digit_pairs = [] {
+        std::array<char, 200> pairs{};
+        for (int number = 0; number < 100; ++number) {
+            pairs[2 * number] = static_cast<char>('0' + number / 10);
+            pairs[2 * number + 1] = static_cast<char>('0' + number % 10);
+        }
+        return pairs;
+    }();
+
+    static char* Write_Pair(char* target, unsigned number) {
+        std::memcpy(target, &digit_pairs[2 * number], 2);
+        return target + 2;
+    }
+    // Numbers of one to four digits are nearly all there are.
+    static char* Write_Digits(char* target, unsigned number) {
+        if (number >= 10000) {
+            target = Write_Digits(target, number / 10000);
+            return Write_Pair(Write_Pair(target, number % 10000 / 100), number % 100);
+        }
+        if (number >= 1000)
+            target = Write_Pair(target, number / 100);
+        else if (number >= 100)
+            *target++ = static_cast<char>('0' + number / 100);
+        else if (number < 10)
+            return *target = static_cast<char>('0' + number), target + 1;
+        return Write_Pair(target, number % 100);
+    }
+
     CompilerOutput* output;
-    char* reserved; // null when the output's buffer is too small
     char* position;
-    char spare[limit];
 };
 
 #endif

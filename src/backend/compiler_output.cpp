@@ -7,7 +7,7 @@
 #include <cctype>
 #include <cstring>
 
-CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity) {
+CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity, item_limit) {
 }
 
 CompilerOutput::~CompilerOutput() = default;
@@ -23,13 +23,6 @@ int CompilerOutput::Write_Lower(const char* text, int length) {
         written += piece;
     }
     return length;
-}
-
-bool CompilerOutput::Make_Room(int length) {
-    if (length > capacity)
-        return false;
-    Flush();
-    return true;
 }
 
 FileOutput::FileOutput(File* file, int capacity) : CompilerOutput(capacity), file(file) {

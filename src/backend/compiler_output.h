@@ -10,18 +10,23 @@ class File;
 // The sink of assembly text. The writers compose their items in its buffer, between Reserve and Commit.
 class CompilerOutput : public BufferedOutput {
   public:
+    // What can be reserved of any output, one without a buffer included.
+    static constexpr int item_limit = 96;
+
     explicit CompilerOutput(int capacity);
     ~CompilerOutput() override;
 
     // Writes the text in lower case.
     virtual int Write_Lower(const char* text, int length);
 
-    // Room for that many bytes behind what is buffered, made by a flush where needed; null when the buffer is
-    // smaller than that. What is composed there counts once it is committed, and reaches DoWrite without
-    // passing through Write.
+    // Whether more than item_limit can be reserved, up to that length.
+    bool Can_Reserve(int length) const { return length <= capacity; }
+
+    // Room for that many bytes behind what is buffered, made by a flush where needed. What is composed there
+    // counts once it is committed, and reaches DoWrite without passing through Write.
     char* Reserve(int length) {
-        if (capacity - fill < length && !Make_Room(length)) [[unlikely]]
-            return nullptr;
+        if (capacity - fill < length) [[unlikely]]
+            Flush();
         return buffer.get() + fill;
     }
 
@@ -31,10 +36,9 @@ class CompilerOutput : public BufferedOutput {
             return;
         fill = static_cast<int>(end - buffer.get());
         last_was_space = Is_Space(end[-1]);
+        if (fill > capacity) [[unlikely]]
+            Flush();
     }
-
-  private:
-    bool Make_Room(int length);
 };
 
 // Assembly text that goes to a file. The destructor flushes.

@@ -62,7 +62,7 @@ void FileCompilerParser::Output_Opcode_With_Label_and_Immediate(int opcode, Pars
 void FileCompilerParser::Output_Opcode(int opcode, double value) {
     Output_LineNo();
     if (opcode == OPCODE_PUSHF)
-        Assembly_Item(output).Head(*Find_Opcode(opcode));
+        Assembly_Item(output).Head(Opcode_Row(opcode));
     else
         (void)Report<Message::Internal_Opcode_Double>(); // the number is written all the same
     int length;
@@ -96,7 +96,7 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
 void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length, int lower) {
     Output_LineNo();
     if (opcode == OPCODE_CALL || opcode == OPCODE_PUSHF || opcode == OPCODE_PUSHI)
-        Assembly_Item(output).Head(*Find_Opcode(opcode));
+        Assembly_Item(output).Head(Opcode_Row(opcode));
     if (lower)
         output->Write_Lower(text, length);
     else
@@ -106,10 +106,10 @@ void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length,
 // Engines without read-only access get the writable instruction instead.
 void FileCompilerParser::Output_Read_Only_Access(int opcode) {
     if (Engine_Version() > last_engine_of_writable_access) {
-        Assembly_Item(output).Head(*Find_Opcode(opcode));
+        Assembly_Item(output).Head(Opcode_Row(opcode));
         (void)Output_Version(file_version_major, FILE_VERSION_READ_ONLY_ELEMENTS);
     } else {
-        Assembly_Item(output).Head(*Find_Opcode(Writable_Access(opcode)));
+        Assembly_Item(output).Head(Opcode_Row(Writable_Access(opcode)));
     }
 }
 

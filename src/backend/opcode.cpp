@@ -35,12 +35,6 @@ constexpr Opcode_Info Make_Row(int number, std::string_view mnemonic, Operand_Fo
     return row;
 }
 
-constexpr Opcode_Info opcodes[] = {
-#define OPCODE(name, number, mnemonic, operands, listing)                                                    \
-    Make_Row(number, mnemonic, Operand_Form::operands, listing),
-#include "backend/opcodes.def"
-};
-
 constexpr bool Bits_Agree(const Opcode_Info& row) {
     const int bits = row.number >> 12;
     switch (row.operands) {
@@ -60,36 +54,25 @@ constexpr bool Bits_Agree(const Opcode_Info& row) {
     }
     return false;
 }
-static_assert(std::all_of(std::begin(opcodes), std::end(opcodes), Bits_Agree));
-
-// An instruction's place in the index: its family and number, and the kind of its first operand, since the
-// engine has a number twice.
-constexpr int Index_Key(int opcode) {
-    return (opcode >> 14 & 3) << 10 | (opcode & 0x3ff);
-}
-
-constexpr unsigned char no_row = 0xff;
-static_assert(std::size(opcodes) < no_row);
-
-constexpr auto opcode_index = [] {
-    std::array<unsigned char, 4096> index{};
-    index.fill(no_row);
-    for (unsigned char row = 0; row < std::size(opcodes); ++row)
-        index[Index_Key(opcodes[row].number)] = row;
-    return index;
-}();
-static_assert(
-    [] {
-        for (unsigned char row = 0; row < std::size(opcodes); ++row)
-            if (opcode_index[Index_Key(opcodes[row].number)] != row)
-                return false;
-        return true;
-    }(),
-    "two instructions with one key");
 
 } // namespace
 
-const Opcode_Info* Find_Opcode(int opcode) {
-    const unsigned char row = opcode_index[Index_Key(opcode)];
-    return row != no_row && opcodes[row].number == opcode ? &opcodes[row] : nullptr;
-}
+constexpr Opcode_Info opcode_rows[opcode_count] = {
+#define OPCODE(name, number, mnemonic, operands, listing)                                                    \
+    Make_Row(number, mnemonic, Operand_Form::operands, listing),
+#include "backend/opcodes.def"
+};
+
+static_assert(std::all_of(std::begin(opcode_rows), std::end(opcode_rows), Bits_Agree));
+static_assert(opcode_count < opcode_no_row);
+
+constexpr std::array<unsigned char, 4096> opcode_index = [] {
+    std::array<unsigned char, 4096> index{};
+    index.fill(opcode_no_row);
+    for (unsigned char row = 0; row < opcode_count; ++row)
+        index[Opcode_Key(opcode_rows[row].number)] = row;
+    return index;
+}();
+static_assert(std::all_of(std::begin(opcode_rows), std::end(opcode_rows),
+                          [](const Opcode_Info& row) { return Find_Opcode(row.number) == &row; }),
+              "two instructions with one key");

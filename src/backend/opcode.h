@@ -2,6 +2,7 @@
 #ifndef BACKEND_OPCODE_H
 #define BACKEND_OPCODE_H
 
+#include <array>
 #include <cstddef>
 #include <string_view>
 
@@ -49,7 +50,7 @@ constexpr int Writable_Access(int opcode) {
 
 // One instruction. The head is all its text up to the first operand's number, from the line feed on; it is
 // padded so that it can be copied whole.
-struct Opcode_Info {
+struct alignas(64) Opcode_Info {
     static constexpr std::size_t head_size = 24;
 
     int number;
@@ -60,7 +61,30 @@ struct Opcode_Info {
     std::string_view listing; // empty when a listing knows no name for it
 };
 
-// The row of an instruction, null when there is none with that number.
-const Opcode_Info* Find_Opcode(int opcode);
+inline constexpr int opcode_count = 0
+#define OPCODE(name, number, mnemonic, operands, listing) +1
+#include "backend/opcodes.def"
+    ;
+
+// All instructions, and where the one with a given key stands. The key is family and number, with the kind of
+// the first operand, since the engine has a number twice.
+extern const Opcode_Info opcode_rows[opcode_count];
+extern const std::array<unsigned char, 4096> opcode_index;
+inline constexpr unsigned char opcode_no_row = 0xff;
+
+constexpr int Opcode_Key(int opcode) {
+    return (opcode >> 14 & 3) << 10 | (opcode & 0x3ff);
+}
+
+// The row of any number, null when there is none.
+constexpr const Opcode_Info* Find_Opcode(int opcode) {
+    const unsigned char row = opcode_index[Opcode_Key(opcode)];
+    return row != opcode_no_row && opcode_rows[row].number == opcode ? &opcode_rows[row] : nullptr;
+}
+
+// The row of an instruction that there is.
+constexpr const Opcode_Info& Opcode_Row(int opcode) {
+    return opcode_rows[opcode_index[Opcode_Key(opcode)]];
+}
 
 #endif

@@ -62,7 +62,11 @@ int Output::Write_Compressed_Full(const char* text, int length) {
     return length;
 }
 
-BufferedOutput::BufferedOutput(int capacity) : buffer(new char[capacity]), capacity(capacity) {
+BufferedOutput::BufferedOutput(int capacity) : BufferedOutput(capacity, 0) {
+}
+
+BufferedOutput::BufferedOutput(int capacity, int reserve)
+    : buffer(new char[capacity + reserve]), capacity(capacity) {
 }
 
 BufferedOutput::~BufferedOutput() = default;

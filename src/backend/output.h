@@ -72,6 +72,9 @@ class BufferedOutput : public Output {
     virtual int DoWrite(const char* text, int length) = 0;
 
   protected:
+    // The buffer has that many bytes more than are ever filled by Write.
+    BufferedOutput(int capacity, int reserve);
+
     std::unique_ptr<char[]> buffer;
     int capacity;
     int fill = 0; // bytes in the buffer

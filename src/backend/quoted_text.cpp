@@ -89,8 +89,8 @@ class Quoter {
 void Write_Quoted_Text(CompilerOutput* output, const char* text, int length, ExpressionState state) {
     Quoter quoter(text, length, state);
     while (!quoter.Finished()) {
-        if (char* const target = output->Reserve(piece_room)) {
-            output->Commit(quoter.Quote_Piece(target));
+        if (output->Can_Reserve(piece_room)) {
+            output->Commit(quoter.Quote_Piece(output->Reserve(piece_room)));
         } else {
             char piece[piece_room];
             output->Write(piece, static_cast<int>(quoter.Quote_Piece(piece) - piece));
