@@ -3,7 +3,7 @@
 # does, does nothing where all is there, and asks for root's rights by sudo only when it needs them.
 set -euo pipefail
 
-commands=(cmake ninja c++ pkg-config python3)
+commands=(cmake ninja c++ pkg-config python3 doxygen)
 libraries=(libmpdec gtest benchmark)
 packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev doxygen)
 
