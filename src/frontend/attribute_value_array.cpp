@@ -46,6 +46,8 @@ int AttributeValueArray::Check_Complete(int count) const {
 void AttributeValueArray::Output(int end, int first) {
     if (end == -1)
         end = last_used + 1;
+    if (end > capacity)
+        Extend_Array(end);
     for (int i = first; i < end; ++i)
-        Element(i)->Output(parser, 0, 0, 0);
+        values[i].Output(parser, 0, 0, 0);
 }

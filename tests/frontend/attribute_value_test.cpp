@@ -130,6 +130,7 @@ TEST(AttributeValue, Output_By_Type) {
         {ATTREXPR_INDEX, 0, "\n\tpushc\ts_4\n\telem", "code\n\telem"},
         {ATTREXPR_TARGET, 0, "\n\tpushl\tl_4", "code\n\tpushn"},
         {ATTREXPR_TARGET, 1, "\n\tpopl\tl_4", "code\n\tpopn"},
+        {ATTREXPR_WHOLE_NAME, 1, "\n\tpopl\tl_4", "code\n\tpopn"},
         {ATTREXPR_VARIABLE, 1, "\n\tpushl\tl_4", "code\n\tpushn"},
         {ATTREXPR_FLAG, 0, "\n\tpushc\ts_4", "code"},
         {ATTREXPR_VALUE, 0, "\n\tpushc\ts_4", "code"},
