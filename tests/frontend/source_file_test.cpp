@@ -39,7 +39,17 @@ class Including_Parser : public Recording_Parser {
 
 } // namespace
 
-class Source_File : public File_Tree {};
+class Source_File : public File_Tree {
+  protected:
+    std::string Events_Of_Main() {
+        Including_Parser parser(manager.get());
+        auto* file = new Tokenizer(manager.get());
+        EXPECT_TRUE(file->Open("main"));
+        delete parser.Set_Tokenizer(file);
+        parser.Start();
+        return parser.events;
+    }
+};
 
 TEST_F(Source_File, Opened_Or_Refused) {
     Put("some", "a\nb");
@@ -72,23 +82,13 @@ TEST_F(Source_File, Scan_Goes_On_Behind_An_Include) {
     Put("main", "a\n<TnINCLUDE FILE=\"b\">c");
     Put("b", "<TnINCLUDE FILE=\"d\">e");
     Put("d", "f");
-    Including_Parser parser(manager.get());
-    auto* file = new Tokenizer(manager.get());
-    ASSERT_TRUE(file->Open("main"));
-    delete parser.Set_Tokenizer(file);
-    EXPECT_EQ(parser.Start(), 0);
-    EXPECT_EQ(parser.events,
+    EXPECT_EQ(Events_Of_Main(),
               "text(a\n) tag54 name(FILE) tag54 name(FILE) text(f) end0 text(e) end0 text(c) end0");
 }
 
 TEST_F(Source_File, Vanished_Behind_An_Include_Is_Reported) {
     Put("main", "<TnINCLUDE FILE=\"gone\">c");
     Put("gone", "d");
-    Including_Parser parser(manager.get());
-    auto* file = new Tokenizer(manager.get());
-    ASSERT_TRUE(file->Open("main"));
-    delete parser.Set_Tokenizer(file);
-    EXPECT_EQ(parser.Start(), 1);
-    EXPECT_EQ(parser.events, "tag54 name(FILE) text(d) end0 CE_186(Unable to reopen file 'main': " +
-                                 System_Text(ENOENT) + ") end1");
+    EXPECT_EQ(Events_Of_Main(), "tag54 name(FILE) text(d) end0 CE_186(Unable to reopen file 'main': " +
+                                    System_Text(ENOENT) + ") end1");
 }
