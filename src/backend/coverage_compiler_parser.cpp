@@ -9,8 +9,8 @@ CoverageCompilerParser::CoverageCompilerParser(Tokenizer* tokenizer, CompilerOut
                                                int function_access_default, ParserStartState start_state,
                                                HashTable<Variable>* locals, HashTable<Variable>* globals,
                                                HashTable<Variable>* system)
-    : FileCompilerParser(tokenizer, output, external_calls, application, function_stdout_default,
-                         function_access_default, start_state, locals, globals, system),
+    : SilentCompilerParser(tokenizer, output, external_calls, application, function_stdout_default,
+                           function_access_default, start_state, locals, globals, system),
       lines(1) {
 }
 
@@ -24,34 +24,7 @@ CoverageCompilerParser::~CoverageCompilerParser() {
 
 // The lines of an included file would mix with those of the named files.
 ParserStatus CoverageCompilerParser::End_Of_Tag(int self_closing) {
-    return current_tag == Tag::Include ? PARSER_OK : FileCompilerParser::End_Of_Tag(self_closing);
-}
-
-ParserStatus CoverageCompilerParser::End_Of_File(ParserStatus) {
-    return PARSER_OK;
-}
-
-void CoverageCompilerParser::Output_Variable_Instruction(int, int, Variable_Scope, int, int) {
-}
-
-void CoverageCompilerParser::Output_Comment(const char*, int) {
-}
-
-void CoverageCompilerParser::Output_Assembly(const char*, int) {
-}
-
-void CoverageCompilerParser::Generate_Label(ParserLabelType, int) {
-}
-
-void CoverageCompilerParser::Output_String_Directive(CompilerOutput*, const char*, int, int,
-                                                     ExpressionState) {
-}
-
-void CoverageCompilerParser::Output_Variable_Directive(CompilerOutput*, const char*, int, int,
-                                                       Variable_Scope) {
-}
-
-void CoverageCompilerParser::Output_Generated_Label(ParserLabelType, int) {
+    return current_tag == Tag::Include ? PARSER_OK : SilentCompilerParser::End_Of_Tag(self_closing);
 }
 
 void CoverageCompilerParser::Output_Opcode_With_Label(int, ParserLabelType, int) {
@@ -74,14 +47,6 @@ void CoverageCompilerParser::Output_Opcode(int, const char*, int, int) {
     Output_LineNo();
 }
 
-ParserStatus CoverageCompilerParser::Output_Version(int, int) {
-    return PARSER_OK;
-}
-
-void CoverageCompilerParser::Output_Localized_Directive(const char*, int, const char*, int, const char*,
-                                                        int) {
-}
-
 void CoverageCompilerParser::Output_Function_Directive(const char*, int, int, int, int, int) {
 }
 
@@ -91,18 +56,8 @@ void CoverageCompilerParser::Output_End_Function_Directive() {
 void CoverageCompilerParser::Output_Parameter_Directive(const char*, int, int, int) {
 }
 
-void CoverageCompilerParser::Output_Ident_Directive(CompilerOutput*, const char*, int) {
-}
-
 void CoverageCompilerParser::Output_End_Of_File() {
     Output_LineNo();
-}
-
-int CoverageCompilerParser::Output_Fragment(StringOutput*) {
-    return 0;
-}
-
-void CoverageCompilerParser::Output_Directive_Quoted_String(const char*, int, ExpressionState) {
 }
 
 void CoverageCompilerParser::Note_Line(int line) {

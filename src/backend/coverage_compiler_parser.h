@@ -2,13 +2,13 @@
 #ifndef BACKEND_COVERAGE_COMPILER_PARSER_H
 #define BACKEND_COVERAGE_COMPILER_PARSER_H
 
-#include "backend/file_compiler_parser.h"
+#include "backend/silent_compiler_parser.h"
 #include "core/splay_tree.h"
 
-// CoverageCompilerParser runs the whole compiler and gathers the line numbers that its code would carry. The
-// list is written by the destructor, in ascending order and each line once, so the parser must go before its
-// output. Lines of several source files run together; included files are not opened.
-class CoverageCompilerParser : public FileCompilerParser {
+// CoverageCompilerParser gathers the line numbers that the code would carry. The list is written by the
+// destructor, in ascending order and each line once, so the parser must go before its output. Lines of
+// several source files run together; included files are not opened.
+class CoverageCompilerParser : public SilentCompilerParser {
   public:
     CoverageCompilerParser(Tokenizer* tokenizer, CompilerOutput* output, ExternalCallManager* external_calls,
                            CompilerApplication* application, int function_stdout_default,
@@ -18,34 +18,17 @@ class CoverageCompilerParser : public FileCompilerParser {
     ~CoverageCompilerParser() override;
 
     ParserStatus End_Of_Tag(int self_closing) override;
-    ParserStatus End_Of_File(ParserStatus status) override;
-    void Output_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
-                                     int by_reference) override;
-    void Output_Comment(const char* text, int length) override;
-    void Output_Assembly(const char* text, int length) override;
-    void Generate_Label(ParserLabelType type, int number) override;
-    void Output_String_Directive(CompilerOutput* target, const char* text, int length, int ident,
-                                 ExpressionState state) override;
-    void Output_Variable_Directive(CompilerOutput* target, const char* name, int length, int ident,
-                                   Variable_Scope scope) override;
-    void Output_Generated_Label(ParserLabelType type, int number) override;
     void Output_Opcode_With_Label(int opcode, ParserLabelType type, int number) override;
     void Output_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
                                                 int immediate) override;
-    using FileCompilerParser::Output_Opcode;
+    using SilentCompilerParser::Output_Opcode;
     void Output_Opcode(int opcode, int first, int second) override;
     void Output_Opcode(int opcode, const char* text, int length, int lower) override;
-    ParserStatus Output_Version(int major, int minor) override;
-    void Output_Localized_Directive(const char* language, int language_length, const char* id, int id_length,
-                                    const char* text, int text_length) override;
     void Output_Function_Directive(const char* name, int length, int kind, int stdout_level, int error_level,
                                    int access) override;
     void Output_End_Function_Directive() override;
     void Output_Parameter_Directive(const char* name, int length, int ident, int by_value) override;
-    void Output_Ident_Directive(CompilerOutput* target, const char* text, int length) override;
     void Output_End_Of_File() override;
-    int Output_Fragment(StringOutput* fragment) override;
-    void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
 
   private:
     void Note_Line(int line);

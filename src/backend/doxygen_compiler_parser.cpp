@@ -5,18 +5,11 @@
 DoxygenCompilerParser::DoxygenCompilerParser(Tokenizer* tokenizer, CompilerOutput* output,
                                              ExternalCallManager* external_calls,
                                              CompilerApplication* application)
-    : FileCompilerParser(tokenizer, output, external_calls, application, -1, ACCESS_UNSET, START_FILE,
-                         nullptr, nullptr, nullptr) {
+    : SilentCompilerParser(tokenizer, output, external_calls, application, -1, ACCESS_UNSET, START_FILE,
+                           nullptr, nullptr, nullptr) {
 }
 
 DoxygenCompilerParser::~DoxygenCompilerParser() = default;
-
-ParserStatus DoxygenCompilerParser::End_Of_File(ParserStatus) {
-    return PARSER_OK;
-}
-
-void DoxygenCompilerParser::Output_Variable_Instruction(int, int, Variable_Scope, int, int) {
-}
 
 void DoxygenCompilerParser::Output_Comment(const char* text, int length) {
     if (Inside_Function())
@@ -24,22 +17,6 @@ void DoxygenCompilerParser::Output_Comment(const char* text, int length) {
     output->Write("/*", -1);
     output->Write(text, length);
     output->Write("*/\n", -1);
-}
-
-void DoxygenCompilerParser::Output_Assembly(const char*, int) {
-}
-
-void DoxygenCompilerParser::Generate_Label(ParserLabelType, int) {
-}
-
-void DoxygenCompilerParser::Output_String_Directive(CompilerOutput*, const char*, int, int, ExpressionState) {
-}
-
-void DoxygenCompilerParser::Output_Variable_Directive(CompilerOutput*, const char*, int, int,
-                                                      Variable_Scope) {
-}
-
-void DoxygenCompilerParser::Output_Generated_Label(ParserLabelType, int) {
 }
 
 void DoxygenCompilerParser::Output_Opcode_With_Label(int, ParserLabelType, int) {
@@ -52,13 +29,6 @@ void DoxygenCompilerParser::Output_Opcode(int, int, int) {
 }
 
 void DoxygenCompilerParser::Output_Opcode(int, const char*, int, int) {
-}
-
-ParserStatus DoxygenCompilerParser::Output_Version(int, int) {
-    return PARSER_OK;
-}
-
-void DoxygenCompilerParser::Output_Localized_Directive(const char*, int, const char*, int, const char*, int) {
 }
 
 void DoxygenCompilerParser::Output_Function_Directive(const char* name, int length, int kind, int, int, int) {
@@ -81,15 +51,5 @@ void DoxygenCompilerParser::Output_Parameter_Directive(const char* name, int len
     output->Write(name, length);
 }
 
-void DoxygenCompilerParser::Output_Ident_Directive(CompilerOutput*, const char*, int) {
-}
-
 void DoxygenCompilerParser::Output_End_Of_File() {
-}
-
-int DoxygenCompilerParser::Output_Fragment(StringOutput*) {
-    return 0;
-}
-
-void DoxygenCompilerParser::Output_Directive_Quoted_String(const char*, int, ExpressionState) {
 }
