@@ -1,7 +1,7 @@
 #ifndef CORE_HASH_TABLE_H
 #define CORE_HASH_TABLE_H
 
-#include "core/string_hash.h"
+#include "core/index_hash.h"
 #include "core/text_length.h"
 #include "core/text_search.h"
 
@@ -52,7 +52,7 @@ class HashTable {
     virtual ~HashTable();
     // Empties the table. The cursor is left where it is.
     virtual void Dump();
-    virtual unsigned hash(T* e) const { return Index_Hash(e) & (bucket_count - 1); }
+    virtual unsigned hash(T* e) const { return Bucket(Hash_Key(*e)); }
     virtual int Compare(T* a, T* b) const;
     virtual int Compare(T* e, const char* key, int len) const { return Compare_Key(e, Key(key, len)); }
 
@@ -116,6 +116,7 @@ class HashTable {
     static E* Resize(E* array, size_t count);
 
     static std::string_view Key(const char* key, int len);
+    unsigned Bucket(std::string_view key) const;
     uint32_t Index_Hash(std::string_view key) const;
     uint32_t Index_Hash(T* e) const { return Index_Hash(Hash_Key(*e)); }
     int Compare_Key(T* e, std::string_view key) const;
@@ -181,7 +182,7 @@ int HashTable<T>::Compare(T* a, T* b) const {
 
 template <class T>
 unsigned HashTable<T>::hash(const char* key, int len) const {
-    return Index_Hash(Key(key, len)) & (bucket_count - 1);
+    return Bucket(Key(key, len));
 }
 
 template <class T>
@@ -251,13 +252,18 @@ std::string_view HashTable<T>::Key(const char* key, int len) {
 }
 
 template <class T>
-uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
+unsigned HashTable<T>::Bucket(std::string_view key) const {
     const uint32_t len = static_cast<uint32_t>(key.size());
+    const uint32_t full = case_insensitive ? ::hashi(key.data(), len, 0) : ::hash(key.data(), len, 0);
+    return full & (bucket_count - 1);
+}
+
+template <class T>
+uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
     if (case_insensitive)
-        return ::hashi(key.data(), len, 0);
-    const uint32_t full = ::hash(key.data(), len, 0);
-    // Keys that differ in case alone are equals where they meet in one bucket, and strangers elsewhere.
-    return Hash_Key_Ignores_Case<T> ? full & (bucket_count - 1) : full;
+        return index_hash(key, string_hash_detail::Ignoring_Case());
+    // Keys that differ in case alone are then equals where they meet in one bucket, and strangers elsewhere.
+    return Hash_Key_Ignores_Case<T> ? Bucket(key) : index_hash(key, string_hash_detail::As_Written());
 }
 
 // Shorter keys sort first.

@@ -8,11 +8,20 @@
 
 // A table of files by identity, device and inode. It is searched with elements; no text is the key of any.
 
+inline uint32_t Identity_Hash(const struct stat& file) {
+    const auto bytes_of = [](const auto& number) { return reinterpret_cast<const char*>(&number); };
+    const uint32_t device = hash(bytes_of(file.st_dev), sizeof file.st_dev, 0);
+    return hash(bytes_of(file.st_ino), sizeof file.st_ino, device);
+}
+
 template <>
 inline uint32_t HashTable<struct stat>::Index_Hash(struct stat* e) const {
-    const auto bytes_of = [](const auto& number) { return reinterpret_cast<const char*>(&number); };
-    const uint32_t device = ::hash(bytes_of(e->st_dev), sizeof e->st_dev, 0);
-    return ::hash(bytes_of(e->st_ino), sizeof e->st_ino, device);
+    return Identity_Hash(*e);
+}
+
+template <>
+inline unsigned HashTable<struct stat>::hash(struct stat* e) const {
+    return Identity_Hash(*e) & (bucket_count - 1);
 }
 
 template <>

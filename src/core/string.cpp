@@ -13,10 +13,7 @@ namespace {
 
 constexpr int capacity_unit = 24;
 
-// From this capacity on a text that is appended to gets spare room behind its capacity.
-constexpr int least_capacity_with_spare = 1024;
-
-// The size of the array behind a capacity when it has spare room: the next power of two, or the middle
+// The size of the array when text was appended beyond its capacity: the next power of two, or the middle
 // between two. A capacity that grows within that size finds the same size again, so it needs no field of its
 // own.
 size_t Size_With_Spare(size_t capacity) {
@@ -159,16 +156,15 @@ void String::Cat_Slowly(const char* s, int len) {
 // Appends s, which the new capacity holds, and goes over to that capacity.
 void String::Grow_To(int new_capacity, const char* s, int len) {
     const auto wanted = static_cast<uint32_t>(new_capacity);
-    if (!has_spare || wanted > Size_With_Spare(capacity_)) {
-        const bool spare = new_capacity >= least_capacity_with_spare;
-        char* grown = new char[spare ? Size_With_Spare(wanted) : wanted];
-        Copy_To(Copy_To(grown, buffer, length_), s, len);
-        Replace_Buffer(grown, length_ + len, new_capacity);
-        has_spare = spare;
+    if (has_spare && wanted <= Size_With_Spare(capacity_)) {
+        capacity_ = wanted;
+        Append_In_Place(s, len);
         return;
     }
-    capacity_ = wanted;
-    Append_In_Place(s, len);
+    char* grown = new char[Size_With_Spare(wanted)];
+    Copy_To(Copy_To(grown, buffer, length_), s, len);
+    Replace_Buffer(grown, length_ + len, new_capacity);
+    has_spare = 1;
 }
 
 void String::prepend(const char* s, int len) {

@@ -10,17 +10,21 @@
 namespace string_hash_detail {
 
 struct As_Written {
-    static constexpr uint32_t Fold(uint32_t bytes) { return bytes; }
+    template <class Word>
+    static constexpr Word Fold(Word bytes) {
+        return bytes;
+    }
 };
 
-// Folds the four bytes of a word at once: bit 7 of each byte of `upper` is set where the byte is within A to
-// Z.
+// Folds all bytes of a word at once: bit 7 of each byte of `upper` is set where the byte is within A to Z.
 struct Ignoring_Case {
-    static constexpr uint32_t Fold(uint32_t bytes) {
-        const uint32_t low_bits = bytes & 0x7f7f7f7fu;
-        const uint32_t from_a = low_bits + 0x3f3f3f3fu;
-        const uint32_t beyond_z = low_bits + 0x25252525u;
-        const uint32_t upper = (from_a ^ beyond_z) & ~bytes & 0x80808080u;
+    template <class Word>
+    static constexpr Word Fold(Word bytes) {
+        constexpr Word each = static_cast<Word>(-1) / 0xff;
+        const Word low_bits = bytes & each * 0x7f;
+        const Word from_a = low_bits + each * (0x80 - 'A');
+        const Word beyond_z = low_bits + each * (0x7f - 'Z');
+        const Word upper = (from_a ^ beyond_z) & ~bytes & each * 0x80;
         return bytes | upper >> 2;
     }
 };
