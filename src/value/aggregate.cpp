@@ -8,14 +8,6 @@
 #include <cstdio>
 #include <vector>
 
-namespace {
-
-int Sign(int64_t n) {
-    return (n > 0) - (n < 0);
-}
-
-} // namespace
-
 AggregateIndex::AggregateIndex() : number(-1) {
 }
 
@@ -33,11 +25,12 @@ AggregateIndex::AggregateIndex(const char* name, int name_length) : name(name, n
 AggregateIndex::AggregateIndex(int number) : number(std::max(number, 0)) {
 }
 
-int AggregateIndex::Compare(const AggregateIndex& other) const {
-    if (number >= 0 || other.number >= 0)
-        return Sign(static_cast<int64_t>(other.number) - number);
-    int order = memcmpi(other.name.text(), name.text(), std::min(other.name.length(), name.length()));
-    return order ? order : Sign(static_cast<int64_t>(other.name.length()) - name.length());
+int AggregateIndex::Compare_Names(const AggregateIndex& other) const {
+    const int length = name.length();
+    const int other_length = other.name.length();
+    const int order =
+        memcmpi(other.name.text(), name.text(), static_cast<size_t>(std::min(length, other_length)));
+    return order ? order : (other_length > length) - (other_length < length);
 }
 
 void AggregateIndex::Renumber(int n) {

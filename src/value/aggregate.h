@@ -18,7 +18,11 @@ class AggregateIndex {
 
     // The sign of other against this: -1 when other sorts before it. Numbers sort as numbers; names by the
     // text that they have in common, then by length; a name before all numbers.
-    [[nodiscard]] int Compare(const AggregateIndex& other) const;
+    [[nodiscard]] int Compare(const AggregateIndex& other) const {
+        if (number < 0 && other.number < 0)
+            return Compare_Names(other);
+        return (other.number > number) - (other.number < number);
+    }
 
     // The kind of aggregate whose elements have such an index.
     [[nodiscard]] AggregateType Kind() const { return number >= 0 ? AGGREGATE_ARRAY : AGGREGATE_STRUCTURE; }
@@ -32,6 +36,8 @@ class AggregateIndex {
     const String& serialized();
 
   private:
+    [[nodiscard]] int Compare_Names(const AggregateIndex& other) const;
+
     String name;        // of a number its digits, once they were asked for
     int number;         // -1 for a name
     String serialized_; // unassigned until asked for

@@ -273,11 +273,13 @@ void Variable::Copy_Scalar(Variable& source) {
         Variable::SetValue(text.text(), text.length());
         break;
     }
-    case VARIABLE_FIELDS:
+    case VARIABLE_FIELDS: {
+        const VariableHold held = Hold(&source);
         Copy_Representations(source);
         if (primary == VALUE_NONE || !valid)
             Copy_Preferred(source);
         break;
+    }
     default:
         if (!source.valid)
             source.value();

@@ -3,6 +3,7 @@
 //   buckets  for each bucket in use, ascending: index (2, signed), head slot (4)
 //   slots    dictionary id of the name (4), next slot in the chain or -1 (4)
 
+#include "image/little_endian.h"
 #include "image/tagged_file.h"
 #include "value/variable_hash.h"
 
@@ -26,24 +27,12 @@ struct Header {
     uint32_t variable_count;
 };
 
-uint32_t Get(const char* bytes, int count) {
-    uint32_t value = 0;
-    for (int i = 0; i < count; i++)
-        value |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[i])) << (8 * i);
-    return value;
-}
-
-void Put(std::vector<char>& out, uint32_t value, int count) {
-    for (int i = 0; i < count; i++)
-        out.push_back(static_cast<char>(value >> (8 * i)));
-}
-
 bool Read_Bytes(TaggedFile* file, std::vector<char>& bytes) {
     const int size = static_cast<int>(bytes.size());
     return file->Section_Read(bytes.data(), size) == size;
 }
 
-bool Write_Bytes(TaggedFile* file, std::vector<char>& bytes) {
+bool Write_Bytes(TaggedFile* file, const std::vector<char>& bytes) {
     const int size = static_cast<int>(bytes.size());
     return file->Section_Write(bytes.data(), size) == size;
 }
@@ -80,14 +69,12 @@ bool VariableHash::Read(TaggedFile* file) {
     std::vector<char> bytes(header_size);
     if (!Read_Bytes(file, bytes))
         return Error(file->error());
-    const Header header{static_cast<int16_t>(Get(&bytes[0], 2)), static_cast<int>(Get(&bytes[2], 1)),
-                        Get(&bytes[3], 4)};
+    const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
+                        Get_Little_Endian<uint32_t>(&bytes[3])};
     if (const char* fault = Header_Fault(header))
         return Error(fault);
-    // Nothing is allocated for counts that the section can't hold.
-    const int64_t size = int64_t{header.bucket_entries} * bucket_size_in_file +
-                         int64_t{header.variable_count} * slot_size_in_file;
-    if (size > file->Section_Remaining())
+    if (!file->Section_Holds(int64_t{header.bucket_entries} * bucket_size_in_file +
+                             int64_t{header.variable_count} * slot_size_in_file))
         return Error(file->error());
 
     const int count = static_cast<int>(header.variable_count);
@@ -96,10 +83,10 @@ bool VariableHash::Read(TaggedFile* file) {
     if (!Read_Bytes(file, bytes))
         return Error(file->error());
     for (size_t at = 0; at < bytes.size(); at += bucket_size_in_file) {
-        const int index = static_cast<int16_t>(Get(&bytes[at], 2));
+        const int index = Get_Little_Endian<int16_t>(&bytes[at]);
         if (index < 0 || index >= read.bucket_size)
             return Error("variable_hash_bucket.index out of range");
-        const int head = static_cast<int>(Get(&bytes[at + 2], 4));
+        const int head = Get_Little_Endian<int>(&bytes[at + 2]);
         read.buckets[index] = read.Is_Slot(head) ? head + 1 : 0;
     }
     bytes.resize(static_cast<size_t>(count) * slot_size_in_file);
@@ -107,8 +94,8 @@ bool VariableHash::Read(TaggedFile* file) {
         return Error(file->error());
     for (int slot = 0; slot < count; slot++) {
         const char* record = &bytes[static_cast<size_t>(slot) * slot_size_in_file];
-        read.entries[slot].id = static_cast<int>(Get(record, 4));
-        const int link = static_cast<int>(Get(record + 4, 4));
+        read.entries[slot].id = Get_Little_Endian<int>(record);
+        const int link = Get_Little_Endian<int>(record + 4);
         read.next[slot] = read.Is_Slot(link) ? link : -1;
     }
     read.bucket_entries = header.bucket_entries;
@@ -124,20 +111,20 @@ bool VariableHash::Write(TaggedFile* file) {
             continue;
         if (bucket > INT16_MAX)
             return Error("variable_hash_bucket.index out of range");
-        Put(used_buckets, static_cast<uint32_t>(bucket), 2);
-        Put(used_buckets, static_cast<uint32_t>(buckets[bucket] - 1), 4);
+        Append_Little_Endian(used_buckets, static_cast<int16_t>(bucket));
+        Append_Little_Endian(used_buckets, buckets[bucket] - 1);
         used++;
     }
     if (used > INT16_MAX)
         return Error("variable_hash_header.bucket_entries out of range");
     std::vector<char> header;
-    Put(header, static_cast<uint32_t>(used), 2);
-    Put(header, static_cast<uint32_t>(bucket_bits), 1);
-    Put(header, static_cast<uint32_t>(variable_count), 4);
+    Append_Little_Endian(header, static_cast<int16_t>(used));
+    Append_Little_Endian(header, static_cast<uint8_t>(bucket_bits));
+    Append_Little_Endian(header, variable_count);
     std::vector<char> slots;
     for (int slot = 0; slot < variable_count; slot++) {
-        Put(slots, static_cast<uint32_t>(entries[slot].id), 4);
-        Put(slots, static_cast<uint32_t>(next[slot]), 4);
+        Append_Little_Endian(slots, entries[slot].id);
+        Append_Little_Endian(slots, next[slot]);
     }
     if (!Write_Bytes(file, header) || !Write_Bytes(file, used_buckets) || !Write_Bytes(file, slots))
         return Error(file->error());
