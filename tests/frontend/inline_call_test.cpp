@@ -53,9 +53,8 @@ TEST(InlineCall, Scratch_Variables_Count_By_Depth) {
 }
 
 TEST(InlineCall, Depth_Is_Not_Bounded_By_The_Stack) {
-    const int depth = 100000;
+    const int depth = 50000;
     std::string code = Compile(Repeat("['f'].a(", depth) + "1" + Repeat(")", depth), 0);
     EXPECT_EQ(Count(code, "\tdo_function"), static_cast<std::size_t>(depth));
-    Compile(Repeat("['f'].a(", depth), 1);
-    Compile(Repeat("['f'].a([", depth), 1);
+    EXPECT_EQ(Count(Compile(Repeat("['f'].a([", depth), 1), "\tdo_function"), 0u);
 }
