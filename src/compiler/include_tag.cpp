@@ -16,6 +16,8 @@ ParserStatus CompilerParser::Open_Include(int) {
 }
 
 ParserStatus CompilerParser::Generate_Include(int) {
+    if (!application)
+        return PARSER_ERROR; // a tag behind a broken filter, which has failed already
     int length = 0;
     const char* text = attribute_values->Element(0)->Get_Simple_Text(&length);
     String name(text, length);

@@ -162,7 +162,10 @@ bool Tokenizer::Open(String path) {
     return Map_File();
 }
 
+// A text that was given stays where it is.
 bool Tokenizer::File_Activate() {
+    if (!file)
+        return true;
     if (!file->Activate(lasterror)) {
         Use_No_Text();
         return false;
@@ -171,6 +174,8 @@ bool Tokenizer::File_Activate() {
 }
 
 void Tokenizer::File_Deactivate() {
+    if (!file)
+        return;
     file->Release();
     buffer = nullptr;
     file->Deactivate();
