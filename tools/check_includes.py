@@ -55,6 +55,7 @@ REACHING_UP = {
     "frontend/filter_value.cpp",
     "value/cloned_variable_hash.cpp",
     "value/user_variable_hash.cpp",
+    "value/variable_hash.cpp",
     "value/variable_hash_image.cpp",
 }
 
