@@ -1,0 +1,282 @@
+#include "image/dictionary.h"
+#include "value/cloned_variable_hash.h"
+#include "value/immutable_variable.h"
+#include "value/system_variable_hash.h"
+#include "value/user_variable_hash.h"
+#include "value/variable_list.h"
+#include "value_fixture.h"
+
+#include <map>
+#include <optional>
+#include <random>
+#include <utility>
+#include <vector>
+
+class VariableHashTest : public ValueTest {
+  protected:
+    // Of a name: its variable's text, "-" without a variable, "none" without a slot.
+    static std::string Look(VariableHash& table, const char* name, int create = 0) {
+        Variable* variable = nullptr;
+        if (!table.Find(&variable, name, -1, create))
+            return "none";
+        return variable ? Text(*variable) : "-";
+    }
+    static Variable* Named(const char* name, const char* value) { return new Variable(name, -1, value, -1); }
+
+    UserVariableHash table;
+};
+
+TEST_F(VariableHashTest, Names_Ignore_Case_And_Keep_Their_Slots) {
+    Dictionary dictionary;
+    VariableHash crowded(&dictionary, 1, 0, 0); // two chains
+    for (int i = 0; i < 600; i++)
+        EXPECT_EQ(crowded.Insert(("Name_" + std::to_string(i * 7 % 600)).c_str(), -1), i);
+    EXPECT_EQ(crowded.Entries(), 600);
+    EXPECT_EQ(crowded.Size(), 1024);
+    for (int i = 0; i < 600; i++)
+        EXPECT_EQ(crowded.Seek(-1, ("nAME_" + std::to_string(i * 7 % 600)).c_str(), -1, nullptr), i);
+    EXPECT_EQ(crowded.Seek(-1, "Name_600", -1, nullptr), -1);
+    EXPECT_EQ(crowded.Seek(-1, "Name_", -1, nullptr), -1);
+    EXPECT_EQ(crowded.Insert("name_7", -1), 600); // not refused, and not found
+    EXPECT_EQ(crowded.Seek(-1, "name_7", -1, nullptr), 1);
+    _VH_Entry* entry = nullptr;
+    EXPECT_EQ(crowded.Seek(3, nullptr, -1, &entry), 3); // by the id of its name
+    EXPECT_EQ(entry->id, 3);
+    EXPECT_EQ(crowded.Insert(7777), 601);
+    EXPECT_EQ(crowded.Seek(7777, nullptr, -1, nullptr), -1);
+    EXPECT_TRUE(crowded.Index(601, 1)->IsNULL());
+}
+
+TEST_F(VariableHashTest, Variables_Are_Made_On_Demand) {
+    const int slot = table.Insert("Total", -1);
+    EXPECT_EQ(Look(table, "total"), "-");
+    EXPECT_EQ(Look(table, "totals"), "none");
+    EXPECT_FALSE(table.ClearVariable("total", -1));
+    EXPECT_EQ(table.Index(slot, 0), nullptr);
+    EXPECT_EQ(table.Index(slot, 1)->name().view(), "Total");
+    table.SetVariable("TOTAL", -1, "5", 1);
+    EXPECT_EQ(Text(*table.Index(slot, 0)), "5");
+    table.SetVariable("new", -1, "6", 1);
+    EXPECT_EQ(Text(*table.Index(1, 0)), "6");
+    EXPECT_TRUE(table.ClearVariable("new", -1));
+    EXPECT_TRUE(table.Index(1, 0)->IsNULL());
+    EXPECT_EQ(table.Index(2, 1), nullptr);
+    EXPECT_EQ(table.Index(-1, 1), nullptr);
+    VariableList list;
+    table.AllocatedVars(&list);
+    EXPECT_EQ(list.Entries(), 2);
+    table.Dump();
+    EXPECT_EQ(Look(table, "total"), "-");
+    EXPECT_EQ(Text(*list.First()), "5");
+}
+
+TEST_F(VariableHashTest, Table_Takes_Over_One_Count) {
+    VariableHold variable(Named("v", "1"));
+    for (int i = 0; i < 3; i++)
+        table.SetVariable(Hold(variable.get()).release());
+    EXPECT_EQ(variable->refcount(), 2);
+    VariableHold target = New("t");
+    table.SetVariable_Reference(0, target.get());
+    EXPECT_EQ(variable->refcount(), 1);
+    EXPECT_EQ(table.Index(0, 0)->RealIdentity(), target.get());
+    EXPECT_EQ(table.Index(0, 0)->name().view(), "v");
+    Variable* reference = table.Index(0, 0);
+    table.SetVariable_Reference(0, reference);
+    EXPECT_EQ(table.Index(0, 0), reference);
+    table.SetVariable_Reference(1, target.get());
+    EXPECT_EQ(target->refcount(), 2);
+}
+
+TEST_F(VariableHashTest, Compound_Names_Lead_To_Elements) {
+    table.SetVariable("s", 1, "scalar", -1);
+    const struct {
+        const char* name;
+        int create;
+        const char* result; // "null", or "bad" for a malformed index
+    } cases[] = {
+        {"s", 0, "scalar"},       {"none", 0, "null"},
+        {"none:a[", 0, "null"},   {"s:a", 0, "null"},
+        {"a[1]:b", 1, ""},        {"A[ 1 ]:B", 0, ""},
+        {"a[1]:c", 0, "null"},    {"a[]", 0, "null"},
+        {"a[]", 1, ""},           {"a[0]", 0, ""},
+        {"a[x]", 1, "bad"},       {"a[1", 1, "bad"},
+        {"a[-1]", 1, "bad"},      {"a[2147483648]", 1, "bad"},
+        {"a[1]b", 0, "bad"},      {"a[1]]", 0, "bad"},
+        {"a[\t2\n]", 0, "null"},  {"a[99999999999999999999]", 1, "bad"},
+        {"a[2147483647]", 1, ""}, {":m", 1, ""},
+        {"a[1]::", 1, ""},        {"a[1:b]", 1, "bad"},
+    };
+    for (const auto& c : cases) {
+        Variable* found = nullptr;
+        const bool good = table.LookupVariable_Fancy(&found, c.name, -1, c.create);
+        EXPECT_EQ(!good ? "bad" : found ? Text(*found) : "null", std::string(c.result)) << c.name;
+        EXPECT_TRUE(good || !found) << c.name;
+    }
+    EXPECT_EQ(table.error().view(), "Array index must be positive integer");
+    EXPECT_EQ(Look(table, "a:"), "none");
+    std::string deep = "deep";
+    for (int i = 0; i < 50000; i++)
+        deep += i % 2 ? "[1]" : ":m";
+    table.SetVariable_Fancy(deep.data(), static_cast<int>(deep.size()), "leaf", -1, 0);
+    EXPECT_EQ(Look(table, "deep"), "leaf");
+}
+
+TEST_F(VariableHashTest, Values_Are_Set_And_Appended_By_Compound_Names) {
+    const struct {
+        const char* name;
+        const char* value;
+        int append;
+        const char* result; // of x
+    } steps[] = {
+        {"x", "5", 1, "5"},        {"x", "6", 1, "5,6"}, {"x", "7", 1, "5,6,7"}, {"x[2]", "8", 1, "5,6,8,7"},
+        {"x[", "9", 0, "5,6,8,7"}, {"x", "1", 0, "1"},   {"x:m", "2", 0, "2"},   {"x", "3", 1, "3"},
+    };
+    for (const auto& step : steps) {
+        EXPECT_EQ(table.SetVariable_Fancy(step.name, -1, step.value, -1, step.append), 0);
+        EXPECT_EQ(Look(table, "x"), step.result) << step.name << step.value;
+    }
+}
+
+TEST_F(VariableHashTest, Copies_Share_Names_Not_Variables) {
+    table.SetVariable("a", 1, "1", 1);
+    VariableHash empty(table);
+    EXPECT_EQ(Look(empty, "A"), "-");
+    Dictionary dictionary(*table.dictionary());
+    VariableHash clone(nullptr, &dictionary, table, true);
+    clone.SetVariable("a", 1, "2", 1);
+    EXPECT_EQ(Look(table, "a"), "1");
+    ClonedVariableHash plain(nullptr, &dictionary, table, true);
+    EXPECT_EQ(Look(plain, "a"), "1");
+    plain.SetVariable("b", 1, "3", 1);
+    EXPECT_EQ(plain.RealIdentity(), &plain);
+    EXPECT_EQ(plain.Entries(), 2);
+    EXPECT_EQ(Look(table, "b"), "none");
+}
+
+class SystemVariableHashTest : public VariableHashTest {
+  protected:
+    Dictionary dictionary;
+    SystemVariableHash system{&dictionary, 4, 0};
+};
+
+TEST_F(SystemVariableHashTest, Pop_Takes_Back_What_Was_Stored) {
+    system.SetVariable(Named("a", "1"));
+    system.Push();
+    system.Insert(Named("A", "2"));
+    system.SetVariable(Named("new", "3"));
+    system.SetVariable_Fancy("fancy[2]", -1, "4", 1, 1);
+    EXPECT_EQ(system.Entries(), 3);
+    system.Push();
+    EXPECT_EQ(system.Version(), 2);
+    system.Insert("a", 1); // hides it
+    EXPECT_EQ(Look(system, "a"), "-");
+    EXPECT_EQ(Look(system, "a", 1), "");
+    VariableHold target = New("t");
+    system.SetVariable_Reference(1, target.get());
+    EXPECT_EQ(Look(system, "new"), "t");
+    EXPECT_EQ(system.Pop(), 1);
+    EXPECT_EQ(Look(system, "new"), "3");
+    EXPECT_EQ(system.Pop(), 1);
+    EXPECT_EQ(Look(system, "a"), "1");
+    EXPECT_EQ(Look(system, "new"), "-");
+    EXPECT_EQ(system.Pop(), 0);
+    system.Push(); // left open, with something saved
+    system.SetVariable(Named("a", "5"));
+}
+
+TEST_F(SystemVariableHashTest, Last_Change_Of_A_Scope_Decides_What_Comes_Back) {
+    system.SetVariable(Named("a", "1"));
+    system.Push();
+    for (const char* value : {"2", "3", "4"})
+        system.SetVariable(Named("a", value));
+    system.Pop();
+    EXPECT_EQ(Look(system, "a"), "3");
+}
+
+TEST_F(SystemVariableHashTest, Clone_Has_Scopes_Of_Its_Own) {
+    system.SetVariable(Named("a", "1"));
+    ClonedVariableHash clone(nullptr, &dictionary, system, true);
+    clone.Push();
+    clone.SetVariable(Named("a", "2"));
+    EXPECT_EQ(clone.Version(), 1);
+    EXPECT_EQ(system.Version(), 0);
+    EXPECT_EQ(Look(system, "a"), "1");
+    EXPECT_EQ(Text(*clone.Index(0, 0)), "2");
+    clone.Pop();
+    EXPECT_EQ(Look(clone, "a"), "1");
+    ClonedVariableHash second(nullptr, &dictionary, clone, false);
+    EXPECT_EQ(Look(second, "a"), "-");
+    second.SetVariable("other", -1, "x", 1);
+    EXPECT_EQ(Look(clone, "other"), "none");
+    Variable* found = nullptr;
+    EXPECT_FALSE(clone.LookupVariable_Fancy(&found, "a[", -1, 0));
+    EXPECT_EQ(clone.error().view(), "Array index must be positive integer");
+}
+
+TEST_F(SystemVariableHashTest, Random_Operations_Agree_With_A_Model) {
+    using Content = std::optional<std::string>;
+    std::mt19937 random{7};
+    std::map<std::string, int> slots;
+    std::vector<Content> contents;
+    std::vector<std::vector<std::pair<int, Content>>> scopes;
+    auto store = [&](const std::string& name, const Content& content) {
+        const auto [place, is_new] = slots.try_emplace(name, static_cast<int>(contents.size()));
+        if (is_new)
+            contents.emplace_back();
+        if (!scopes.empty())
+            scopes.back().emplace_back(place->second, contents[place->second]);
+        contents[place->second] = content;
+    };
+    for (int step = 0; step < 20000; step++) {
+        const std::string name = "name" + std::to_string(random() % 40);
+        const std::string value = std::to_string(step);
+        const auto place = slots.find(name);
+        switch (random() % 8) {
+        case 0:
+            system.SetVariable(Named(name.c_str(), value.c_str()));
+            store(name, value);
+            break;
+        case 1:
+            if (!scopes.empty() || place == slots.end()) {
+                system.Insert(name.c_str(), -1);
+                store(name, std::nullopt);
+            }
+            break;
+        case 2:
+            system.SetVariable(name.c_str(), -1, value.c_str(), -1);
+            if (place == slots.end() || !contents[place->second])
+                store(name, value);
+            else
+                contents[place->second] = value; // in place, which no scope takes back
+            break;
+        case 3:
+            Look(system, name.c_str(), 1);
+            if (place != slots.end() && !contents[place->second])
+                store(name, "");
+            break;
+        case 4:
+            if (place == slots.end())
+                break;
+            system.SetVariable_Reference(place->second, New(value.c_str()).get());
+            store(name, value);
+            break;
+        case 5:
+            if (scopes.size() < 5) {
+                system.Push();
+                scopes.emplace_back();
+            }
+            break;
+        default:
+            EXPECT_EQ(system.Pop(), scopes.empty() ? 0 : 1);
+            if (!scopes.empty()) {
+                for (const auto& [slot, content] : scopes.back())
+                    contents[slot] = content;
+                scopes.pop_back();
+            }
+        }
+        const auto now = slots.find(name);
+        ASSERT_EQ(Look(system, name.c_str()),
+                  now == slots.end() ? "none" : contents[now->second].value_or("-"));
+        ASSERT_EQ(system.Entries(), static_cast<int>(contents.size()));
+    }
+}
