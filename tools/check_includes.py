@@ -39,6 +39,7 @@ HEADERS = {
     "compiler/loop_code.h": 4,
     "backend/opcode_queue.h": 2,
     "backend/file_compiler_parser.h": 5,
+    "backend/silent_compiler_parser.h": 5,
     "backend/doxygen_compiler_parser.h": 5,
     "backend/coverage_compiler_parser.h": 5,
 }

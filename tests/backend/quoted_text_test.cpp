@@ -47,12 +47,11 @@ TEST(Quoted_Text, Backslashes_Depend_On_The_State) {
 TEST(Quoted_Text, Escapes_Are_Found_At_Every_Place_Of_A_Long_Text) {
     for (const int length : {15, 16, 17, 40, 1023, 1024, 1025, 1030, 3000})
         for (int place = 0; place + 2 <= length; ++place) {
-            const std::string before(place, 'x');
-            const std::string behind(length - place - 2, 'y');
-            ASSERT_EQ(Quoted(before + "\\\\" + behind, EXPRESSION_STATE_ESCAPED), before + "\\5c" + behind)
-                << place << " of " << length;
-            ASSERT_EQ(Quoted(before + "\"\"" + behind, EXPRESSION_STATE_TEXT), before + "\\22\\22" + behind)
-                << place << " of " << length;
+            const auto filled = [=](const char* middle) {
+                return std::string(place, 'x').append(middle).append(length - place - 2, 'y');
+            };
+            ASSERT_EQ(Quoted(filled(R"(\\)"), EXPRESSION_STATE_ESCAPED), filled(R"(\5c)")) << place;
+            ASSERT_EQ(Quoted(filled("\"\""), EXPRESSION_STATE_TEXT), filled(R"(\22\22)")) << place;
         }
 }
 
