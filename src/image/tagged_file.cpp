@@ -170,7 +170,7 @@ void TaggedFile::Section_Read_End() {
 }
 
 int64_t TaggedFile::Section_Remaining() {
-    return Bytes_From(position);
+    return std::max<int64_t>(Extent() - position, 0);
 }
 
 bool TaggedFile::Section_Holds(int64_t size) {
@@ -178,7 +178,7 @@ bool TaggedFile::Section_Holds(int64_t size) {
 }
 
 bool TaggedFile::Section_Holds(int64_t offset, int64_t size) {
-    return size <= Bytes_From(offset) || Error(end_of_file);
+    return offset + size <= Extent() || Error(end_of_file);
 }
 
 bool TaggedFile::Adopt(const char* path) {
@@ -255,13 +255,12 @@ bool TaggedFile::Find_Section(int tag) {
     return current >= 0 || Error("Invalid section");
 }
 
-// What of the current section, from an offset on, the file has.
-int64_t TaggedFile::Bytes_From(int64_t offset) {
-    if (current < 0 || !file)
+// How much of the current section the file has.
+int64_t TaggedFile::Extent() {
+    if (current < 0)
         return 0;
     const Directory_Entry& section = directory[current];
-    const int64_t held = std::min<int64_t>(section.size, file->Length() - section.offset);
-    return std::max<int64_t>(held - offset, 0);
+    return std::clamp<int64_t>(file->Length() - section.offset, 0, section.size);
 }
 
 // The offset lies within the section. A length that can't be one shows unsigned, below 0 as well.

@@ -89,7 +89,7 @@ class TaggedFile {
     bool Directory_Read(uint32_t entries);
     bool Directory_Write();
     bool Find_Section(int tag);
-    int64_t Bytes_From(int64_t offset);
+    int64_t Extent();
     int Read_Current(int64_t offset, char* data, int length);
     long Read_At(long at, char* data, long length);
     bool Write_At(long at, const char* data, long length);

@@ -24,17 +24,10 @@ T* Resize(T* array, int count) {
     return static_cast<T*>(resized);
 }
 
-int* New_Buckets(int count) {
-    void* buckets = std::calloc(static_cast<size_t>(count), sizeof(int));
-    if (!buckets)
-        throw std::bad_alloc();
-    return static_cast<int*>(buckets);
-}
-
 } // namespace
 
 VariableHash::VariableHash(Dictionary* dictionary, int bucket_bits, int capacity, int variable_count)
-    : buckets(New_Buckets(1 << (bucket_bits & 31))), bucket_bits(bucket_bits),
+    : buckets(bucket_bits, std::max({capacity, variable_count, 0})), bucket_bits(bucket_bits),
       bucket_size(1 << (bucket_bits & 31)), bucket_entries(0), capacity(0), variable_count(variable_count),
       dictionary_(dictionary) {
     Reserve(std::max({capacity, variable_count, 0}));
@@ -230,7 +223,7 @@ void VariableHash::Replace(int slot, Variable* variable) {
 VariableHash::Place VariableHash::Find_Place(const char* name, int name_length, bool behind_equals) const {
     const auto length = static_cast<uint32_t>(name_length);
     const int bucket = static_cast<int>(hashi(name, length, 0) & static_cast<uint32_t>(bucket_size - 1));
-    Place place{bucket, -1, buckets[bucket] - 1, false};
+    Place place{bucket, -1, buckets.Head(bucket), false};
     for (int steps = 0; Is_Slot(place.slot) && steps < variable_count; steps++) {
         const int order = Compare_Name(name, name_length, place.slot);
         place.equal = order == 0;
@@ -259,8 +252,8 @@ void VariableHash::Link(const char* name, int name_length, int slot) {
     if (place.previous >= 0)
         next[place.previous] = slot;
     else {
-        bucket_entries += buckets[place.bucket] == 0;
-        buckets[place.bucket] = slot + 1;
+        bucket_entries += buckets.Head(place.bucket) < 0;
+        buckets.Set_Head(place.bucket, slot);
     }
 }
 
@@ -274,12 +267,9 @@ void VariableHash::Reserve(int slots) {
     capacity = slots;
 }
 
-// Buckets are only read where they are empty, so that a large array stays as cheap as it was.
 void VariableHash::Copy_Structure(const VariableHash& source) {
     bucket_entries = source.bucket_entries;
-    for (int bucket = 0; bucket < bucket_size; bucket++)
-        if (source.buckets[bucket])
-            buckets[bucket] = source.buckets[bucket];
+    buckets = source.buckets;
     std::copy_n(source.next.get(), variable_count, next.get());
     for (int slot = 0; slot < variable_count; slot++)
         entries[slot] = {source.entries[slot].id, -1, nullptr};

@@ -2,6 +2,7 @@
 #define VALUE_VARIABLE_HASH_H
 
 #include "core/string.h"
+#include "value/chain_heads.h"
 #include "value/variable_scope.h"
 
 #include <cstdlib>
@@ -122,7 +123,7 @@ class VariableHash {
     [[nodiscard]] Variable* New_Reference(int slot, Variable* target) const;
 
     // The order of the members is part of the binary interface.
-    Array<int> buckets; // one more than the head slot of each chain, 0 for none
+    ChainHeads buckets; // the head slot of each chain
     int bucket_bits;
     int bucket_size;    // 1 << bucket_bits
     int bucket_entries; // buckets in use

@@ -32,7 +32,7 @@ bool Read_Bytes(TaggedFile* file, std::vector<char>& bytes) {
     return file->Section_Read(bytes.data(), size) == size;
 }
 
-bool Write_Bytes(TaggedFile* file, const std::vector<char>& bytes) {
+bool Write_Bytes(TaggedFile* file, std::vector<char>& bytes) {
     const int size = static_cast<int>(bytes.size());
     return file->Section_Write(bytes.data(), size) == size;
 }
@@ -73,29 +73,32 @@ bool VariableHash::Read(TaggedFile* file) {
                         Get_Little_Endian<uint32_t>(&bytes[3])};
     if (const char* fault = Header_Fault(header))
         return Error(fault);
-    if (!file->Section_Holds(int64_t{header.bucket_entries} * bucket_size_in_file +
-                             int64_t{header.variable_count} * slot_size_in_file))
+    std::vector<char> chains(static_cast<size_t>(header.bucket_entries) * bucket_size_in_file);
+    if (!Read_Bytes(file, chains))
+        return Error(file->error());
+    const int64_t read_bucket_size = int64_t{1} << (header.bucket_bits & 31);
+    for (size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
+        const auto index = Get_Little_Endian<int16_t>(&chains[at]);
+        if (index < 0 || index >= read_bucket_size)
+            return Error("variable_hash_bucket.index out of range");
+    }
+    // Nothing is allocated for slots that the section can't hold.
+    if (!file->Section_Holds(int64_t{header.variable_count} * slot_size_in_file))
+        return Error(file->error());
+    std::vector<char> slots(static_cast<size_t>(header.variable_count) * slot_size_in_file);
+    if (!Read_Bytes(file, slots))
         return Error(file->error());
 
     const int count = static_cast<int>(header.variable_count);
     VariableHash read(dictionary_, header.bucket_bits, count, count);
-    bytes.resize(static_cast<size_t>(header.bucket_entries) * bucket_size_in_file);
-    if (!Read_Bytes(file, bytes))
-        return Error(file->error());
-    for (size_t at = 0; at < bytes.size(); at += bucket_size_in_file) {
-        const int index = Get_Little_Endian<int16_t>(&bytes[at]);
-        if (index < 0 || index >= read.bucket_size)
-            return Error("variable_hash_bucket.index out of range");
-        const int head = Get_Little_Endian<int>(&bytes[at + 2]);
-        read.buckets[index] = read.Is_Slot(head) ? head + 1 : 0;
+    for (size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
+        const auto head = Get_Little_Endian<int32_t>(&chains[at + 2]);
+        read.buckets.Set_Head(Get_Little_Endian<uint16_t>(&chains[at]), read.Is_Slot(head) ? head : -1);
     }
-    bytes.resize(static_cast<size_t>(count) * slot_size_in_file);
-    if (!Read_Bytes(file, bytes))
-        return Error(file->error());
     for (int slot = 0; slot < count; slot++) {
-        const char* record = &bytes[static_cast<size_t>(slot) * slot_size_in_file];
-        read.entries[slot].id = Get_Little_Endian<int>(record);
-        const int link = Get_Little_Endian<int>(record + 4);
+        const char* record = &slots[static_cast<size_t>(slot) * slot_size_in_file];
+        read.entries[slot].id = Get_Little_Endian<int32_t>(record);
+        const auto link = Get_Little_Endian<int32_t>(record + 4);
         read.next[slot] = read.Is_Slot(link) ? link : -1;
     }
     read.bucket_entries = header.bucket_entries;
@@ -106,15 +109,15 @@ bool VariableHash::Read(TaggedFile* file) {
 bool VariableHash::Write(TaggedFile* file) {
     std::vector<char> used_buckets;
     int used = 0;
-    for (int bucket = 0; bucket < bucket_size; bucket++) {
-        if (!buckets[bucket])
-            continue;
-        if (bucket > INT16_MAX)
-            return Error("variable_hash_bucket.index out of range");
+    int last_used = 0;
+    buckets.For_Each([&](int bucket, int head) {
         Append_Little_Endian(used_buckets, static_cast<int16_t>(bucket));
-        Append_Little_Endian(used_buckets, buckets[bucket] - 1);
+        Append_Little_Endian(used_buckets, head);
         used++;
-    }
+        last_used = bucket;
+    });
+    if (last_used > INT16_MAX)
+        return Error("variable_hash_bucket.index out of range");
     if (used > INT16_MAX)
         return Error("variable_hash_header.bucket_entries out of range");
     std::vector<char> header;

@@ -1,0 +1,201 @@
+// The section, little-endian:
+//   header     bucket_entries (2 bytes, signed), bucket_bits (1), function_count (4)
+//   buckets    for each bucket in use, ascending: index (2, signed), first function (4)
+//   links      for each function the next one in its chain, or -1 (4)
+//   functions  each: name index, parameter_count, flags, body_a, body_b (4 each);
+//              its parameters, each: name index, flags, ident (4 each);
+//              its locals, in the form of VariableHash
+
+#include "image/dictionary.h"
+#include "image/function_table.h"
+#include "image/little_endian.h"
+#include "image/tagged_file.h"
+
+#include <utility>
+
+namespace {
+
+constexpr int section_tag = Section_Tag("func");
+constexpr int header_size = 7;
+constexpr int bucket_record_size = 6;
+constexpr int link_size = 4;
+constexpr int function_header_size = 20;
+constexpr int parameter_size = 12;
+
+constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
+constexpr uint32_t most_buckets = 0x1fffffff;
+constexpr uint32_t most_functions = 0xfffffff;
+constexpr uint32_t most_parameters = 0xaaaaaaa;
+
+struct Header {
+    int bucket_entries;
+    int bucket_bits;
+    uint32_t function_count;
+
+    [[nodiscard]] uint32_t Buckets() const { return uint32_t{1} << (bucket_bits & 31); }
+};
+
+// What is wrong with a header, null for nothing.
+const char* Header_Fault(const Header& header) {
+    if (header.bucket_bits > most_bucket_bits)
+        return "function_list_header.bucket_bits out of range";
+    if (header.Buckets() > most_buckets)
+        return "read_bucket_size out of range";
+    if (header.function_count > most_functions)
+        return "function_list_header.function_count out of range";
+    if (header.bucket_entries < 0)
+        return "function_list_header.bucket_entries out of range";
+    return nullptr;
+}
+
+// Reads as many bytes as there is room for.
+bool Fill(TaggedFile* file, std::vector<char>& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    return file->Section_Read(bytes.data(), size) == size;
+}
+
+// Makes room for count records and reads them, if the section has that many.
+bool Read_Records(TaggedFile* file, std::vector<char>& bytes, uint32_t count, int record_size) {
+    const int64_t size = int64_t{count} * record_size;
+    if (!file->Section_Holds(size))
+        return false;
+    bytes.resize(static_cast<size_t>(size));
+    return Fill(file, bytes);
+}
+
+bool Put(TaggedFile* file, const std::vector<char>& bytes) {
+    const int size = static_cast<int>(bytes.size());
+    return file->Section_Write(bytes.data(), size) == size;
+}
+
+// A function's header and parameters.
+std::vector<char> Record_Of(Function& function) {
+    std::vector<char> record;
+    for (const int field : {function.name.index(), function.parameters.Entries(), function.flags,
+                            function.body_a, function.body_b})
+        Append_Little_Endian(record, field);
+    for (const FunctionParameter* parameter = function.parameters.First(); parameter;
+         parameter = function.parameters.Next())
+        for (const int field : {parameter->name.index(), parameter->flags, parameter->ident})
+            Append_Little_Endian(record, field);
+    return record;
+}
+
+} // namespace
+
+bool FunctionManager::Read(TaggedFile* file) {
+    const bool read = Read_Section(file);
+    file->Section_Read_End();
+    return read;
+}
+
+bool FunctionManager::Write(TaggedFile* file) {
+    std::vector<char> chains;
+    int used = 0;
+    int last_used = 0;
+    buckets.For_Each([&](int bucket, int head) {
+        Append_Little_Endian(chains, static_cast<int16_t>(bucket));
+        Append_Little_Endian(chains, head);
+        used++;
+        last_used = bucket;
+    });
+    if (last_used > INT16_MAX)
+        return Error("function_hash_bucket.index out of range");
+    if (used > INT16_MAX)
+        return Error("function_list_header.bucket_entries out of range");
+    std::vector<char> header;
+    Append_Little_Endian(header, static_cast<int16_t>(used));
+    Append_Little_Endian(header, static_cast<uint8_t>(bucket_bits));
+    Append_Little_Endian(header, Entries());
+    for (const int link : next)
+        Append_Little_Endian(chains, link);
+
+    file->Section_Start(section_tag);
+    if (!Put(file, header) || !Put(file, chains))
+        return Error(file->error());
+    for (const auto& function : functions) {
+        if (!Put(file, Record_Of(*function)))
+            return Error(file->error());
+        if (!function->locals.Write(file))
+            return Error(function->locals.error());
+    }
+    return true;
+}
+
+bool FunctionManager::Read_Section(TaggedFile* file) {
+    std::vector<char> bytes(header_size);
+    if (!file->Section_Read_Start(section_tag, nullptr) || !Fill(file, bytes))
+        return Error(file->error());
+    const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
+                        Get_Little_Endian<uint32_t>(&bytes[3])};
+    if (const char* fault = Header_Fault(header))
+        return Error(fault);
+
+    // A head or link that leads nowhere is the end of its chain.
+    const auto reference = [&](const char* record) {
+        const auto function = Get_Little_Endian<uint32_t>(record);
+        return function < header.function_count ? static_cast<int>(function) : -1;
+    };
+    ChainHeads read_buckets(header.bucket_bits, 0);
+    if (!Read_Records(file, bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
+        return Error(file->error());
+    for (size_t at = 0; at < bytes.size(); at += bucket_record_size) {
+        const auto index = Get_Little_Endian<int16_t>(&bytes[at]);
+        if (index < 0 || static_cast<uint32_t>(index) >= header.Buckets())
+            return Error("function_hash_bucket.index out of range");
+        read_buckets.Set_Head(index, reference(&bytes[at + 2]));
+    }
+    std::vector<int> read_next;
+    if (!Read_Records(file, bytes, header.function_count, link_size))
+        return Error(file->error());
+    for (size_t at = 0; at < bytes.size(); at += link_size)
+        read_next.push_back(reference(&bytes[at]));
+
+    std::vector<std::unique_ptr<Function>> read_functions;
+    while (read_functions.size() < header.function_count) {
+        auto function = std::make_unique<Function>(dictionary, 0);
+        if (!Read_Function(file, *function))
+            return false;
+        function->index = static_cast<int>(read_functions.size());
+        read_functions.push_back(std::move(function));
+    }
+    buckets = std::move(read_buckets);
+    bucket_bits = header.bucket_bits;
+    next.swap(read_next);
+    functions.swap(read_functions);
+    return true;
+}
+
+bool FunctionManager::Read_Function(TaggedFile* file, Function& function) {
+    char header[function_header_size];
+    if (file->Section_Read(header, function_header_size) != function_header_size)
+        return Error(file->error());
+    int name_length = 0;
+    function.name = DictionaryName(dictionary, Get_Little_Endian<int32_t>(header));
+    if (!dictionary->Entry(function.name.index(), &name_length))
+        return Error("Invalid function header name index");
+    const auto parameter_count = Get_Little_Endian<uint32_t>(header + 4);
+    if (parameter_count > most_parameters)
+        return Error("function_header.parameter_count out of range");
+    function.flags = Get_Little_Endian<int32_t>(header + 8);
+    function.body_a = Get_Little_Endian<int32_t>(header + 12);
+    function.body_b = Get_Little_Endian<int32_t>(header + 16);
+    return Read_Parameters(file, function, parameter_count) &&
+           (function.locals.Read(file) || Error(function.locals.error()));
+}
+
+bool FunctionManager::Read_Parameters(TaggedFile* file, Function& function, uint32_t count) {
+    std::vector<char> bytes;
+    if (!Read_Records(file, bytes, count, parameter_size))
+        return Error(file->error());
+    for (size_t at = 0; at < bytes.size(); at += parameter_size) {
+        int name_length = 0;
+        const auto name_index = Get_Little_Endian<int32_t>(&bytes[at]);
+        if (!dictionary->Entry(name_index, &name_length))
+            return Error("Invalid function parameter name index");
+        const auto flags = Get_Little_Endian<int32_t>(&bytes[at + 4]);
+        const auto ident = Get_Little_Endian<int32_t>(&bytes[at + 8]);
+        function.parameters.Insert(new FunctionParameter(dictionary, name_index, flags, ident), LIST_LAST);
+    }
+    return true;
+}
