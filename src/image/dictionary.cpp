@@ -107,7 +107,6 @@ bool Dictionary::Read(TaggedFile* file) {
 
 bool Dictionary::Write(TaggedFile* file) {
     std::vector<char> bytes;
-    const auto put = [&](const char* data, int size) { return file->Section_Write(data, size) == size; };
     file->Section_Start(section_tag);
     Append_Little_Endian(bytes, static_cast<uint32_t>(entries.size()));
     Append_Little_Endian(bytes, static_cast<uint32_t>(Set_Bases()));
@@ -116,10 +115,10 @@ bool Dictionary::Write(TaggedFile* file) {
         Append_Little_Endian(bytes, entry.block->base + entry.offset);
         Append_Little_Endian(bytes, entry.size);
     }
-    if (!put(bytes.data(), static_cast<int>(bytes.size())))
+    if (!file->Section_Write_All(bytes))
         return Error(file->error());
     for (const auto& block : blocks)
-        if (!put(block->data.get(), block->used))
+        if (file->Section_Write(block->data.get(), block->used) != block->used)
             return Error(file->error());
     file->Section_End();
     return true;
@@ -164,11 +163,8 @@ bool Dictionary::Read_Section(TaggedFile* file) {
     if (data_size / TF_DATA_BLOCK_SIZE + 1 > most_blocks)
         return Error("( dictionary_header.data_size / TF_DATA_BLOCK_SIZE ) + 1 out of range");
 
-    const int table_size = static_cast<int>(entry_count) * entry_size;
-    if (!file->Section_Holds(table_size))
-        return Error(file->error());
-    std::vector<char> table(static_cast<size_t>(table_size));
-    if (file->Section_Read(table.data(), table_size) != table_size)
+    std::vector<char> table;
+    if (!file->Section_Read_Records(table, entry_count, entry_size))
         return Error(file->error());
     // The entries are judged by the data that is there, before its size is.
     Dictionary read;

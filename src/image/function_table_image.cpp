@@ -48,26 +48,6 @@ const char* Header_Fault(const Header& header) {
     return nullptr;
 }
 
-// Reads as many bytes as there is room for.
-bool Fill(TaggedFile* file, std::vector<char>& bytes) {
-    const int size = static_cast<int>(bytes.size());
-    return file->Section_Read(bytes.data(), size) == size;
-}
-
-// Makes room for count records and reads them, if the section has that many.
-bool Read_Records(TaggedFile* file, std::vector<char>& bytes, uint32_t count, int record_size) {
-    const int64_t size = int64_t{count} * record_size;
-    if (!file->Section_Holds(size))
-        return false;
-    bytes.resize(static_cast<size_t>(size));
-    return Fill(file, bytes);
-}
-
-bool Put(TaggedFile* file, const std::vector<char>& bytes) {
-    const int size = static_cast<int>(bytes.size());
-    return file->Section_Write(bytes.data(), size) == size;
-}
-
 // A function's header and parameters.
 std::vector<char> Record_Of(Function& function) {
     std::vector<char> record;
@@ -111,10 +91,10 @@ bool FunctionManager::Write(TaggedFile* file) {
         Append_Little_Endian(chains, link);
 
     file->Section_Start(section_tag);
-    if (!Put(file, header) || !Put(file, chains))
+    if (!file->Section_Write_All(header) || !file->Section_Write_All(chains))
         return Error(file->error());
     for (const auto& function : functions) {
-        if (!Put(file, Record_Of(*function)))
+        if (!file->Section_Write_All(Record_Of(*function)))
             return Error(file->error());
         if (!function->locals.Write(file))
             return Error(function->locals.error());
@@ -123,8 +103,8 @@ bool FunctionManager::Write(TaggedFile* file) {
 }
 
 bool FunctionManager::Read_Section(TaggedFile* file) {
-    std::vector<char> bytes(header_size);
-    if (!file->Section_Read_Start(section_tag, nullptr) || !Fill(file, bytes))
+    std::vector<char> bytes;
+    if (!file->Section_Read_Start(section_tag, nullptr) || !file->Section_Read_Records(bytes, 1, header_size))
         return Error(file->error());
     const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
                         Get_Little_Endian<uint32_t>(&bytes[3])};
@@ -137,7 +117,7 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
         return function < header.function_count ? static_cast<int>(function) : -1;
     };
     ChainHeads read_buckets(header.bucket_bits, 0);
-    if (!Read_Records(file, bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
+    if (!file->Section_Read_Records(bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
         return Error(file->error());
     for (size_t at = 0; at < bytes.size(); at += bucket_record_size) {
         const auto index = Get_Little_Endian<int16_t>(&bytes[at]);
@@ -146,7 +126,7 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
         read_buckets.Set_Head(index, reference(&bytes[at + 2]));
     }
     std::vector<int> read_next;
-    if (!Read_Records(file, bytes, header.function_count, link_size))
+    if (!file->Section_Read_Records(bytes, header.function_count, link_size))
         return Error(file->error());
     for (size_t at = 0; at < bytes.size(); at += link_size)
         read_next.push_back(reference(&bytes[at]));
@@ -186,7 +166,7 @@ bool FunctionManager::Read_Function(TaggedFile* file, Function& function) {
 
 bool FunctionManager::Read_Parameters(TaggedFile* file, Function& function, uint32_t count) {
     std::vector<char> bytes;
-    if (!Read_Records(file, bytes, count, parameter_size))
+    if (!file->Section_Read_Records(bytes, count, parameter_size))
         return Error(file->error());
     for (size_t at = 0; at < bytes.size(); at += parameter_size) {
         int name_length = 0;

@@ -70,9 +70,8 @@ bool SegmentManager::Write(TaggedFile* file) {
         Append_Little_Endian(headers, size);
         offset += size;
     }
-    const int length = static_cast<int>(headers.size());
     file->Section_Start(section_tag);
-    if (file->Section_Write(headers.data(), length) != length)
+    if (!file->Section_Write_All(headers))
         return Error(file->error());
     for (const auto& segment : segments)
         if (segment && !segment->Write(file))

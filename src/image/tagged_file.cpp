@@ -114,6 +114,11 @@ int TaggedFile::Section_Write(const char* data, int length) {
     return length;
 }
 
+bool TaggedFile::Section_Write_All(const std::vector<char>& bytes) {
+    const int length = static_cast<int>(bytes.size());
+    return Section_Write(bytes.data(), length) == length;
+}
+
 void TaggedFile::Section_End() {
     if (!write_tag)
         return;
@@ -179,6 +184,14 @@ bool TaggedFile::Section_Holds(int64_t size) {
 
 bool TaggedFile::Section_Holds(int64_t offset, int64_t size) {
     return offset + size <= Extent() || Error(end_of_file);
+}
+
+bool TaggedFile::Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size) {
+    const int64_t size = int64_t{count} * record_size;
+    if (!Section_Holds(size))
+        return false;
+    records.resize(static_cast<size_t>(size));
+    return Section_Read(records.data(), static_cast<int>(size)) == size;
 }
 
 bool TaggedFile::Adopt(const char* path) {

@@ -57,6 +57,7 @@ class TaggedFile {
     // which the first is found. Section_Write answers the length.
     void Section_Start(int tag);
     int Section_Write(const char* data, int length);
+    bool Section_Write_All(const std::vector<char>& bytes);
     void Section_End();
     // Ends an open section, and writes directory and header. Writing may go on, over the directory, and is to
     // be flushed again.
@@ -75,6 +76,9 @@ class TaggedFile {
     // count in the file announces asks this first. False leaves the text of a short read.
     bool Section_Holds(int64_t size);
     bool Section_Holds(int64_t offset, int64_t size);
+    // Reads so many records, for which it makes room if the section has them. False, with a text, without
+    // them.
+    bool Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size);
 
   private:
     struct Directory_Entry {

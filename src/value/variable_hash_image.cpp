@@ -27,16 +27,6 @@ struct Header {
     uint32_t variable_count;
 };
 
-bool Read_Bytes(TaggedFile* file, std::vector<char>& bytes) {
-    const int size = static_cast<int>(bytes.size());
-    return file->Section_Read(bytes.data(), size) == size;
-}
-
-bool Write_Bytes(TaggedFile* file, std::vector<char>& bytes) {
-    const int size = static_cast<int>(bytes.size());
-    return file->Section_Write(bytes.data(), size) == size;
-}
-
 // What is wrong with a header, null for nothing.
 const char* Header_Fault(const Header& header) {
     if (header.bucket_bits > most_bucket_bits)
@@ -66,15 +56,16 @@ bool VariableHash::Write(TaggedFile* file, int tag) {
 }
 
 bool VariableHash::Read(TaggedFile* file) {
-    std::vector<char> bytes(header_size);
-    if (!Read_Bytes(file, bytes))
+    std::vector<char> bytes;
+    if (!file->Section_Read_Records(bytes, 1, header_size))
         return Error(file->error());
     const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
                         Get_Little_Endian<uint32_t>(&bytes[3])};
     if (const char* fault = Header_Fault(header))
         return Error(fault);
-    std::vector<char> chains(static_cast<size_t>(header.bucket_entries) * bucket_size_in_file);
-    if (!Read_Bytes(file, chains))
+    std::vector<char> chains;
+    if (!file->Section_Read_Records(chains, static_cast<uint32_t>(header.bucket_entries),
+                                    bucket_size_in_file))
         return Error(file->error());
     const int64_t read_bucket_size = int64_t{1} << (header.bucket_bits & 31);
     for (size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
@@ -82,11 +73,8 @@ bool VariableHash::Read(TaggedFile* file) {
         if (index < 0 || index >= read_bucket_size)
             return Error("variable_hash_bucket.index out of range");
     }
-    // Nothing is allocated for slots that the section can't hold.
-    if (!file->Section_Holds(int64_t{header.variable_count} * slot_size_in_file))
-        return Error(file->error());
-    std::vector<char> slots(static_cast<size_t>(header.variable_count) * slot_size_in_file);
-    if (!Read_Bytes(file, slots))
+    std::vector<char> slots;
+    if (!file->Section_Read_Records(slots, header.variable_count, slot_size_in_file))
         return Error(file->error());
 
     const int count = static_cast<int>(header.variable_count);
@@ -129,7 +117,8 @@ bool VariableHash::Write(TaggedFile* file) {
         Append_Little_Endian(slots, entries[slot].id);
         Append_Little_Endian(slots, next[slot]);
     }
-    if (!Write_Bytes(file, header) || !Write_Bytes(file, used_buckets) || !Write_Bytes(file, slots))
+    if (!file->Section_Write_All(header) || !file->Section_Write_All(used_buckets) ||
+        !file->Section_Write_All(slots))
         return Error(file->error());
     return true;
 }
