@@ -16,11 +16,11 @@ namespace {
 
 constexpr std::string_view piece = "pushc s_12\n";
 
-void Append(String& text) {
+void Append_Piece(String& text) {
     text.cat(piece.data(), static_cast<int>(piece.size()));
 }
 
-void Append(std::string& text) {
+void Append_Piece(std::string& text) {
     text.append(piece);
 }
 
@@ -32,32 +32,21 @@ void Append_Character(std::string& text) {
     text.push_back('x');
 }
 
-template <class Text>
-void Cat_Pieces(benchmark::State& state) {
+template <class Text, void append(Text&)>
+void Cat(benchmark::State& state) {
     for (auto _ : state) {
         Text text;
         for (int64_t i = 0; i < state.range(0); i++)
-            Append(text);
+            append(text);
         benchmark::DoNotOptimize(text);
     }
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-template <class Text>
-void Cat_Characters(benchmark::State& state) {
-    for (auto _ : state) {
-        Text text;
-        for (int64_t i = 0; i < state.range(0); i++)
-            Append_Character(text);
-        benchmark::DoNotOptimize(text);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-BENCHMARK_TEMPLATE(Cat_Pieces, String)->Arg(2)->Arg(100)->Arg(100000);
-BENCHMARK_TEMPLATE(Cat_Pieces, std::string)->Arg(2)->Arg(100)->Arg(100000);
-BENCHMARK_TEMPLATE(Cat_Characters, String)->Arg(16)->Arg(100000);
-BENCHMARK_TEMPLATE(Cat_Characters, std::string)->Arg(16)->Arg(100000);
+BENCHMARK_TEMPLATE(Cat, String, Append_Piece)->Arg(2)->Arg(100)->Arg(100000);
+BENCHMARK_TEMPLATE(Cat, std::string, Append_Piece)->Arg(2)->Arg(100)->Arg(100000);
+BENCHMARK_TEMPLATE(Cat, String, Append_Character)->Arg(16)->Arg(100000);
+BENCHMARK_TEMPLATE(Cat, std::string, Append_Character)->Arg(16)->Arg(100000);
 
 // Names as a page has them, in an order that has nothing to do with where they stand in memory.
 std::vector<std::string> Names(int64_t count) {
@@ -122,29 +111,17 @@ void Table_Insert(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-template <class Table>
+enum Searched { Present, Absent };
+
+template <class Table, Searched searched>
 void Table_Find(benchmark::State& state) {
     std::vector<std::string> names = Names(state.range(0));
     std::vector<Entry> entries = Entries(names);
     Table table;
     Insert_All(table, entries);
     std::shuffle(names.begin(), names.end(), std::mt19937(2));
-    size_t i = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(table.Find(names[i]));
-        i = i + 1 < names.size() ? i + 1 : 0;
-    }
-    state.SetItemsProcessed(state.iterations());
-}
-
-template <class Table>
-void Table_Find_Absent(benchmark::State& state) {
-    std::vector<std::string> names = Names(state.range(0));
-    std::vector<Entry> entries = Entries(names);
-    Table table;
-    Insert_All(table, entries);
     for (std::string& name : names)
-        name += '_';
+        name += searched == Absent ? "_" : "";
     size_t i = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(table.Find(names[i]));
@@ -166,11 +143,11 @@ void Insert_Equals(benchmark::State& state) {
 BENCHMARK_TEMPLATE(Table_Insert, Own_Table<1>)->RangeMultiplier(10)->Range(1000, 1000000);
 BENCHMARK_TEMPLATE(Table_Insert, Own_Table<0>)->RangeMultiplier(10)->Range(1000, 1000000);
 BENCHMARK_TEMPLATE(Table_Insert, Map_Table)->RangeMultiplier(10)->Range(1000, 1000000);
-BENCHMARK_TEMPLATE(Table_Find, Own_Table<1>)->RangeMultiplier(10)->Range(1000, 1000000);
-BENCHMARK_TEMPLATE(Table_Find, Own_Table<0>)->RangeMultiplier(10)->Range(1000, 1000000);
-BENCHMARK_TEMPLATE(Table_Find, Map_Table)->RangeMultiplier(10)->Range(1000, 1000000);
-BENCHMARK_TEMPLATE(Table_Find_Absent, Own_Table<1>)->Arg(1000)->Arg(1000000);
-BENCHMARK_TEMPLATE(Table_Find_Absent, Map_Table)->Arg(1000)->Arg(1000000);
+BENCHMARK_TEMPLATE(Table_Find, Own_Table<1>, Present)->RangeMultiplier(10)->Range(1000, 1000000);
+BENCHMARK_TEMPLATE(Table_Find, Own_Table<0>, Present)->RangeMultiplier(10)->Range(1000, 1000000);
+BENCHMARK_TEMPLATE(Table_Find, Map_Table, Present)->RangeMultiplier(10)->Range(1000, 1000000);
+BENCHMARK_TEMPLATE(Table_Find, Own_Table<1>, Absent)->Arg(1000)->Arg(1000000);
+BENCHMARK_TEMPLATE(Table_Find, Map_Table, Absent)->Arg(1000)->Arg(1000000);
 BENCHMARK(Insert_Equals)->Arg(1000)->Arg(30000)->Arg(1000000);
 
 std::vector<double> Numbers() {

@@ -52,12 +52,14 @@ class HashTable {
     virtual ~HashTable();
     // Empties the table. The cursor is left where it is.
     virtual void Dump();
+    // The bucket of the element's key, as below. The index goes by the key itself: overriding this moves
+    // nothing.
     virtual unsigned hash(T* e) const { return Bucket(Hash_Key(*e)); }
     virtual int Compare(T* a, T* b) const;
     virtual int Compare(T* e, const char* key, int len) const { return Compare_Key(e, Key(key, len)); }
 
-    // The low bucket_bits bits of the key's hash. Here and below a length of -1 means up to the NUL, and a
-    // null key is the empty one.
+    // The low bucket_bits bits of hash or hashi of the key. Here and below a length of -1 means up to the
+    // NUL, and a null key is the empty one.
     unsigned hash(const char* key, int len) const;
 
     void Insert(T* e);
