@@ -6,6 +6,11 @@ set -euo pipefail
 commands=(cmake ninja c++ pkg-config python3 doxygen)
 libraries=(libmpdec gtest benchmark)
 packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev doxygen)
+# What the tests of the network talk to; they skip what a machine can't have.
+peer_commands=(openssl microsocks danted nginx)
+peer_packages=(openssl libssl-dev microsocks dante-server nginx-light)
+peer_services=(danted nginx)
+PATH=$PATH:/usr/sbin:/sbin
 
 say() { echo "set-up: $*"; }
 give_up() { echo "set-up: $*" >&2; exit 1; }
@@ -17,6 +22,12 @@ list_missing() {
     local name
     for name in "${commands[@]}"; do is_installed "$name" || echo "$name"; done
     for name in "${libraries[@]}"; do has_library "$name" || echo "$name"; done
+}
+
+list_missing_peers() {
+    local name
+    for name in "${peer_commands[@]}"; do is_installed "$name" || echo "$name"; done
+    has_library openssl || echo libssl
 }
 
 as_root() {
@@ -91,17 +102,49 @@ install_mpdec_of_trixie() {
     give_up "could not get libmpdec4 and libmpdec-dev of Debian 13"
 }
 
+# The tests start their own servers: those of the packages are neither started now nor with the machine.
+install_peers() {
+    local policy=/usr/sbin/policy-rc.d package made=
+    if [ ! -e "$policy" ]; then
+        printf '#!/bin/sh\nexit 101\n' | as_root tee "$policy" >/dev/null
+        as_root chmod 755 "$policy"
+        made=1
+    fi
+    for package in "${peer_packages[@]}"; do
+        as_root apt-get -qq install --no-install-recommends -y "$package" ||
+            say "no package $package here: some tests of the network will be skipped"
+    done
+    [ -z "$made" ] || as_root rm "$policy"
+    if is_installed systemctl; then
+        as_root systemctl -q disable "${peer_services[@]}" || say "could not disable ${peer_services[*]}"
+    fi
+}
+
+can_install() { is_installed apt-get && { [ "$(id -u)" = 0 ] || is_installed sudo; }; }
+
 missing=$(list_missing)
+missing_peers=$(list_missing_peers)
+if [ -z "$missing$missing_peers" ]; then
+    exit 0
+fi
+say "missing:" $missing $missing_peers
+if [ -z "$missing" ] && ! can_install; then
+    say "some tests of the network will be skipped"
+    exit 0
+fi
+is_installed apt-get || give_up "no apt-get here: install these by hand"
+can_install || give_up "run this once as root"
+export DEBIAN_FRONTEND=noninteractive
+
+as_root apt-get -qq update || say "some of the machine's sources could not be read; going on with the others"
+if [ -n "$missing_peers" ]; then
+    say "installing ${peer_packages[*]}"
+    install_peers
+fi
 if [ -z "$missing" ]; then
     exit 0
 fi
-say "missing: ${missing//$'\n'/ }"
-is_installed apt-get || give_up "no apt-get here: install these by hand"
-[ "$(id -u)" = 0 ] || is_installed sudo || give_up "run this once as root"
-export DEBIAN_FRONTEND=noninteractive
-
 say "installing ${packages[*]}"
-as_root apt-get -qq update || say "some of the machine's sources could not be read; going on with the others"
 as_root apt-get -qq install --no-install-recommends -y "${packages[@]}"
 if ! has_library libmpdec; then
     if [ -n "$(apt-cache madison libmpdec-dev 2>/dev/null)" ]; then

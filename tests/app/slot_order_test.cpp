@@ -10,6 +10,10 @@
 #include "extension/external_call.h"
 #include "extension/external_library.h"
 #include "files/unix_file_manager.h"
+#include "network/logging_network_connection.h"
+#include "network/network_service.h"
+#include "network/unix_network_connection.h"
+#include "network/unix_network_manager.h"
 #include "value/variable.h"
 
 #include <cstddef>
@@ -153,6 +157,27 @@ TEST(SlotOrder, Extensions) {
         PLACE(2, ExternalCallManager::RegisterDSO),
         PLACE(3, ExternalCallManager::Lookup_External),
         PLACE(5, ExternalCallManager::Register_Persistent),
+    });
+}
+
+TEST(SlotOrder, Network) {
+    Expect_Places({
+        PLACE(2, NetworkManager::IsIPAddress),
+        PLACE(9, NetworkManager::Connect),
+        PLACE(11, NetworkManager::SSL_Connect),
+        PLACE(16, NetworkManager::OpenURL_SendRequest),
+        PLACE(21, NetworkManager::Verify_Certificate_Pinning),
+        PLACE(25, NetworkManager::SplitURL),
+        PLACE(27, NetworkManager::Error),
+        PLACE(2, NetworkConnection::EstablishTLSConnection),
+        PLACE_OF(6, NetworkConnection::Write, const char*, int, int),
+        PLACE(9, NetworkConnection::ipaddress),
+        PLACE(10, UNIXNetworkConnection::EstablishTCPConnection),
+        PLACE(13, UNIXNetworkConnection::SSL_Write),
+        PLACE(10, LoggingNetworkConnection::Log_Read),
+        PLACE(13, LoggingNetworkConnection::Log_Write_Failure),
+        PLACE(2, NetworkService::Connection),
+        PLACE(6, NetworkService::Error),
     });
 }
 
