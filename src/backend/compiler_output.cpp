@@ -45,7 +45,7 @@ int FileOutput::Write(const char* text, int length) {
 int FileOutput::DoWrite(const char* text, int length) {
     for (int written = 0; written < length && !failed_;) {
         const auto result = file->Write(text + written, static_cast<unsigned long>(length - written));
-        failed_ = result < 0;
+        failed_ = result <= 0;
         written += failed_ ? 0 : static_cast<int>(result);
     }
     if (failed_ && error_.length() == 0)
