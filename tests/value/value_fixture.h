@@ -4,6 +4,7 @@
 #include "app/tarn_application.h"
 #include "value/aggregate.h"
 #include "value/variable.h"
+#include "value/variable_hash.h"
 
 #include <gtest/gtest.h>
 #include <mpdecimal.h>
@@ -21,15 +22,14 @@ class ValueTest : public testing::Test {
         variable->SetValue(text, -1);
         return variable;
     }
-    // An array of these elements from 1 on; an empty text leaves a gap.
-    static VariableHold Array(std::initializer_list<const char*> texts) {
+    // An array of elements of one letter each, "-" for a gap; or the scalar behind "=".
+    static VariableHold Make(const char* text) {
+        if (*text == '=')
+            return New(text + 1);
         VariableHold array = New();
-        int number = 0;
-        for (const char* text : texts) {
-            number++;
-            if (*text)
-                array->Element(number, 1)->SetValue(text, -1);
-        }
+        for (int number = 1; *text; number++, text++)
+            if (*text != '-')
+                array->Element(number, 1)->SetValue(text, 1);
         return array;
     }
     static AggregateIndex Name(const char* name) { return {name, -1}; }
@@ -47,6 +47,13 @@ class ValueTest : public testing::Test {
         return text;
     }
     static std::string Elements(const VariableHold& array) { return Elements(*array); }
+    // Of a name: its variable's text, "-" without a variable, "none" without a slot.
+    static std::string Look(VariableHash& table, const char* name, int create = 0) {
+        Variable* variable = nullptr;
+        if (!table.Find(&variable, name, -1, create))
+            return "none";
+        return variable ? Text(*variable) : "-";
+    }
 };
 
 #endif

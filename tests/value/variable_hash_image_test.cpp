@@ -54,13 +54,6 @@ class VariableHashImageTest : public ValueTest {
             EXPECT_EQ(read.Seek(-1, name, -1, nullptr), slot++) << name;
         EXPECT_EQ(read.Seek(-1, "sixth", -1, nullptr), -1);
     }
-    static std::string Look(VariableHash& looked, const char* name, int create = 0) {
-        Variable* variable = nullptr;
-        if (!looked.Find(&variable, name, -1, create))
-            return "none";
-        return variable ? Text(*variable) : "-";
-    }
-
     std::string path;
     UNIXFileManager files{nullptr};
     Dictionary dictionary;

@@ -39,7 +39,6 @@ TEST_F(KindsTest, Counts_Are_Mirrored_Along_A_Chain) {
     EXPECT_EQ(first->refcount(), 2);
     VariableHold again = Hold(second.get());
     EXPECT_EQ(target->refcount(), 4);
-    EXPECT_EQ(second->NextIdentity(), first.get());
     EXPECT_EQ(second->RealIdentity(), target.get());
     EXPECT_EQ(static_cast<ReferenceVariable*>(second.get())->TypeReferredTo(), VARIABLE_REFERENCE);
     first.reset();
@@ -69,13 +68,13 @@ TEST_F(KindsTest, Variable_Becomes_A_Reference_In_Place) {
     variable->Make_Reference(chained.get()); // ends where it is
     EXPECT_EQ(variable->NextIdentity(), other.get());
     // To an element of its own.
-    VariableHold array = Array({"in"});
+    VariableHold array = Make("i");
     array->Make_Reference(array->Element(1, 0));
-    EXPECT_EQ(Text(array), "in");
+    EXPECT_EQ(Text(array), "i");
 }
 
 TEST_F(KindsTest, Aggregate_Within_Itself_Ends) {
-    VariableHold array = Array({"a", "b", "c"});
+    VariableHold array = Make("abc");
     Variable* inner = array->Element(2, 0);
     inner->Make_Reference(array.get());
     EXPECT_EQ(Text(array), "a,c");
@@ -122,8 +121,8 @@ TEST_F(KindsTest, Locked_Variable_Ignores_Writes) {
 }
 
 TEST_F(KindsTest, Immutable_Takes_Immutable_Copies) {
-    VariableHold source = Array({"a", "b"});
-    source->Element(2, 0)->SetValue(*Array({"x", "y"}));
+    VariableHold source = Make("ab");
+    source->Element(2, 0)->SetValue(*Make("xy"));
     VariableHold shared(new ImmutableVariable);
     source->SetElement(3, shared.get());
     VariableHold immutable(new ImmutableVariable);
@@ -171,27 +170,27 @@ class Loading : public DynamicImmutableVariable {
 } // namespace
 
 TEST_F(KindsTest, Dynamic_Variable_Loads_At_The_First_Reading) {
-    void (*const readings[])(Variable&) = {
-        [](Variable& v) { EXPECT_EQ(Text(v), "12"); },
-        [](Variable& v) { EXPECT_EQ(v.value_integer(), 0); },
-        [](Variable& v) { EXPECT_TRUE(v.IsTrue()); },
-        [](Variable& v) { EXPECT_FALSE(v.IsNULL()); },
-        [](Variable& v) { EXPECT_NE(v.aggregateelements(), nullptr); },
-        [](Variable& v) { EXPECT_EQ(v.aggregatetype(), AGGREGATE_ARRAY); },
-        [](Variable& v) { EXPECT_EQ(Text(*v.Element(2, 0)), "12"); },
-        [](Variable& v) { EXPECT_EQ(v.Max(), 2); },
-        [](Variable& v) { EXPECT_EQ(v.Min(), 2); },
-        [](Variable& v) { EXPECT_EQ(v.Next(0), 2); },
-        [](Variable& v) { EXPECT_EQ(v.Previous(3), 2); },
-        [](Variable& v) { EXPECT_EQ(v.ElementsUsed(), 1); },
-        [](Variable& v) { EXPECT_EQ(v.CollapseElements(), 1); },
-        [](Variable& v) { EXPECT_EQ(Elements(*VariableHold(new Variable(v))), "2=12"); },
-        [](Variable& v) { EXPECT_EQ(Elements(*VariableHold(v.Clone(nullptr))), "2=12"); },
+    const struct {
+        int (*reading)(Variable&);
+        int result;
+    } cases[] = {
+        {[](Variable& v) { return v.value().length(); }, 2},
+        {[](Variable& v) -> int { return v.IsTrue(); }, 1},
+        {[](Variable& v) -> int { return v.IsNULL(); }, 0},
+        {[](Variable& v) -> int { return v.aggregatetype(); }, AGGREGATE_ARRAY},
+        {[](Variable& v) { return v.aggregateelements()->Entries(); }, 1},
+        {[](Variable& v) { return v.Element(2, 0)->value_integer(); }, 12},
+        {[](Variable& v) { return v.Max(); }, 2},
+        {[](Variable& v) { return v.Min(); }, 2},
+        {[](Variable& v) { return v.Next(0); }, 2},
+        {[](Variable& v) { return v.Previous(3); }, 2},
+        {[](Variable& v) { return v.ElementsUsed(); }, 1},
+        {[](Variable& v) { return v.CollapseElements(); }, 1},
+        {[](Variable& v) { return Variable(v).Max(); }, 2},
+        {[](Variable& v) { return VariableHold(v.Clone(nullptr))->Max(); }, 2},
     };
-    for (auto* reading : readings) {
-        VariableHold variable(new Loading);
-        reading(*variable);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(c.reading(*VariableHold(new Loading)), c.result) << &c - cases;
 }
 
 namespace {

@@ -5,79 +5,73 @@
 #include <algorithm>
 #include <map>
 #include <random>
+#include <utility>
 
 namespace {
 
 struct Model {
     AggregateType type = AGGREGATE_NONE;
     std::string text;
-    std::map<int, Model> array;
-    std::map<std::string, Model> members; // by their names in lower case
+    std::map<std::pair<int, std::string>, Model> elements; // by number, or by -1 and the name in lower case
 
-    static Model Scalar(const std::string& text) { return {AGGREGATE_NONE, text, {}, {}}; }
+    static Model Scalar(const std::string& text) { return {AGGREGATE_NONE, text, {}}; }
+    Model& At(int number, const std::string& name) {
+        Become(number < 0 ? AGGREGATE_STRUCTURE : AGGREGATE_ARRAY);
+        return elements[{number, name}];
+    }
     void Become(AggregateType wanted) {
         if (type != wanted)
-            *this = Model{wanted, "", {}, {}};
+            *this = {wanted, "", {}};
     }
-    int Edge(bool last) const {
-        if (!members.empty())
-            return -1;
-        return array.empty() ? 0 : last ? array.rbegin()->first : array.begin()->first;
-    }
-    int Next(int number) const {
-        auto next = array.upper_bound(number);
-        return type == AGGREGATE_STRUCTURE ? -1 : next == array.end() ? 0 : next->first;
-    }
-    void Serialize(std::string& out) const {
+    int Min() const { return elements.empty() ? 0 : elements.begin()->first.first; }
+    int Max() const { return elements.empty() ? 0 : elements.rbegin()->first.first; }
+    std::string Text(std::string before = "") const {
         if (type == AGGREGATE_NONE)
-            out += (out.empty() ? "" : ",") + text;
-        for (const auto& [number, element] : array)
-            element.Serialize(out);
-        for (const auto& [name, element] : members)
-            element.Serialize(out);
-    }
-    std::string Text() const {
-        std::string out;
-        Serialize(out);
-        return out;
+            before += (before.empty() ? "" : ",") + text;
+        for (const auto& [key, element] : elements)
+            before = element.Text(before);
+        return before;
     }
     void Displace(int from, int delta) {
-        std::map<int, Model> moved;
-        for (auto& [number, element] : array)
-            moved[number < from ? number : number + delta] = element;
-        array = moved;
+        std::map<std::pair<int, std::string>, Model> moved;
+        for (const auto& [key, element] : elements)
+            moved[{key.first < from ? key.first : key.first + delta, ""}] = element;
+        elements = moved;
     }
     void Insert(int position, const Model& element) {
-        position = type == AGGREGATE_ARRAY && position < 1 ? Edge(true) + 1 : std::max(position, 1);
+        position = type == AGGREGATE_ARRAY && position < 1 ? Max() + 1 : std::max(position, 1);
         Become(AGGREGATE_ARRAY);
         Displace(position, 1);
-        array[position] = element;
+        At(position, "") = element;
     }
     void Delete(int start, int count, bool collapse) {
         const int end = count == -1 ? 1000 : start + count;
-        array.erase(array.lower_bound(start), array.lower_bound(end));
+        elements.erase(elements.lower_bound({start, ""}), elements.lower_bound({end, ""}));
         if (collapse && count > 0)
             Displace(end, -count);
     }
+    void Collapse() {
+        int number = 0;
+        for (auto old = std::exchange(elements, {}); const auto& [key, element] : old)
+            elements[{++number, ""}] = element;
+    }
     // Merge and copy, with the whole source set aside before anything moves.
     void Take(const Model& from, int start, int count, int dest, bool merge) {
-        const bool self = &from == this;
         Become(AGGREGATE_ARRAY);
-        const Model source = self ? *this : from;
+        const Model source = from;
         if (start < 1)
-            start = merge ? std::max(source.Edge(false), 1) : source.Edge(false);
+            start = merge ? std::max(source.Min(), 1) : source.Min();
         if (count < 0)
-            count = source.Edge(true) < 1 ? 0 : source.Edge(true) - start + 1;
+            count = source.Max() < 1 ? 0 : source.Max() - start + 1;
         if (dest < 1)
-            dest = Edge(true) + 1;
+            dest = Max() + 1;
         if (start < 1 || count < 1)
             return;
         if (merge)
             Displace(dest, count);
-        if (source.type == AGGREGATE_ARRAY)
-            for (const auto& [number, element] : source.array)
-                if (number >= start && number < start + count)
-                    array[number - start + dest] = element;
+        for (const auto& [key, element] : source.elements)
+            if (key.first >= start && key.first < start + count)
+                At(key.first - start + dest, "") = element;
     }
 };
 
@@ -100,85 +94,67 @@ class VariableModelTest : public ValueTest {
     }
 
     void Change(Pair& to, const Pair& from) {
+        Variable& real = *to.real;
+        Model& model = to.model;
         const int number = Pick(0, 12);
         const int start = Pick(0, 8);
         const int count = Pick(-1, 6);
         const bool flag = Pick(0, 1);
-        const Model text = Model::Scalar(std::to_string(Pick(-3, 3)));
-        const VariableHold element = New(text.text.c_str());
-        switch (Pick(0, 11)) {
+        const Model copied = flag ? from.model : Model::Scalar(std::to_string(number));
+        const VariableHold copy(flag ? new Variable(*from.real) : New(copied.text.c_str()).release());
+        switch (Pick(0, 8)) {
         case 0:
-            to.real->SetValue_Integer(number);
-            to.model = Model::Scalar(std::to_string(number));
+            real.SetValue(*copy);
+            model = copied;
             break;
         case 1:
-            to.real->SetValue(*from.real);
-            to.model = Model(from.model);
+            real.SetElement(number, copy.get());
+            model.At(number, "") = copied;
             break;
-        case 2: {
-            const Model copied = from.model;
-            const VariableHold copy(new Variable(*from.real));
-            to.real->SetElement(number, copy.get());
-            to.model.Become(AGGREGATE_ARRAY);
-            to.model.array[number] = copied;
+        case 2:
+            real.Element(Name(number % 2 ? "ab" : "A"), 1)->SetValue(*copy);
+            model.At(-1, number % 2 ? "ab" : "a") = copied;
             break;
-        }
         case 3:
-            to.real->Element(Name(flag ? "ab" : "A"), 1)->SetValue(*element);
-            to.model.Become(AGGREGATE_STRUCTURE);
-            to.model.members[flag ? "ab" : "a"] = text;
+            real.InsertElement(number - 2, copy.get());
+            model.Insert(number - 2, copied);
             break;
         case 4:
-            to.real->InsertElement(number - 2, element.get());
-            to.model.Insert(number - 2, text);
+            Delete(real, number, flag);
+            if (model.type == AGGREGATE_ARRAY)
+                model.Delete(number, 1, flag);
             break;
         case 5:
-            Delete(*to.real, number, flag);
-            if (to.model.type == AGGREGATE_ARRAY) {
-                to.model.Delete(number, 1, flag);
-            }
-            break;
-        case 6:
+            EXPECT_EQ(real.CollapseElements(), model.Min() < 0 ? 0 : static_cast<int>(model.elements.size()));
+            if (model.type == AGGREGATE_ARRAY)
+                model.Collapse();
             if (start < 1)
                 break;
-            to.real->CollapseElements(); // without gaps the order stays, see above
-            to.real->DeleteElements(start, count, flag);
-            Collapse(to.model);
-            to.model.Become(AGGREGATE_ARRAY);
-            to.model.Delete(start, count, flag);
+            real.DeleteElements(start, count, flag); // without gaps this keeps the order
+            model.Become(AGGREGATE_ARRAY);
+            model.Delete(start, count, flag);
             break;
-        case 7:
-            EXPECT_EQ(to.real->CollapseElements(), static_cast<int>(to.model.array.size()));
-            Collapse(to.model);
-            break;
-        case 8:
-        case 9:
-            to.real->MergeElements(from.real.get(), start, count, number, true);
-            to.model.Take(from.model, start, count, number, true);
+        case 6:
+            real.MergeElements(from.real.get(), start, count, number, true);
+            model.Take(from.model, start, count, number, true);
             break;
         default:
-            to.real->CopyElements(from.real.get(), start, count, number, true);
-            to.model.Take(from.model, start, count, number, false);
+            real.CopyElements(from.real.get(), start, count, number, true);
+            model.Take(from.model, start, count, number, false);
         }
     }
 
-    static void Collapse(Model& model) {
-        std::map<int, Model> renumbered;
-        for (auto& [number, element] : model.array)
-            renumbered.emplace(static_cast<int>(renumbered.size()) + 1, element);
-        model.array = renumbered;
-    }
-
-    void Compare(const Pair& pair) {
-        Variable& real = *pair.real;
-        ASSERT_EQ(Text(real), pair.model.Text());
-        ASSERT_EQ(real.aggregatetype(), pair.model.type);
-        ASSERT_EQ(real.ElementsUsed(), static_cast<int>(pair.model.array.size() + pair.model.members.size()));
-        ASSERT_EQ(real.Max(), pair.model.Edge(true));
-        ASSERT_EQ(real.Min(), pair.model.Edge(false));
+    void Compare(Variable& real, const Model& model) {
+        ASSERT_EQ(Text(real), model.Text());
+        ASSERT_EQ(real.aggregatetype(), model.type);
+        ASSERT_EQ(real.ElementsUsed(), static_cast<int>(model.elements.size()));
+        ASSERT_EQ(real.Max(), model.Max());
+        ASSERT_EQ(real.Min(), model.Min());
         const int number = Pick(0, 12);
-        ASSERT_EQ(real.Next(number), pair.model.Next(number));
-        ASSERT_EQ(real.Element(number, 0) != nullptr, pair.model.array.count(number) > 0);
+        ASSERT_EQ(real.Element(number, 0) != nullptr, model.elements.count({number, ""}) > 0);
+        const auto next = model.elements.lower_bound({number + 1, ""});
+        const int next_number = next == model.elements.end() ? 0 : next->first.first;
+        ASSERT_EQ(real.Next(number), model.type == AGGREGATE_STRUCTURE ? -1 : next_number);
     }
 
     std::mt19937 random{20};
@@ -189,7 +165,7 @@ TEST_F(VariableModelTest, Random_Operations_Agree) {
     for (int step = 0; step < 20000 && !HasFatalFailure(); step++) {
         Pair& to = pairs[Pick(0, 2)];
         Change(to, pairs[Pick(0, 2)]);
-        Compare(to);
+        Compare(*to.real, to.model);
         if (to.model.Text().size() > 200) {
             to.real->SetNULL();
             to.model = Model();

