@@ -7,6 +7,9 @@
 #include "files/file_manager.h"
 #include "frontend/tokenizer.h"
 
+#include <cerrno>
+#include <climits>
+#include <cstring>
 #include <memory>
 
 // INTERPRET holds for one tag only.
@@ -15,9 +18,10 @@ ParserStatus CompilerParser::Open_Include(int) {
     return PARSER_OK;
 }
 
+// Tags stand in the text of a filter only behind an error, and open no files there.
 ParserStatus CompilerParser::Generate_Include(int) {
-    if (!application)
-        return PARSER_ERROR; // a tag behind a broken filter, which has failed already
+    if (start_state != START_FILE)
+        return PARSER_ERROR;
     int length = 0;
     const char* text = attribute_values->Element(0)->Get_Simple_Text(&length);
     String name(text, length);
@@ -59,12 +63,15 @@ ParserStatus CompilerParser::Include_Text(const String& name) {
     if (!file) {
         return Report<Message::Include_Not_Opened>(name, manager->error());
     }
-    int length = static_cast<int>(file->Length()); // files of 2 GiB and more can't be opened
-    const char* contents = file->Map(0, length);
-    if (!contents && length != 0) {
+    const long size = file->Length();
+    if (size > INT_MAX)
+        return Report<Message::Include_Not_Opened>(name, std::strerror(EFBIG));
+    const char* contents = file->Map(0, size);
+    if (!contents && size != 0) {
         return Report<Message::Include_Not_Mapped>(name, file->error());
     }
-    Queue(OPCODE_PUSHC, Generate_String_Directive(contents ? contents : "", length, EXPRESSION_STATE_TEXT));
+    Queue(OPCODE_PUSHC, Generate_String_Directive(contents ? contents : "", static_cast<int>(size),
+                                                  EXPRESSION_STATE_TEXT));
     Queue(OPCODE_OUT);
     return PARSER_OK;
 }

@@ -236,6 +236,16 @@ TEST_F(Driver, Failed_Write_Fails_The_Run) {
     EXPECT_TRUE(fs::is_symlink("full"));
 }
 
+TEST_F(Driver, Text_Of_Two_Gibibytes_Is_Not_Included) {
+    std::ofstream("page.tn") << R"(<TnINCLUDE FILE="big.txt" INTERPRET="off">)";
+    for (std::uintmax_t size : {std::uintmax_t{1} << 31, std::uintmax_t{1} << 32}) {
+        std::ofstream("big.txt").close();
+        fs::resize_file("big.txt", size);
+        EXPECT_EQ(Run("page.tn"), 1);
+        EXPECT_EQ(err, "page.tn:1: CE_186: TnINCLUDE cannot open file 'big.txt': File too large\n");
+    }
+}
+
 TEST_F(Driver, Function_Output_Options_Combine_In_Either_Order) {
     const struct {
         const char* options;
