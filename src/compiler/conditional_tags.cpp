@@ -21,6 +21,11 @@ bool CompilerParser::Debugging() {
     return application && application->Is_Defined(name.data(), static_cast<int>(name.size()));
 }
 
+bool CompilerParser::Inside_False_Block() {
+    const Ifdef_Resolution_Info* innermost = ifdef_stack.Top();
+    return innermost && !innermost->generating;
+}
+
 ParserStatus CompilerParser::Process_IFDEF(int tag) {
     bool negated = tag == Tag::Ifndef;
     int length = 0;

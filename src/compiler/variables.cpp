@@ -6,11 +6,6 @@
 #include "backend/opcode.h"
 #include "compiler/compiler_parser.h"
 
-bool CompilerParser::Inside_False_Block() {
-    const Ifdef_Resolution_Info* innermost = ifdef_stack.Top();
-    return innermost && !innermost->generating;
-}
-
 HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
     switch (scope) {
     case SCOPE_LOCAL: return local_variables;
@@ -28,7 +23,7 @@ int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_S
     if (Variable* known = table->Find(name, length)) {
         return known->value_integer();
     }
-    if (Inside_False_Block()) {
+    if (!Generating()) {
         return 0;
     }
     int ident = table->Entries();
@@ -39,7 +34,7 @@ int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_S
 
 // The name holds the digest of the source file, so code of two files never shares such a variable.
 int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
-    if (Inside_False_Block()) {
+    if (!Generating()) {
         return 0;
     }
     String name("__scratch:", -1);

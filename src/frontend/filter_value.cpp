@@ -52,7 +52,8 @@ int AttributeValue::Make_Filter_Expression(CompilerParser* parser, AttrExpr_Filt
     }
 }
 
-// The code refers to the variables in force here, but counts its constants by itself.
+// The code refers to the variables in force here, but counts its constants by itself. Its errors are the
+// page's, and in a false conditional block it goes nowhere, so that it may name no variable first.
 int AttributeValue::Compile_Filter(CompilerParser* parser, int text_has_braces) {
     StringOutput* fragment;
     if (!simple_text || Get_Expression(&fragment, type))
@@ -60,7 +61,11 @@ int AttributeValue::Compile_Filter(CompilerParser* parser, int text_has_braces) 
     auto* text = new Tokenizer(simple_text->text(), simple_text->length(), !text_has_braces);
     FileCompilerParser filter(text, fragment, parser->external_calls, parser->app(), -1, -1, START_EXPRESSION,
                               parser->local_variables, parser->global_variables, parser->system_variables);
-    return filter.Start();
+    if (!parser->Generating())
+        filter.Suspend_Generation();
+    int failed = filter.Start();
+    parser->error_count += failed;
+    return failed;
 }
 
 int AttributeValue::Parse_String_Variable(CompilerParser* parser) {

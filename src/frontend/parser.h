@@ -135,9 +135,9 @@ class Parser {
     TagLookup tag_lookup;
     ParserStartState start_state;
     CompilerApplication* application;
+    int error_count; // of this run of Start
 
   private:
-    int error_count; // of this run of Start
     ParserState state;
     String last_error;
     int capture_expression;
