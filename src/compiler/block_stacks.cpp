@@ -64,8 +64,10 @@ ParserStatus CompilerParser::Jump_In_Block(int tag) {
     return PARSER_OK;
 }
 
-void CompilerParser::Open_Block(Stack<Resolution_Info>* stack) {
-    stack->Push(new Resolution_Info(Take_Label(), Linenumber(), Current_File()));
+int CompilerParser::Open_Block(Stack<Resolution_Info>* stack) {
+    const int label = Take_Label();
+    stack->Push(new Resolution_Info(label, Linenumber(), Current_File()));
+    return label;
 }
 
 ParserStatus CompilerParser::Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,

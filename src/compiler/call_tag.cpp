@@ -34,16 +34,13 @@ ParserStatus CompilerParser::Generate_Call(int) {
         return Report<Message::Call_Requires_Action>();
     }
     int count = Highest_Set_Element() + 1;
-    call_stack.Push(new Resolution_Info(next_label, Linenumber(), Current_File()));
+    const int label = Open_Block(&call_stack);
     Queue(OPCODE_SPUSH);
-    ParserStatus status =
-        Engine_Version() >= counted_operands_engine ? Output_Counted_Call(count) : Output_Old_Call(count);
-    if (status != PARSER_OK) {
-        return status;
-    }
-    opcode_queue->Queue_Generated_Label(LABEL_START, next_label);
-    ++next_label;
-    return PARSER_OK;
+    ParserStatus status = Engine_Version() >= counted_operands_engine ? Output_Counted_Call(label, count)
+                                                                      : Output_Old_Call(label, count);
+    if (status == PARSER_OK)
+        opcode_queue->Queue_Generated_Label(LABEL_START, label);
+    return status;
 }
 
 int CompilerParser::Highest_Set_Element() {
@@ -54,7 +51,7 @@ int CompilerParser::Highest_Set_Element() {
     return element;
 }
 
-ParserStatus CompilerParser::Output_Counted_Call(int count) {
+ParserStatus CompilerParser::Output_Counted_Call(int label, int count) {
     if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED)) {
         return status;
     }
@@ -66,7 +63,7 @@ ParserStatus CompilerParser::Output_Counted_Call(int count) {
         return status;
     }
     attribute_values->Output(count, 0);
-    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, next_label, count);
+    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, label, count);
     return PARSER_OK;
 }
 
@@ -97,10 +94,10 @@ ParserStatus CompilerParser::Check_Call_Attributes(int count) {
 
 // More operands than the old format holds: the version is demanded, and no opening instruction written. Old
 // engines skip such a block, which sources that serve several engines rely on.
-ParserStatus CompilerParser::Output_Old_Call(int count) {
+ParserStatus CompilerParser::Output_Old_Call(int label, int count) {
     if (count <= plain_operands) {
         attribute_values->Output(plain_operands, 0);
-        opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP, LABEL_END, next_label);
+        opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP, LABEL_END, label);
         return PARSER_OK;
     }
     if (count > certificate_operands) {
@@ -111,6 +108,6 @@ ParserStatus CompilerParser::Output_Old_Call(int count) {
         return status;
     }
     attribute_values->Output(certificate_operands, 0);
-    opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP_CF, LABEL_END, next_label);
+    opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP_CF, LABEL_END, label);
     return PARSER_OK;
 }

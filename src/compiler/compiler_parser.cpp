@@ -107,11 +107,8 @@ String CompilerParser::Engine_Version_Text() const {
 }
 
 void CompilerParser::Set_Default(AttributeValue* value, std::string_view text) {
-    if (value->Is_Set())
-        return;
-    int ident =
-        Generate_String_Directive(text.data(), static_cast<int>(text.size()), EXPRESSION_STATE_ESCAPED);
-    (void)value->Set_Literal(ident, ATTREXPR_VALUE); // an unset value takes it
+    if (!value->Is_Set())
+        (void)value->Set_Literal(Constant(text), ATTREXPR_VALUE); // an unset value takes it
 }
 
 ParserStatus CompilerParser::Report_Stored_Error(const AttributeValue& value) {

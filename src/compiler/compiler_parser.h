@@ -219,7 +219,6 @@ class CompilerParser : public Parser {
     void Push_Joined_Piece(const char* text, int length, bool first);
 
     // variables.cpp
-    bool Inside_False_Block();
     HashTable<Variable>* Variables_Of(Variable_Scope scope) const; // null where the scope has no table
 
     // expression_operands.cpp
@@ -317,7 +316,7 @@ class CompilerParser : public Parser {
     ParserStatus Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,
                                          int loop_opcode);
     ParserStatus Jump_In_Block(int tag); // the stop, continue and delete tags
-    void Open_Block(Stack<Resolution_Info>* stack);
+    int Open_Block(Stack<Resolution_Info>* stack); // answers the block's label
     ParserStatus Close_Loop(const char* tag_word, Stack<Resolution_Info>* stack, int loop_opcode,
                             ParserLabelType back_to);
     struct Block_Jump;
@@ -366,6 +365,7 @@ class CompilerParser : public Parser {
     // conditional_tags.cpp, include_tag.cpp
     ParserStatus Process_IFDEF(int tag); // TnIFNDEF negates
     ParserStatus Process_End_IFDEF(int tag);
+    bool Inside_False_Block();
     void Suspend_Generation();
     void Resume_Generation();
     bool Debugging();                   // whether the notices of conditional compilation were asked for
@@ -389,9 +389,9 @@ class CompilerParser : public Parser {
     static const Loop_Block& Loop_Block_Of(int tag);
     void Output_Loop_Opening(int tag, int opcode);
     int Highest_Set_Element();
-    ParserStatus Output_Counted_Call(int count);
+    ParserStatus Output_Counted_Call(int label, int count);
     ParserStatus Check_Call_Attributes(int count);
-    ParserStatus Output_Old_Call(int count);
+    ParserStatus Output_Old_Call(int label, int count);
     ParserStatus Generate_Smtp(int tag);
     ParserStatus Close_Smtp(int tag);
 

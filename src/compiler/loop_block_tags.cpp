@@ -47,13 +47,12 @@ ParserStatus CompilerParser::Close_Loop_Block(int tag) {
 
 void CompilerParser::Output_Loop_Opening(int tag, int opcode) {
     const Loop_Block& block = Loop_Block_Of(tag);
-    (this->*block.stack).Push(new Resolution_Info(next_label, Linenumber(), Current_File()));
+    const int label = Open_Block(&(this->*block.stack));
     if (block.has_frame) {
         Queue(OPCODE_SPUSH);
     }
-    opcode_queue->Queue_Opcode_With_Label(opcode, LABEL_END, next_label);
-    opcode_queue->Queue_Generated_Label(LABEL_START, next_label);
-    ++next_label;
+    opcode_queue->Queue_Opcode_With_Label(opcode, LABEL_END, label);
+    opcode_queue->Queue_Generated_Label(LABEL_START, label);
 }
 
 ParserStatus CompilerParser::Generate_Pop3(int tag) {

@@ -39,9 +39,9 @@ ParserStatus CompilerParser::Generate_Smtp(int) {
     if (attribute_values->Check_Complete(3)) {
         return Report<Message::Smtp_Requires_From>();
     }
-    (void)attribute_values->Output_SMTP(next_label); // a version report stands by itself
-    smtp_block = new Resolution_Info(next_label, Linenumber(), Current_File());
-    ++next_label;
+    const int label = Take_Label();
+    (void)attribute_values->Output_SMTP(label); // a version report stands by itself
+    smtp_block = new Resolution_Info(label, Linenumber(), Current_File());
     return PARSER_OK;
 }
 

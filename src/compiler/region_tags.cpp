@@ -71,17 +71,16 @@ ParserStatus CompilerParser::Generate_Asynchronous(int) {
     if (async_block) {
         return Report<Message::Block_Nested>("TnASYNCHRONOUS");
     }
-    ParserStatus status = PARSER_OK;
-    if (attribute_values->Element(0)->Is_Set()) {
-        status = Output_Version(file_version_major, FILE_VERSION_ISOLATION);
-        attribute_values->Output(1, 0);
-        opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_ASYNCN, LABEL_END, next_label, 1);
-    } else {
-        status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
-        opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, next_label);
+    const int label = Take_Label();
+    async_block = new Resolution_Info(label, Linenumber(), Current_File());
+    if (!attribute_values->Element(0)->Is_Set()) {
+        ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
+        opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, label);
+        return status;
     }
-    async_block = new Resolution_Info(next_label, Linenumber(), Current_File());
-    ++next_label;
+    ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ISOLATION);
+    attribute_values->Output(1, 0);
+    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_ASYNCN, LABEL_END, label, 1);
     return status;
 }
 

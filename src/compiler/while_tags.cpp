@@ -3,8 +3,7 @@
 #include "compiler/compiler_parser.h"
 
 ParserStatus CompilerParser::Open_While(int) {
-    Open_Block(&while_stack);
-    opcode_queue->Queue_Generated_Label(LABEL_START, while_stack.Top()->label);
+    opcode_queue->Queue_Generated_Label(LABEL_START, Open_Block(&while_stack));
     return PARSER_OK;
 }
 
