@@ -93,8 +93,8 @@ class Variable {
     [[nodiscard]] virtual AggregateType aggregatetype();
     [[nodiscard]] virtual int refcount() const;
 
-    // Setting drops all elements. Answers true. What is given may hang on what is dropped.
     virtual bool SetName(const String& name);
+    // Setting a value drops all elements; what is given may hang on them. All of these answer true.
     virtual bool SetValue(const char* text, int length);
     // A deep copy, elements included.
     virtual bool SetValue(Variable& source);

@@ -14,7 +14,11 @@
 #include "network/network_service.h"
 #include "network/unix_network_connection.h"
 #include "network/unix_network_manager.h"
-#include "value/variable.h"
+#include "value/callback_variable.h"
+#include "value/immutable_variable.h"
+#include "value/reference_variable.h"
+#include "value/variable_hash.h"
+#include "value/variable_list.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -190,6 +194,16 @@ TEST(SlotOrder, Variables) {
         PLACE(38, Variable::ElementsUsed),
         PLACE(45, Variable::Serialize),
         PLACE(47, Variable::Make_CallbackStruct),
+        PLACE(49, ReferenceVariable::TypeReferredTo),
+        PLACE(49, ImmutableVariable::Lock),
+        PLACE(49, CallbackVariable::Detach),
+        PLACE(5, CallbackVariableCallback::Lookup),
+        PLACE(13, AggregateElementTree::Displace),
+        PLACE(15, VariableList::Destroy),
+        PLACE_OF(4, VariableHash::Insert, int),
+        PLACE(13, VariableHash::Find),
+        PLACE_OF(19, VariableHash::Read, TaggedFile*, int),
+        PLACE(27, VariableHash::RealIdentity),
     });
 }
 
