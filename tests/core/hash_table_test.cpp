@@ -94,22 +94,6 @@ TEST(HashTable, Does_What_A_Searched_Array_Does) {
     Compare_With_Model<String>(0, 2, true, make_string);
 }
 
-TEST(HashTable, Equals_Come_In_Order_Of_Insertion) {
-    HashTable<Word> table(1, 1, 12, 512);
-    for (int i = 0; i < 1000; i++) {
-        table.Insert(new Word{"same"});
-        table.Insert(new Word{"other" + std::to_string(i)});
-    }
-    for (int i = 0; i < 1000; i++) {
-        Word* first = table.Find("SAME", -1);
-        ASSERT_EQ(first, table.Index(2 * i));
-        ASSERT_EQ(table.Remove("same", 4), first);
-        delete first;
-    }
-    EXPECT_EQ(table.Find("same", -1), nullptr);
-    EXPECT_EQ(table.Find("other999", -1), table.Index(1999));
-}
-
 struct Watched_Table : HashTable<String> {
     using HashTable::HashTable;
     int Capacity() const { return capacity; }
