@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# setup_machine.sh: installs what the build, the tests and the benchmarks need, on Debian and its kin. It says what it
-# does, does nothing where all is there, and asks for root's rights by sudo only when it needs them.
+# setup_machine.sh [peers]: installs what the build, the tests and the benchmarks need, on Debian and its kin; with the word
+# peers also the programs that some tests talk to, and skip without. It says what it does, does nothing where all is there,
+# and asks for root's rights by sudo only when it needs them.
 set -euo pipefail
 
-commands=(cmake ninja c++ pkg-config python3 doxygen)
+commands=(cmake ninja c++ pkg-config python3)
 libraries=(libmpdec gtest benchmark)
-packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev doxygen)
-# What the tests of the network talk to; they skip what a machine can't have.
-peer_commands=(openssl microsocks danted nginx)
-peer_packages=(openssl libssl-dev microsocks dante-server nginx-light)
+packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev)
+peer_commands=(doxygen openssl microsocks danted nginx)
+peer_libraries=(openssl)
+peer_packages=(doxygen openssl libssl-dev microsocks dante-server nginx-light)
 peer_services=(danted nginx)
 PATH=$PATH:/usr/sbin:/sbin
 
@@ -18,21 +19,20 @@ give_up() { echo "set-up: $*" >&2; exit 1; }
 is_installed() { command -v "$1" >/dev/null; }
 has_library() { is_installed pkg-config && pkg-config --exists "$1"; }
 
+# list_missing COMMANDS LIBRARIES: those of the names in two arrays that are not there, in one line.
 list_missing() {
-    local name
-    for name in "${commands[@]}"; do is_installed "$name" || echo "$name"; done
-    for name in "${libraries[@]}"; do has_library "$name" || echo "$name"; done
-}
-
-list_missing_peers() {
-    local name
-    for name in "${peer_commands[@]}"; do is_installed "$name" || echo "$name"; done
-    has_library openssl || echo libssl
+    local -n wanted_commands=$1 wanted_libraries=$2
+    local name absent=()
+    for name in "${wanted_commands[@]}"; do is_installed "$name" || absent+=("$name"); done
+    for name in "${wanted_libraries[@]}"; do has_library "$name" || absent+=("$name"); done
+    echo "${absent[*]}"
 }
 
 as_root() {
     if [ "$(id -u)" = 0 ]; then "$@"; else sudo env DEBIAN_FRONTEND=noninteractive "$@"; fi
 }
+
+install() { as_root apt-get -qq -o Dpkg::Use-Pty=0 install --no-install-recommends -y "$@"; }
 
 # write_entries RELEASE FOLDER: writes each entry of the machine's own sources for its release, with the suite replaced
 # by RELEASE, into a file in a folder of its own: both the one-line form (.list) and the stanza form (.sources).
@@ -102,17 +102,27 @@ install_mpdec_of_trixie() {
     give_up "could not get libmpdec4 and libmpdec-dev of Debian 13"
 }
 
-# The tests start their own servers: those of the packages are neither started now nor with the machine.
+install_base() {
+    say "installing ${packages[*]}"
+    install "${packages[@]}"
+    if ! has_library libmpdec && [ -n "$(apt-cache madison libmpdec-dev 2>/dev/null)" ]; then
+        say "installing libmpdec-dev"
+        install libmpdec-dev
+    fi
+    has_library libmpdec || install_mpdec_of_trixie
+}
+
+# The tests start their own servers: those of the packages are started neither now nor with the machine.
 install_peers() {
     local policy=/usr/sbin/policy-rc.d package made=
+    say "installing ${peer_packages[*]}"
     if [ ! -e "$policy" ]; then
         printf '#!/bin/sh\nexit 101\n' | as_root tee "$policy" >/dev/null
         as_root chmod 755 "$policy"
         made=1
     fi
     for package in "${peer_packages[@]}"; do
-        as_root apt-get -qq install --no-install-recommends -y "$package" ||
-            say "no package $package here: some tests of the network will be skipped"
+        install "$package" || say "no package $package here"
     done
     [ -z "$made" ] || as_root rm "$policy"
     if is_installed systemctl; then
@@ -120,41 +130,22 @@ install_peers() {
     fi
 }
 
-can_install() { is_installed apt-get && { [ "$(id -u)" = 0 ] || is_installed sudo; }; }
+missing=$(list_missing commands libraries)
+missing_peers=
+[ "${1-}" != peers ] || missing_peers=$(list_missing peer_commands peer_libraries)
+[ -n "$missing$missing_peers" ] || exit 0
 
-missing=$(list_missing)
-missing_peers=$(list_missing_peers)
-if [ -z "$missing$missing_peers" ]; then
+say "missing: $missing $missing_peers"
+if ! is_installed apt-get || { [ "$(id -u)" != 0 ] && ! is_installed sudo; }; then
+    [ -z "$missing" ] || give_up "install these by hand, or run this as root where there is apt-get"
+    say "some tests will be skipped"
     exit 0
 fi
-say "missing:" $missing $missing_peers
-if [ -z "$missing" ] && ! can_install; then
-    say "some tests of the network will be skipped"
-    exit 0
-fi
-is_installed apt-get || give_up "no apt-get here: install these by hand"
-can_install || give_up "run this once as root"
 export DEBIAN_FRONTEND=noninteractive
-
 as_root apt-get -qq update || say "some of the machine's sources could not be read; going on with the others"
-if [ -n "$missing_peers" ]; then
-    say "installing ${peer_packages[*]}"
-    install_peers
-fi
-if [ -z "$missing" ]; then
-    exit 0
-fi
-say "installing ${packages[*]}"
-as_root apt-get -qq install --no-install-recommends -y "${packages[@]}"
-if ! has_library libmpdec; then
-    if [ -n "$(apt-cache madison libmpdec-dev 2>/dev/null)" ]; then
-        say "installing libmpdec-dev"
-        as_root apt-get -qq install --no-install-recommends -y libmpdec-dev
-    else
-        install_mpdec_of_trixie
-    fi
-fi
+[ -z "$missing" ] || install_base
+[ -z "$missing_peers" ] || install_peers
 
-missing=$(list_missing)
-[ -z "$missing" ] || give_up "still missing: ${missing//$'\n'/ }"
-say "all is there"
+missing=$(list_missing commands libraries)
+[ -z "$missing" ] || give_up "still missing: $missing"
+say "done"
