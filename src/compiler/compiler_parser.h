@@ -6,6 +6,7 @@
 #include "compiler/resolution_info.h"
 #include "core/hash_table.h"
 #include "core/list.h"
+#include "core/recycled_memory.h"
 #include "core/stack.h"
 #include "frontend/attribute_lookup.h"
 #include "frontend/attribute_value.h"
@@ -33,6 +34,9 @@ struct Operator {
     int priority; // of the operator table, plus the bias of the open brackets
     int operands; // 0, 1 or 2
     int flags;    // as handed to Expression_Operator
+
+    static void* operator new(std::size_t) { return Recycled_Memory<Operator>::Take(); }
+    static void operator delete(void* memory) { Recycled_Memory<Operator>::Give_Back(memory); }
 };
 
 // What opened a subexpression.
@@ -48,6 +52,9 @@ struct SubexpressionStatistic {
     int count;
     int type; // Operand_Type
     int kind; // Subexpression_Kind
+
+    static void* operator new(std::size_t) { return Recycled_Memory<SubexpressionStatistic>::Take(); }
+    static void operator delete(void* memory) { Recycled_Memory<SubexpressionStatistic>::Give_Back(memory); }
 };
 
 // Kinds of an open TnASSIGNARRAY or TnREFERENCEARRAY block.

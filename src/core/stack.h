@@ -1,6 +1,8 @@
 #ifndef CORE_STACK_H
 #define CORE_STACK_H
 
+#include <utility>
+
 template <class T>
 struct StackNode {
     StackNode* next; // the one below
@@ -9,7 +11,7 @@ struct StackNode {
 
 // A singly linked stack of element pointers with a peek cursor that walks from the top down. The flag of the
 // constructor says whether the stack deletes what it discards: what Pop skips, and all that is left at Dump
-// or destruction.
+// or destruction. Nodes that were taken out are kept for the elements to come, until destruction.
 template <class T>
 class Stack {
   public:
@@ -40,7 +42,10 @@ class Stack {
     StackNode<T>* peek = nullptr;
 
   private:
+    StackNode<T>* spare = nullptr; // nodes without an element
+
     T* Peeked() const { return peek ? peek->element : nullptr; }
+    StackNode<T>* New_Node();
     T* Unlink_Top();
     void Discard_Top();
 };
@@ -49,11 +54,15 @@ template <class T>
 Stack<T>::~Stack() {
     if (top)
         Stack::Dump();
+    while (spare)
+        delete std::exchange(spare, spare->next);
 }
 
 template <class T>
 StackNode<T>* Stack<T>::Push(T* e) {
-    top = peek = new StackNode<T>{top, e};
+    StackNode<T>* node = New_Node();
+    *node = {top, e};
+    top = peek = node;
     entries++;
     return top;
 }
@@ -93,12 +102,17 @@ void Stack<T>::Dump() {
 }
 
 template <class T>
+StackNode<T>* Stack<T>::New_Node() {
+    return spare ? std::exchange(spare, spare->next) : new StackNode<T>;
+}
+
+template <class T>
 T* Stack<T>::Unlink_Top() {
     StackNode<T>* node = top;
-    T* e = node->element;
     top = node->next;
-    delete node;
-    return e;
+    node->next = spare;
+    spare = node;
+    return node->element;
 }
 
 template <class T>

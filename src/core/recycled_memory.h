@@ -1,0 +1,32 @@
+#ifndef CORE_RECYCLED_MEMORY_H
+#define CORE_RECYCLED_MEMORY_H
+
+#include <cstddef>
+#include <new>
+#include <utility>
+
+// The memory of small objects that come and go by the token: what is given back is kept for the next one. A
+// class has it for its objects by an operator new and an operator delete of its own:
+//
+//     static void* operator new(std::size_t) { return Recycled_Memory<Operator>::Take(); }
+//     static void operator delete(void* memory) { Recycled_Memory<Operator>::Give_Back(memory); }
+//
+// For classes without descendants that one thread at a time uses. Nothing goes back to the system.
+template <class T>
+class Recycled_Memory {
+  public:
+    static void* Take() { return kept ? std::exchange(kept, kept->next) : ::operator new(sizeof(Block)); }
+    static void Give_Back(void* memory) {
+        if (memory)
+            kept = ::new (memory) Block{kept};
+    }
+
+  private:
+    union Block {
+        Block* next;
+        alignas(T) std::byte object[sizeof(T)];
+    };
+    static inline Block* kept = nullptr;
+};
+
+#endif
