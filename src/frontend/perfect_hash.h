@@ -55,7 +55,7 @@ class Perfect_Hash {
     static constexpr unsigned low_mask = (1U << low_bits) - 1;
     static constexpr std::size_t bucket_capacity = 8;
     static constexpr int longest_possible = 31;
-    static constexpr unsigned seed = 256; // one that works for all key sets
+    static constexpr uint64_t factor = 0x9e3779b97f4a7c17; // one that works for all key sets
 
     struct Bucket {
         std::array<const Record*, bucket_capacity> rows{};
@@ -69,8 +69,15 @@ class Perfect_Hash {
         return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
     }
 
+    // By the first and last four bytes and the length, in which no two keys agree. Some bytes that are no
+    // letters fall together like the cases of a letter do.
     static constexpr unsigned Key_Hash(const char* key, int length) {
-        return hashi(key, static_cast<unsigned>(length), seed);
+        using namespace string_hash_detail;
+        const auto size = static_cast<unsigned>(length);
+        const uint64_t ends = size < 4 ? Byte(key) | Byte(key + size / 2) << 8 | Byte(key + size - 1) << 16
+                                       : Word(key) | uint64_t{Word(key + size - 4)} << 32;
+        const uint64_t product = ((ends | 0x2020202020202020) + size) * factor;
+        return static_cast<unsigned>(product >> 32);
     }
 
     // Finds the byte that sends all keys of the bucket to places of their own.
