@@ -152,7 +152,8 @@ HashTable<T>::HashTable(const HashTable& other)
         next = Resize(next, other.room);
         buckets = Resize(buckets, other.places);
         std::copy_n(other.slots, other.entries, slots);
-        std::memcpy(next, other.next, other.entries * sizeof *next); // parts of it were never set
+        // Parts of it were never set.
+        std::memcpy(next, other.next, static_cast<unsigned>(other.entries) * sizeof *next);
         std::copy_n(other.buckets, other.places, buckets);
         room = other.room;
         places = other.places;
