@@ -73,9 +73,7 @@ void FileCompilerParser::Output_Assembly(const char* text, int length) {
     output->Write(text, length);
     Assembly_Item(output).Text("\n");
     Reset_LineNo();
-    const String* const file = Current_File();
-    Output_Opcode(OPCODE_SOURCEFILE,
-                  Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT), 0);
+    Queue_Source_File();
 }
 
 void FileCompilerParser::Output_String_Directive(CompilerOutput* target, const char* text, int length,

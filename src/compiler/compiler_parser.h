@@ -414,10 +414,8 @@ class CompilerParser : public Parser {
     // database_tags.cpp, sql_fields.cpp
     ParserStatus Generate_Database_Command(int tag); // the tags of one table row
     ParserStatus Generate_Open(int tag);
-    ParserStatus Generate_Skip(int tag);
-    ParserStatus Generate_Go(int tag);
+    ParserStatus Generate_Move(int tag); // skip and go
     ParserStatus Generate_Primary(int tag);
-    ParserStatus Generate_Find(int tag);
     ParserStatus Generate_Makeindex(int tag);
     ParserStatus Generate_Create(int tag);
     ParserStatus Generate_Revealstructure(int tag);

@@ -18,6 +18,7 @@ struct Database_Command {
 
 constexpr Database_Command commands[] = {
     {Tag::Close, 1, OPCODE_DBCLOSE, FILE_VERSION_FIRST},
+    {Tag::Find, 4, OPCODE_DBFIND, FILE_VERSION_FIRST},
     {Tag::Setindex, 3, OPCODE_DBSETINDEX, FILE_VERSION_FIRST},
     {Tag::Update, 2, OPCODE_DBUPDATE, FILE_VERSION_FIRST},
     {Tag::Delete, 2, OPCODE_DBDELETE, FILE_VERSION_FIRST},
@@ -43,7 +44,7 @@ namespace Open {
 enum Element { FLAGS = 6 };
 }
 
-// Of the three tags that move in a table, and of the finder.
+// ROW in TnGO.
 namespace Move {
 enum Element { ROWS = 2 };
 }
@@ -94,15 +95,9 @@ ParserStatus CompilerParser::Generate_Open(int) {
     return Output_Version(file_version_major, FILE_VERSION_OPEN_FLAGS);
 }
 
-ParserStatus CompilerParser::Generate_Skip(int) {
+ParserStatus CompilerParser::Generate_Move(int tag) {
     Set_Default(attribute_values->Element(Move::ROWS), "1");
-    Output_Database_Command(3, OPCODE_DBSKIP);
-    return PARSER_OK;
-}
-
-ParserStatus CompilerParser::Generate_Go(int) {
-    Set_Default(attribute_values->Element(Move::ROWS), "1");
-    Output_Database_Command(3, OPCODE_DBGO);
+    Output_Database_Command(3, tag == Tag::Skip ? OPCODE_DBSKIP : OPCODE_DBGO);
     return PARSER_OK;
 }
 
@@ -115,11 +110,6 @@ ParserStatus CompilerParser::Generate_Primary(int) {
             return status;
     }
     Output_Database_Command(3, OPCODE_DBPRIMARY);
-    return PARSER_OK;
-}
-
-ParserStatus CompilerParser::Generate_Find(int) {
-    Output_Database_Command(4, OPCODE_DBFIND);
     return PARSER_OK;
 }
 

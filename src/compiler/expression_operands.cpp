@@ -8,13 +8,19 @@
 
 #include <memory>
 
+namespace {
+
+template <typename Entry>
+void Empty(Stack<Entry>& stack) {
+    while (stack.Top())
+        delete stack.Pop();
+}
+
+} // namespace
+
 void CompilerParser::Reset_Expression() {
-    while (subexpressions.Top()) {
-        delete subexpressions.Pop();
-    }
-    while (operators.Top()) {
-        delete operators.Pop();
-    }
+    Empty(subexpressions);
+    Empty(operators);
     priority_bias = 0;
     conditional_operators = 0;
 }
@@ -84,12 +90,9 @@ ParserStatus CompilerParser::End_Of_Expression() {
         Check_Last_Subexpression(written, &status);
     }
     if (subexpressions.Top()) {
-        do {
-            delete subexpressions.Pop();
-        } while (subexpressions.Top());
-        if (status == PARSER_OK) {
+        Empty(subexpressions);
+        if (status == PARSER_OK)
             status = Report<Message::Too_Many_Open_Parentheses>();
-        }
     }
     if (current_tag == -1 && start_state != START_EXPRESSION) {
         Queue(OPCODE_OUT);

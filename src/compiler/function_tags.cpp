@@ -14,6 +14,10 @@ enum Function_Element { NAME, PARAMETERS, STDOUT_LEVEL, ERROR_LEVEL, ACCESS };
 
 enum Do_Element { DO_FILE, DO_NAME, DO_VALUE };
 
+bool Can_Start_Name(char c) {
+    return Is_Name_Character(c) && !std::isdigit(static_cast<unsigned char>(c));
+}
+
 } // namespace
 
 // A function's tables start empty, so that its first parameter is number 0 and no name outlives it. The
@@ -74,15 +78,10 @@ ParserStatus CompilerParser::Generate_Function(int) {
 }
 
 ParserStatus CompilerParser::Check_Function_Name(std::string_view name) {
-    if (name.empty()) {
-        return Report<Message::Function_Name_Characters>(name);
-    }
-    if (!Is_Name_Character(name.front()) || std::isdigit(static_cast<unsigned char>(name.front()))) {
+    if (!name.empty() && !Can_Start_Name(name.front()))
         return Report<Message::Function_Name_Start>(name);
-    }
-    if (!std::all_of(name.begin(), name.end(), Is_Name_Character)) {
+    if (name.empty() || !std::all_of(name.begin(), name.end(), Is_Name_Character))
         return Report<Message::Function_Name_Characters>(name);
-    }
     return PARSER_OK;
 }
 

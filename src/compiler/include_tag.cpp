@@ -34,16 +34,11 @@ ParserStatus CompilerParser::Generate_Include(int) {
 
 // The current file is not on the stack: a file that includes itself is met at the second nesting.
 bool CompilerParser::Is_Being_Included(const String& name) {
-    for (const Tokenizer* suspended = tokenizer_stack.Top(); suspended; suspended = tokenizer_stack.Peek()) {
-        const String& other = suspended->filename;
-        if (other.length() == name.length() &&
-            std::memcmp(other.text(), name.text(), static_cast<std::size_t>(name.length())) == 0) {
-            (void)tokenizer_stack.Top();
-            return true;
-        }
-    }
+    const Tokenizer* suspended = tokenizer_stack.Top();
+    while (suspended && suspended->filename.view() != name.view())
+        suspended = tokenizer_stack.Peek();
     (void)tokenizer_stack.Top(); // the cursor goes back for the next pop
-    return false;
+    return suspended;
 }
 
 ParserStatus CompilerParser::Include_Source(const String& name) {

@@ -17,12 +17,11 @@ ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int op
     Force_LineNo(last_lineno);
     if (localized_text) {
         localized_text->cat(text, length);
-    } else if (int piece = Literal_Piece_Length(); piece && length) {
-        for (; length > piece; text += piece, length -= piece) {
-            Output_Text_Piece(text, piece, opcode);
-        }
-        Output_Text_Piece(text, length, opcode);
     } else {
+        if (int piece = Literal_Piece_Length()) {
+            for (; length > piece; text += piece, length -= piece)
+                Output_Text_Piece(text, piece, opcode);
+        }
         Output_Text_Piece(text, length, opcode);
     }
     Unforce_LineNo();
