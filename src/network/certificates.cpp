@@ -1,5 +1,6 @@
 // Bringing TLS up: the client's certificate, and who the server is.
 
+#include "core/text_length.h"
 #include "files/file.h"
 #include "files/file_manager.h"
 #include "network/network_connection.h"
@@ -48,7 +49,8 @@ int NetworkManager::SSL_Connect(NetworkConnection* connection, const char* host,
         if (!Load_Client_Certificate(cert_file, cert_type, cert_password, &certificate, &key))
             return 0;
     } else if (cert_type && Given(cert_value)) {
-        if (!Populate_Client_Certificate(cert_value, -1, cert_type, cert_password, &certificate, &key))
+        if (!Populate_Client_Certificate(cert_value, Text_Length(cert_value, -1), cert_type, cert_password,
+                                         &certificate, &key))
             return 0;
     }
     const bool is_address = IsIPAddress(host);

@@ -119,4 +119,10 @@ TEST_F(Servers, Nginx_Answers_Sized_And_Chunked) {
     EXPECT_EQ(Get("/missing", 1.1, &length).substr(0, 4), "404 ");
 }
 
+// TLS comes from the application that has it; the compiler has none.
+TEST(Program, Links_No_TLS_Library) {
+    EXPECT_EQ(std::system("readelf -d " tnc_path " | grep -q NEEDED"), 0);
+    EXPECT_NE(std::system("readelf -d " tnc_path " | grep NEEDED | grep -qE 'ssl|crypto|tls'"), 0);
+}
+
 } // namespace

@@ -22,16 +22,20 @@ struct TLS_Application : Network_Application {
     void* SSL_GetFunction(const char* name) override { return dlsym(RTLD_DEFAULT, name); }
 };
 
-// How a page is asked for. Null is what isn't given.
+// What a page is asked for with. Null is what isn't given.
 struct Request {
-    const char* cert_file = nullptr;
-    const char* cert_value = nullptr;
+    unsigned flags = 0;
     const char* cert_type = nullptr;
+    const char* cert_value = nullptr;
+    const char* cert_file = nullptr;
     const char* password = nullptr;
     const char* pin_algorithm = nullptr;
     const char* pin = nullptr;
-    unsigned flags = CONNECTION_MUST_BE_SECURE;
 };
+
+Request Pinned(const char* algorithm, const std::string& digest) {
+    return {0, nullptr, nullptr, nullptr, nullptr, algorithm, digest.c_str()};
+}
 
 class TLS : public testing::Test {
   protected:
@@ -93,12 +97,12 @@ TEST_F(TLS, Names_And_Verifies_The_Server) {
     settings[CONFIG_CERTIFICATE_CHECKS] = CERTIFICATE_ADDRESS_CHECKED;
     EXPECT_EQ(Get({}, "127.0.0.1"), unverified);
     // Nobody that the context trusts has signed it.
-    EXPECT_NE(Get({.flags = CONNECTION_MUST_VERIFY}).find("certificate verify failed"), std::string::npos);
+    EXPECT_NE(Get({CONNECTION_MUST_VERIFY}).find("certificate verify failed"), std::string::npos);
     settings[CONFIG_SERVER_NAME] = 1;
     ASSERT_TRUE(application.SSL_Available(nullptr));
     SSL_CTX_load_verify_locations(static_cast<SSL_CTX*>(application.ssl_state()),
                                   (directory.path + "/named.pem").c_str(), nullptr);
-    EXPECT_EQ(Get({.flags = CONNECTION_MUST_VERIFY}), "200");
+    EXPECT_EQ(Get({CONNECTION_MUST_VERIFY}), "200");
 }
 
 TEST_F(TLS, Demands_The_Pinned_Certificate) {
@@ -113,11 +117,10 @@ TEST_F(TLS, Demands_The_Pinned_Certificate) {
     const Peer server(Server(), port);
     ASSERT_TRUE(server.started());
     const std::string longer = digest + "x", other(32, 'x');
-    EXPECT_EQ(Get({.pin_algorithm = "sha256", .pin = digest.c_str()}), "200");
+    EXPECT_EQ(Get(Pinned("sha256", digest)), "200");
     for (const std::string& wrong : {longer, other})
-        EXPECT_EQ(Get({.pin_algorithm = "sha256", .pin = wrong.c_str()}),
-                  "Certificate does not match expected fingerprint");
-    EXPECT_EQ(Get({.pin_algorithm = "none", .pin = "x"}), "Unsupported certificate pinning algorithm");
+        EXPECT_EQ(Get(Pinned("sha256", wrong)), "Certificate does not match expected fingerprint");
+    EXPECT_EQ(Get(Pinned("none", digest)), "Unsupported certificate pinning algorithm");
 }
 
 TEST_F(TLS, Shows_The_Client_Certificate) {
@@ -131,25 +134,22 @@ TEST_F(TLS, Shows_The_Client_Certificate) {
     const std::string locked =
         directory.Put("locked.pem", directory.Get("client.pem") + directory.Get("locked.key"));
     const std::string der = directory.path + "/client.der";
-    const std::string nowhere = directory.path + "/none";
     const struct {
         Request request;
         const char* expected; // how the answer or the error begins
     } cases[] = {
-        {{.cert_value = value.c_str(), .cert_type = "PEM"}, "200"},
-        {{.cert_value = value.c_str(), .cert_type = ""}, "200"},
-        {{.cert_file = locked.c_str(), .cert_type = "pem", .password = "secret"}, "200"},
-        {{.cert_file = locked.c_str(), .cert_type = "pem", .password = "wrong"},
-         "Error reading client key: error:"},
-        {{.cert_file = locked.c_str(), .cert_type = "pem"}, "Error reading client key: error:"},
-        {{.cert_file = der.c_str(), .cert_type = "ASN1"}, "Error reading client key: error:"},
-        {{.cert_value = "x", .cert_type = "PEM"}, "Error reading client certificate: error:"},
-        {{.cert_value = "x", .cert_type = "X"}, "Unsupported certificate type 'X'"},
-        {{.cert_file = nowhere.c_str(), .cert_type = "PEM"},
-         "Unable to load client certificate: No such file or directory"},
-        {{.cert_file = "/dev/null", .cert_type = "PEM"}, "Unable to read from client certificate file: "},
+        {{0, "PEM", value.c_str()}, "200"},
+        {{0, "", value.c_str()}, "200"},
+        {{0, "pem", nullptr, locked.c_str(), "secret"}, "200"},
+        {{0, "pem", nullptr, locked.c_str(), "wrong"}, "Error reading client key: error:"},
+        {{0, "pem", nullptr, locked.c_str()}, "Error reading client key: error:"},
+        {{0, "ASN1", nullptr, der.c_str()}, "Error reading client key: error:"},
+        {{0, "PEM", "x"}, "Error reading client certificate: error:"},
+        {{0, "X", "x"}, "Unsupported certificate type 'X'"},
+        {{0, "PEM", nullptr, "/none"}, "Unable to load client certificate: No such file or directory"},
+        {{0, "PEM", nullptr, "/dev/null"}, "Unable to read from client certificate file: "},
         {{}, "Error establishing SSL connection: error:"},
-        {{.cert_value = value.c_str()}, "Error establishing SSL connection: error:"},
+        {{0, nullptr, value.c_str()}, "Error establishing SSL connection: error:"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(Get(c.request).substr(0, strlen(c.expected)), c.expected);
