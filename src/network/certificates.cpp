@@ -19,10 +19,6 @@ namespace {
 // A setting of how to name the server: never, always, and else where the library is new enough.
 enum Server_Name_Setting { SERVER_NAME_NEVER = 0, SERVER_NAME_ALWAYS = 1 };
 
-bool Given(const char* text) {
-    return text && *text;
-}
-
 template <typename Object>
 using TLS_Pointer = std::unique_ptr<Object, void (*)(Object*)>;
 

@@ -8,6 +8,9 @@ class TarnApplication;
 struct evp_pkey_st;
 struct x509_st;
 
+// How a SOCKS 5 request and its answer name a host: by the address or by the name.
+enum SOCKS5_Address_Kind { SOCKS5_IPV4 = 1, SOCKS5_NAME = 3, SOCKS5_IPV6 = 4 };
+
 // The factory of connections: resolves names, goes through a SOCKS proxy where the settings name one, brings
 // TLS up, splits URLs and sends HTTP requests. Questions answer bool, other operations 1 or 0, or a
 // connection or null; failures leave the text in error(). A connection handed out is the caller's. Timeouts
@@ -34,7 +37,8 @@ class NetworkManager {
     [[nodiscard]] virtual int NormalizeIPAddress(const char* address, String& result) = 0;
     // The first address of a host, in figures.
     [[nodiscard]] virtual int GetHostAddress(const char* host, String& result) = 0;
-    // A host as a SOCKS request names it: four bytes; or a byte for the kind and the address or the name.
+    // A host as a SOCKS request names it: four bytes; or a SOCKS5_Address_Kind and the address, or a byte of
+    // length and the name.
     [[nodiscard]] virtual int GetSOCKS4Address(const char* host, String& address) = 0;
     [[nodiscard]] virtual int GetSOCKS5Address(const char* host, String& address) = 0;
     // Through the proxy of the settings, if there is one.
@@ -106,6 +110,7 @@ class NetworkManager {
   protected:
     // Stores the text and answers 0.
     int Fail(const String& text);
+    static bool Given(const char* text) { return text && *text; }
 
     TarnApplication* application;
     String error_;

@@ -17,9 +17,7 @@ enum SOCKS5_Code {
     SOCKS5_PASSWORD = 2,
     SOCKS5_PASSWORD_VERSION = 1,
     SOCKS5_NOT_ALLOWED = 2,
-    SOCKS5_HOST_UNREACHABLE = 4,
-    SOCKS5_IPV4 = 1,
-    SOCKS5_IPV6 = 4
+    SOCKS5_HOST_UNREACHABLE = 4
 };
 
 constexpr size_t longest_credential = 255;

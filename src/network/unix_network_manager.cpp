@@ -15,9 +15,6 @@ namespace {
 // Room for the figures of any address that a resolver gives.
 constexpr int longest_address = 512;
 
-// How a SOCKS 5 request names a host.
-enum SOCKS5_Address_Kind { SOCKS5_IPV4 = 1, SOCKS5_NAME = 3, SOCKS5_IPV6 = 4 };
-
 using Addresses = std::unique_ptr<addrinfo, void (*)(addrinfo*)>;
 
 // The addresses of a host for TCP, null when there are none.

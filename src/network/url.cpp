@@ -73,10 +73,6 @@ bool Is_Protocol(std::string_view protocol, std::string_view name) {
     return protocol.size() == name.size() && memcmpi(protocol.data(), name.data(), name.size()) == 0;
 }
 
-bool Given(const char* text) {
-    return text && *text;
-}
-
 // Answers a version that the protocol has, for one that isn't a number, too.
 double Sound_Version(double version) {
     if (!(version <= 9.0))
