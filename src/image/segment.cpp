@@ -60,10 +60,10 @@ int Segment::Write_Double(int offset, double value) {
 }
 
 void Segment::Grow(int wanted) {
-    if (wanted <= capacity)
-        return;
     const int64_t rounded = (int64_t{wanted} + growth - 1) / growth * growth;
     const int grown_capacity = static_cast<int>(std::min<int64_t>(rounded, INT_MAX));
+    if (wanted < capacity || grown_capacity == capacity)
+        return;
     std::unique_ptr<char[]> grown(new char[static_cast<size_t>(grown_capacity)]());
     std::copy_n(data.get(), capacity, grown.get());
     data = std::move(grown);

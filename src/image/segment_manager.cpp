@@ -24,7 +24,8 @@ SegmentManager::SegmentManager() : segments(1) {
 
 SegmentManager::SegmentManager(const SegmentManager& source) : start(source.start) {
     for (const auto& segment : source.segments)
-        segments.push_back(segment ? std::make_unique<Segment>(*segment) : nullptr);
+        segments.push_back(segment ? std::make_unique<Segment>(*segment)
+                                   : std::make_unique<Segment>(Entries()));
 }
 
 SegmentManager::~SegmentManager() = default;

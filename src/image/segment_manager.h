@@ -15,7 +15,7 @@ class TaggedFile;
 class SegmentManager {
   public:
     SegmentManager();
-    SegmentManager(const SegmentManager& source);
+    SegmentManager(const SegmentManager& source); // has an empty segment where the source has none
     SegmentManager& operator=(const SegmentManager&) = delete;
 
     // The order of the virtual operations is part of the binary interface: add at the end.

@@ -6,6 +6,7 @@
 
 #include "image/tagged_file.h"
 
+#include "backend/engine_version.h"
 #include "files/file_manager.h"
 #include "image/little_endian.h"
 
@@ -19,7 +20,8 @@ constexpr char magic[4] = {'T', 'a', 'r', 'n'};
 constexpr int header_size = 32;
 constexpr int directory_entry_size = 12;
 constexpr int directory_growth = 16;
-constexpr int oldest_version = 0x10001;
+constexpr int oldest_version = file_version_major << 16 | FILE_VERSION_SECOND;
+constexpr int newest_version = file_version_major << 16 | FILE_VERSION_ISOLATION;
 constexpr uint32_t most_entries = 0xaaaaaaa;
 
 constexpr const char* end_of_file = "Unexpected end of file";
@@ -228,7 +230,7 @@ bool TaggedFile::Directory_Read(uint32_t entries) {
         return Error("header.directory_entries out of range");
     const int64_t size = int64_t{entries} * directory_entry_size;
     const auto truncated = [this] { return Error("Unexpected end of file while reading directory"); };
-    if (size > file->Length() - directory_offset)
+    if (size > std::max<int64_t>(file->Length() - directory_offset, 0))
         return truncated();
     std::vector<char> bytes(static_cast<size_t>(size));
     if (Read_At(directory_offset, bytes.data(), size) != size)

@@ -26,7 +26,6 @@ constexpr int Section_Tag(const char (&letters)[5]) {
 // were asked for is no failure, but leaves a text, too, for the caller that needed all of them.
 class TaggedFile {
   public:
-    static constexpr int newest_version = 0x1000d;
     static constexpr int signature_size = 16;
 
     // The manager outlives the object.

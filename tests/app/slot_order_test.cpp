@@ -10,6 +10,10 @@
 #include "extension/external_call.h"
 #include "extension/external_library.h"
 #include "files/unix_file_manager.h"
+#include "image/dictionary.h"
+#include "image/function_table.h"
+#include "image/segment_manager.h"
+#include "image/tagged_file.h"
 #include "network/logging_network_connection.h"
 #include "network/network_service.h"
 #include "network/unix_network_connection.h"
@@ -162,6 +166,11 @@ const Place places[] = {
     PLACE(13, VariableHash::Find),
     PLACE_OF(19, VariableHash::Read, TaggedFile*, int),
     PLACE(27, VariableHash::RealIdentity),
+    PLACE(3, TaggedFile::Error),
+    PLACE(3, SegmentManager::Error),
+    PLACE(3, Dictionary::Error),
+    PLACE(2, FunctionManager::Function_Get),
+    PLACE(4, FunctionManager::Error),
 };
 
 TEST(SlotOrder, Operations_Stand_Where_Libraries_Look_For_Them) {

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <initializer_list>
 #include <iterator>
 #include <string>
 #include <sys/mman.h>
@@ -16,47 +15,59 @@
 #include <utility>
 #include <vector>
 
-inline std::string Word(unsigned value) {
-    return {static_cast<char>(value), static_cast<char>(value >> 8)};
-}
-
-inline std::string Dwords(std::initializer_list<int64_t> values) {
+// Images are put together by hand here, so that neither half of the code under test vouches for the other.
+inline std::string Number(int64_t value, int width) {
     std::string bytes;
-    for (const int64_t value : values)
-        bytes += Word(static_cast<unsigned>(value)) + Word(static_cast<unsigned>(value >> 16));
+    for (; width > 0; width--, value >>= 8)
+        bytes += static_cast<char>(value);
     return bytes;
 }
 
-// Images are put together by hand here, so that neither half of the code under test vouches for the other.
+inline std::string Dwords(const std::vector<int64_t>& values) {
+    std::string bytes;
+    for (const int64_t value : values)
+        bytes += Number(value, 4);
+    return bytes;
+}
+
 using Section = std::pair<std::string, std::string>; // tag, bytes
 
-inline std::string Image(const std::vector<Section>& sections, const std::string& signature = "",
+inline std::string Image(const std::vector<Section>& sections, std::string signature = "",
                          int version = 0x1000d) {
     std::string body;
     std::string directory;
     for (const auto& [tag, bytes] : sections) {
-        directory += tag + Dwords({int64_t{32} + static_cast<int64_t>(body.size()),
-                                   static_cast<int64_t>(bytes.size())});
+        directory += tag + Number(32 + static_cast<int64_t>(body.size()), 4) +
+                     Number(static_cast<int64_t>(bytes.size()), 4);
         body += bytes;
     }
-    std::string padded = signature;
-    padded.resize(16);
-    return "Tarn" + Dwords({version}) + padded +
-           Dwords({static_cast<int64_t>(32 + body.size()), static_cast<int64_t>(sections.size())}) + body +
-           directory;
+    signature.resize(16);
+    return "Tarn" + Number(version, 4) + signature + Number(32 + static_cast<int64_t>(body.size()), 4) +
+           Number(static_cast<int64_t>(sections.size()), 4) + body + directory;
 }
 
-inline std::string Patched(std::string bytes, size_t at, const std::string& patch) {
-    return bytes.replace(at, patch.size(), patch);
-}
+struct Patch {
+    size_t at;
+    int64_t value;
+    int width = 4;
 
-// Five names, of which "a" is a part of "main".
-inline std::string Dictionary_Section(int header_word = 0) {
-    return Dwords({5, 11, header_word, 0, 4, 4, 3, 7, 3, 1, 1, 10, 1}) + "mainsummaxb";
-}
+    std::string operator()(std::string bytes) const {
+        return bytes.replace(at, static_cast<size_t>(width), Number(value, width));
+    }
+};
+
+// What is said of each of these changes.
+struct Refusal {
+    const char* error;
+    std::vector<Patch> patches;
+};
 
 class ImageTest : public testing::Test {
   protected:
+    ImageTest() {
+        for (const char* text : {"main", "sum", "max", "a", "b"})
+            names.Entry_Add(text, -1);
+    }
     ~ImageTest() override { close(descriptor); }
 
     void Put(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
@@ -68,39 +79,42 @@ class ImageTest : public testing::Test {
         Put(bytes);
         return file.Open(path.c_str(), FILE_MODE_READ);
     }
-    // Reads one part of an image that has these sections.
-    template <class Part>
-    bool Read(Part& part, const std::vector<Section>& sections) {
-        TaggedFile file(&files);
-        EXPECT_TRUE(Open(file, Image(sections)));
-        return part.Read(&file);
-    }
     template <class Part>
     std::string Written(Part& part) {
         TaggedFile file(&files);
         EXPECT_TRUE(file.Create(path.c_str(), nullptr, 0));
         EXPECT_TRUE(part.Write(&file));
         EXPECT_TRUE(file.Section_Flush());
-        file.Close();
         return Get();
     }
-    static std::string Text(Dictionary& dictionary, int index) {
-        int size = -1;
-        const char* text = dictionary.Entry(index, &size);
-        return text ? std::string(text, static_cast<size_t>(size)) : "none " + std::to_string(size);
+    // Another section follows, which must not be taken for the rest of this one.
+    template <class Part>
+    bool Read(Part& part, const Section& section) {
+        TaggedFile file(&files);
+        EXPECT_TRUE(Open(file, Image({section, {"more", std::string(100, '\0')}})));
+        return part.Read(&file);
+    }
+    // The section is refused with each of the changes and cut anywhere, and leaves the part as it was.
+    template <class Part>
+    void Expect_Refused(Part& part, const Section& section, const std::vector<Refusal>& refusals) {
+        const std::string before = Written(part);
+        for (const Refusal& refusal : refusals)
+            for (const Patch& patch : refusal.patches) {
+                EXPECT_FALSE(Read(part, {section.first, patch(section.second)})) << patch.at;
+                EXPECT_EQ(part.error().view(), refusal.error) << patch.at << ": " << patch.value;
+            }
+        for (size_t length = 0; length < section.second.size(); length++)
+            EXPECT_FALSE(Read(part, {section.first, section.second.substr(0, length)})) << length;
+        EXPECT_FALSE(Read(part, {"none", section.second}));
+        EXPECT_EQ(part.error().view(), "Invalid section");
+        EXPECT_EQ(Written(part), before);
     }
 
     // The file is in memory: thousands of images are written.
     const int descriptor = memfd_create("image", 0);
     const std::string path = "/proc/self/fd/" + std::to_string(descriptor);
     UNIXFileManager files{nullptr};
-};
-
-// A section with one field changed, and what is said of it.
-struct Refusal {
-    size_t at;
-    std::string patch;
-    const char* error;
+    Dictionary names;
 };
 
 #endif
