@@ -16,6 +16,8 @@
 
 namespace {
 
+constexpr int longest_added_error = 4096;
+
 bool Is_Digit(char byte) {
     return byte >= '0' && byte <= '9';
 }
@@ -79,11 +81,13 @@ bool AttributeValue::Is_Set() const {
     return simple_text || ident != -1 || expression;
 }
 
-// Nothing clears the text of an error, so that of this one adds up.
+// Nothing clears the text of an error, so that of this one adds up; but a page of nothing else must not make
+// reports without end.
 int AttributeValue::Set_Simple_Text(const char* text, int length, AttrExprType new_type) {
     if (simple_text) {
         error_code = message_code(Message::Attribute_Repeated);
-        error_message += message_text<Message::Attribute_Repeated>();
+        if (error_message.length() < longest_added_error)
+            error_message += message_text<Message::Attribute_Repeated>();
         return 1;
     }
     type = new_type;

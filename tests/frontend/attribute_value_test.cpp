@@ -31,6 +31,9 @@ TEST(AttributeValue, Given_Twice) {
     EXPECT_EQ(value.Set_Simple_Text("b", 1, ATTREXPR_MEMBER), 1);
     EXPECT_STREQ(value.error_message.text(),
                  "Attribute is used more than onceAttribute is used more than once");
+    for (int i = 0; i < 1000; ++i)
+        (void)value.Set_Simple_Text("b", 1, ATTREXPR_MEMBER);
+    EXPECT_LT(value.error_message.length(), 5000);
     EXPECT_EQ(value.Set_Literal(&parser, "l.a", 3, ATTREXPR_TARGET), 1);
     EXPECT_EQ(value.error_code, 170);
 
