@@ -44,7 +44,8 @@ ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, in
 
     if (code.Given(index)) {
         if (Element(index)->Parse_String_Variable(parser)) {
-            return parser->Report_Stored_Error(*Element(index));
+            if (ParserStatus status = parser->Report_Stored_Error(*Element(index)))
+                return status;
         }
         code.Bind(i);
     }
