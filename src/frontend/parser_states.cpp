@@ -197,6 +197,7 @@ void Parser::Open_Expression(Scan& scan) {
             return;
         }
         capture_expression = 0;
+        Reset_Output(); // a call text that was cut short captures the wrong expression
         if (pending_is_html)
             expression_opened_in_html = 1;
     }
