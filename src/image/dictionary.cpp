@@ -172,19 +172,27 @@ bool Dictionary::Read_Section(TaggedFile* file) {
     const int available = static_cast<int>(file->Section_Holds(data_size) ? data_size : remaining);
     DictionaryDataBlock* block = read.Add_Block(Block_Capacity(available));
     block->used = file->Section_Read(block->data.get(), available);
-    read.entries.reserve(entry_count);
-    for (const char* record = table.data(); read.entries.size() < entry_count; record += entry_size) {
-        const auto offset = Get_Little_Endian<int32_t>(record);
-        const auto size = Get_Little_Endian<uint32_t>(record + 4);
-        if (offset < 0 || offset >= block->used)
-            return Error("dictionary_entry.offset out of range");
-        if (int64_t{offset} + size > block->used)
-            return Error("dictionary_entry.offset + dictionary_entry.size out of range");
-        read.entries.push_back({block, offset, static_cast<int>(size)});
-    }
+    if (const char* fault = read.Add_Records(table))
+        return Error(fault);
     if (block->used != static_cast<int>(data_size))
         return Error(file->error());
     Swap_Texts(read);
     header_word = Get_Little_Endian<int32_t>(header + 8);
     return true;
+}
+
+// Adds the entries of a section whose data is the last block. Answers what is wrong, null for nothing.
+const char* Dictionary::Add_Records(const std::vector<char>& table) {
+    DictionaryDataBlock* block = blocks.back().get();
+    entries.reserve(table.size() / entry_size);
+    for (size_t at = 0; at < table.size(); at += entry_size) {
+        const auto offset = Get_Little_Endian<int32_t>(&table[at]);
+        const auto size = Get_Little_Endian<uint32_t>(&table[at + 4]);
+        if (offset < 0 || offset >= block->used)
+            return "dictionary_entry.offset out of range";
+        if (int64_t{offset} + size > block->used)
+            return "dictionary_entry.offset + dictionary_entry.size out of range";
+        entries.push_back({block, offset, static_cast<int>(size)});
+    }
+    return nullptr;
 }

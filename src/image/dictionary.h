@@ -69,6 +69,7 @@ class Dictionary {
     int64_t Set_Bases();
     void Swap_Texts(Dictionary& other);
     bool Read_Section(TaggedFile* file);
+    const char* Add_Records(const std::vector<char>& table);
 
     String error_;
     std::vector<Entry_Record> entries;

@@ -48,6 +48,30 @@ const char* Header_Fault(const Header& header) {
     return nullptr;
 }
 
+// Reads the buckets and the links. Answers what is wrong, null for nothing. What leads nowhere ends its
+// chain.
+const char* Read_Chains(TaggedFile* file, const Header& header, ChainHeads& buckets, std::vector<int>& next) {
+    const auto function_at = [&](const char* record) {
+        const auto function = Get_Little_Endian<uint32_t>(record);
+        return function < header.function_count ? static_cast<int>(function) : -1;
+    };
+    std::vector<char> bytes;
+    if (!file->Section_Read_Records(bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
+        return file->error().text();
+    for (size_t at = 0; at < bytes.size(); at += bucket_record_size) {
+        const auto index = Get_Little_Endian<int16_t>(&bytes[at]);
+        if (index < 0 || static_cast<uint32_t>(index) >= header.Buckets())
+            return "function_hash_bucket.index out of range";
+        buckets.Set_Head(index, function_at(&bytes[at + 2]));
+    }
+    if (!file->Section_Read_Records(bytes, header.function_count, link_size))
+        return file->error().text();
+    next.reserve(header.function_count);
+    for (size_t at = 0; at < bytes.size(); at += link_size)
+        next.push_back(function_at(&bytes[at]));
+    return nullptr;
+}
+
 // A function's header and parameters.
 std::vector<char> Record_Of(Function& function) {
     std::vector<char> record;
@@ -111,26 +135,10 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     if (const char* fault = Header_Fault(header))
         return Error(fault);
 
-    // A head or link that leads nowhere is the end of its chain.
-    const auto reference = [&](const char* record) {
-        const auto function = Get_Little_Endian<uint32_t>(record);
-        return function < header.function_count ? static_cast<int>(function) : -1;
-    };
     ChainHeads read_buckets(header.bucket_bits, 0);
-    if (!file->Section_Read_Records(bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
-        return Error(file->error());
-    for (size_t at = 0; at < bytes.size(); at += bucket_record_size) {
-        const auto index = Get_Little_Endian<int16_t>(&bytes[at]);
-        if (index < 0 || static_cast<uint32_t>(index) >= header.Buckets())
-            return Error("function_hash_bucket.index out of range");
-        read_buckets.Set_Head(index, reference(&bytes[at + 2]));
-    }
     std::vector<int> read_next;
-    if (!file->Section_Read_Records(bytes, header.function_count, link_size))
-        return Error(file->error());
-    for (size_t at = 0; at < bytes.size(); at += link_size)
-        read_next.push_back(reference(&bytes[at]));
-
+    if (const char* fault = Read_Chains(file, header, read_buckets, read_next))
+        return Error(fault);
     std::vector<std::unique_ptr<Function>> read_functions;
     while (read_functions.size() < header.function_count) {
         auto function = std::make_unique<Function>(dictionary, 0);

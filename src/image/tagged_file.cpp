@@ -117,7 +117,7 @@ int TaggedFile::Section_Write(const char* data, int length) {
 }
 
 bool TaggedFile::Section_Write_All(const std::vector<char>& bytes) {
-    const int length = static_cast<int>(bytes.size());
+    const int length = static_cast<int>(std::min<size_t>(bytes.size(), INT_MAX)); // which is refused
     return Section_Write(bytes.data(), length) == length;
 }
 
