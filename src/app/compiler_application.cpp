@@ -28,7 +28,7 @@ CompilerApplication::CompilerApplication(int argc, char** argv)
 }
 
 CompilerApplication::~CompilerApplication() {
-    Close_Output();
+    End_Run();
 }
 
 int CompilerApplication::Go() {
@@ -39,7 +39,7 @@ int CompilerApplication::Go() {
         return 0;
     if (!ValidateOptions() || !OpenOutput())
         return 1;
-    bool is_compiled = Compile_Files() && Finish_Output();
+    bool is_compiled = Compile() && Finish_Output();
     Close_Output();
     if (!is_compiled)
         Remove_Output();
@@ -67,9 +67,17 @@ bool CompilerApplication::Is_Defined(const char* name, int length) {
     return defines.Find(name, length) != nullptr;
 }
 
+// The list of lines is written as its parser goes. Others stay: taking large tables apart takes its time.
+bool CompilerApplication::Compile() {
+    parser = Make_Parser();
+    bool is_compiled = Compile_Files();
+    if (coverage_output)
+        parser.reset();
+    return is_compiled;
+}
+
 // One parser serves all files, so that functions, labels and strings stay known from file to file.
 bool CompilerApplication::Compile_Files() {
-    std::unique_ptr<FileCompilerParser> parser = Make_Parser();
     for (int input = first_input; input < argc; ++input) {
         auto* tokenizer = new Tokenizer(filemanager());
         delete parser->Set_Tokenizer(tokenizer);
@@ -106,6 +114,15 @@ void CompilerApplication::Close_Output() {
     assembly = nullptr;
     delete output_file;
     output_file = nullptr;
+}
+
+void CompilerApplication::End_Run() {
+    parser.reset();
+    Close_Output();
+}
+
+FileCompilerParser* CompilerApplication::Release_Parser() {
+    return parser.release();
 }
 
 // Only a regular file is the run's own: a device or a pipe that -o names stays.

@@ -58,6 +58,10 @@ class CompilerApplication : public ConsoleApplication {
     virtual int Pedantic_Warn() { return pedantic_warn; }
     virtual int Pedantic_Error() { return pedantic_error; }
 
+    // Hands over the parser of the last run, with all tables that it has made; null without one, and when its
+    // end was part of the run. It may be deleted as long as the application lives.
+    [[nodiscard]] FileCompilerParser* Release_Parser();
+
     // Read directly by the code generator. The order of the fields is part of the binary interface.
   protected:
     const char* output_path = "output.tna"; // -o: the argument itself
@@ -81,8 +85,10 @@ class CompilerApplication : public ConsoleApplication {
     int pedantic_error = 0;               // -P
     char warning_flags[LAST_WARNING + 1]; // Warning_Flag bits by warning number
 
-    // Ends what OpenOutput began; before the file manager goes.
+    // Ends what OpenOutput began.
     void Close_Output();
+    // Ends everything that a run has left; before the file manager goes.
+    void End_Run();
 
   private:
     struct Option;
@@ -90,12 +96,15 @@ class CompilerApplication : public ConsoleApplication {
     static const Option* Find_Option(char letter);
     void Print_Usage();
 
+    bool Compile();
     bool Compile_Files();
     std::unique_ptr<FileCompilerParser> Make_Parser();
     // False when any write failed, with the message printed.
     bool Finish_Output();
     void Remove_Output();
     bool Path_Error(const char* verb, const char* path, const String& reason);
+
+    std::unique_ptr<FileCompilerParser> parser; // of the last run
 };
 
 #endif

@@ -14,7 +14,7 @@ UNIXCompilerApplication::UNIXCompilerApplication(int argc, char** argv)
 }
 
 UNIXCompilerApplication::~UNIXCompilerApplication() {
-    Close_Output();
+    End_Run();
     delete file_manager;
     delete library_manager;
     delete call_manager;
