@@ -15,8 +15,9 @@ inline std::string_view Text_Of(const AttributeValue& value) {
     return text ? std::string_view(text, static_cast<std::size_t>(length)) : std::string_view();
 }
 
+// What isspace says in the locale of C, which is the one in force.
 inline bool Is_Space(char c) {
-    return std::isspace(static_cast<unsigned char>(c)) != 0;
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 // A letter, a digit or an underscore.

@@ -1,10 +1,16 @@
 // Variables: names become numbers, each table counting its own, and the compiler makes variables of its own.
 
 #include <charconv>
-#include <string_view>
+#include <string>
 
 #include "backend/opcode.h"
 #include "compiler/compiler_parser.h"
+
+namespace {
+
+constexpr std::size_t scratch_name_room = 95; // for any name that the compiler makes
+
+} // namespace
 
 HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
     switch (scope) {
@@ -37,22 +43,21 @@ int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
     if (!Generating()) {
         return 0;
     }
-    String name("__scratch:", -1);
-    name.cat(base, -1);
     char digits[12];
-    const char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    name.cat('_');
-    name.cat(digits, static_cast<int>(end - digits));
-    name.cat(':');
-    name.cat(file_ident, sizeof file_ident);
-    if (Variable* known = scratch_variables->Find(name.text(), name.length())) {
+    char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    std::string name;
+    name.reserve(scratch_name_room);
+    name.append("__scratch:").append(base).append(1, '_').append(std::begin(digits), end);
+    name.append(1, ':').append(file_ident, sizeof file_ident);
+    const int length = static_cast<int>(name.size());
+    if (Variable* known = scratch_variables->Find(name.data(), length)) {
         return known->value_integer();
     }
     int ident = local_variables->Entries();
-    auto* variable = new Variable(name.text(), name.length(), ident);
+    auto* variable = new Variable(name.data(), length, ident);
     local_variables->Insert(variable);
     scratch_variables->Insert(variable);
-    Output_Variable_Directive(saved_output, name.text(), name.length(), ident, SCOPE_LOCAL);
+    Output_Variable_Directive(saved_output, name.data(), length, ident, SCOPE_LOCAL);
     return ident;
 }
 

@@ -264,7 +264,7 @@ unsigned HashTable<T>::Bucket(std::string_view key) const {
 template <class T>
 uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
     if (case_insensitive)
-        return index_hash(key, string_hash_detail::Ignoring_Case());
+        return index_hash(key, Joining_Cases());
     // Keys that differ in case alone are then equals where they meet in one bucket, and strangers elsewhere.
     return Hash_Key_Ignores_Case<T> ? Bucket(key) : index_hash(key, string_hash_detail::As_Written());
 }

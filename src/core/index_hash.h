@@ -10,6 +10,14 @@
 // several times as fast as the hashes in string_hash.h. Its values differ between machines and must not show
 // outside.
 
+// Letters of both cases as one. A few other bytes fall together too, which costs no more than a comparison.
+struct Joining_Cases {
+    template <class Word>
+    static constexpr Word Fold(Word bytes) {
+        return static_cast<Word>(bytes | static_cast<Word>(-1) / 0xff * 0x20);
+    }
+};
+
 namespace index_hash_detail {
 
 inline uint64_t Product(uint64_t a, uint64_t b) {

@@ -77,10 +77,6 @@ void AttributeValue::Drop_Fragment() {
     spare_fragment = std::exchange(expression, nullptr);
 }
 
-bool AttributeValue::Is_Set() const {
-    return simple_text || ident != -1 || expression;
-}
-
 // Nothing clears the text of an error, so that of this one adds up; but a page of nothing else must not make
 // reports without end.
 int AttributeValue::Set_Simple_Text(const char* text, int length, AttrExprType new_type) {

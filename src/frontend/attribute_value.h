@@ -46,7 +46,7 @@ class AttributeValue {
     void Reset();
     // Takes over what the other value holds, and resets it.
     void Replace(AttributeValue& other);
-    bool Is_Set() const;
+    bool Is_Set() const { return simple_text || ident != -1 || expression; }
 
     // Keeps a copy of the text. Fails when there is one.
     [[nodiscard]] int Set_Simple_Text(const char* text, int length, AttrExprType type);

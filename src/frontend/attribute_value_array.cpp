@@ -11,13 +11,6 @@ AttributeValueArray::~AttributeValueArray() {
     delete[] values;
 }
 
-AttributeValue* AttributeValueArray::Element(int index) {
-    last_used = std::max(last_used, index);
-    if (index >= capacity)
-        Extend_Array(index);
-    return &values[index];
-}
-
 void AttributeValueArray::Reset(int count) {
     if (count >= capacity)
         Extend_Array(count);

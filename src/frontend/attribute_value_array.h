@@ -17,7 +17,13 @@ class AttributeValueArray {
     AttributeValueArray(const AttributeValueArray&) = delete;
     AttributeValueArray& operator=(const AttributeValueArray&) = delete;
 
-    AttributeValue* Element(int index);
+    AttributeValue* Element(int index) {
+        if (index > last_used)
+            last_used = index;
+        if (index >= capacity)
+            Extend_Array(index);
+        return &values[index];
+    }
     // Resets the first count elements; none counts as handed out then.
     void Reset(int count);
     // Makes room for the index and grow_by more elements, or for half as many as there are if that is more.

@@ -45,8 +45,7 @@ class Perfect_Hash {
         if (index >= count || records[index].length != length)
             return nullptr;
         const Record& record = records[index];
-        auto same = [](char key_byte, char name_byte) { return key_byte == Lower(name_byte); };
-        return std::equal(record.key, record.key + length, name, same) ? &record : nullptr;
+        return Is_Key(record.key, name, static_cast<unsigned>(length)) ? &record : nullptr;
     }
 
   private:
@@ -65,8 +64,14 @@ class Perfect_Hash {
     // The same for both cases of a letter.
     static constexpr unsigned First(const char* name) { return static_cast<unsigned char>(*name) % 32; }
 
-    static constexpr char Lower(char byte) {
-        return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    // Whether the name, in any case, is the key.
+    static bool Is_Key(const char* key, const char* name, unsigned length) {
+        using namespace string_hash_detail;
+        for (; length >= 4; key += 4, name += 4, length -= 4) {
+            if (Word(key) != Ignoring_Case::Fold(Word(name)))
+                return false;
+        }
+        return Partial_Word(key, length) == Ignoring_Case::Fold(Partial_Word(name, length));
     }
 
     // By the first and last four bytes and the length, in which no two keys agree. Some bytes that are no

@@ -209,15 +209,16 @@ void Tokenizer::Use_No_Text() {
 Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) {
     const char* start = buffer + position;
     *text = start;
-    token_length = 0;
     if (bare_expression && open_pending) {
         open_pending = 0;
+        token_length = 0;
         return TOKEN_LBRACE;
     }
     Tokenizer_TokenType type;
-    if (Check_Buffer_Fullness(type))
+    if (Check_Buffer_Fullness(type)) {
+        token_length = 0;
         return type;
-
+    }
     unsigned first = First_Token(*start);
     type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
     token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
