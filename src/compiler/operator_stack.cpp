@@ -235,11 +235,8 @@ ParserStatus CompilerParser::Close_Call() {
     if (ParserStatus status = end_subexpression(&last, -1)) {
         return status;
     }
-    if (last < 0) {
-        return Report<Message::Operator_Count>("many");
-    }
-    if (last > 1) {
-        return Report<Message::Too_Few_Operands>();
+    if (last < 0 || last > 1) {
+        return Report<Message::Operator_Count>(last < 0 ? "many" : "few");
     }
     int earlier = 0;
     ParserStatus status = end_subexpression(&earlier, -1);
