@@ -44,8 +44,7 @@ ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, in
 
     if (code.Given(index)) {
         if (Element(index)->Parse_String_Variable(parser)) {
-            if (ParserStatus status = parser->Report_Stored_Error(*Element(index)))
-                return status;
+            return parser->Report_Stored_Error(*Element(index)); // a warning, too, ends the code here
         }
         code.Bind(i);
     }
