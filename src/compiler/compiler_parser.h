@@ -17,6 +17,8 @@
 #include "value/variable.h"
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 class CompilerOutput;
@@ -208,6 +210,7 @@ class CompilerParser : public Parser {
 
     // source_frame.cpp
     const String* Current_File() const;
+    void Set_File_Ident(std::string_view file);
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);
 
@@ -322,7 +325,7 @@ class CompilerParser : public Parser {
     // block_stacks.cpp
     ParserStatus Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,
                                          int loop_opcode);
-    ParserStatus Jump_In_Block(int tag); // the stop, continue and delete tags
+    ParserStatus Jump_In_Block(int tag);           // the stop, continue and delete tags
     int Open_Block(Stack<Resolution_Info>* stack); // answers the block's label
     ParserStatus Close_Loop(const char* tag_word, Stack<Resolution_Info>* stack, int loop_opcode,
                             ParserLabelType back_to);
@@ -378,7 +381,6 @@ class CompilerParser : public Parser {
     bool Debugging();                   // whether the notices of conditional compilation were asked for
     ParserStatus Open_Include(int tag); // at the closing form too
     ParserStatus Generate_Include(int tag);
-    bool Is_Being_Included(const String& name);
     ParserStatus Include_Source(const String& name);
     ParserStatus Include_Text(const String& name);
 
@@ -531,6 +533,7 @@ class CompilerParser : public Parser {
     int include_interpret;     // 0 when TnINCLUDE prints the file unchanged
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
+    std::optional<std::string> digested_file;    // the name whose digest file_ident is
 };
 
 #endif

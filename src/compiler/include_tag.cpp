@@ -25,20 +25,12 @@ ParserStatus CompilerParser::Generate_Include(int) {
     int length = 0;
     const char* text = attribute_values->Element(0)->Get_Simple_Text(&length);
     String name(text, length);
-    if (Is_Being_Included(name)) {
+    // The current file is not among them: one that includes itself is met at the second nesting.
+    if (Is_Suspended(name)) {
         (void)Report<Message::Include_Recursive>();
         return PARSER_FATAL;
     }
     return include_interpret ? Include_Source(name) : Include_Text(name);
-}
-
-// The current file is not on the stack: a file that includes itself is met at the second nesting.
-bool CompilerParser::Is_Being_Included(const String& name) {
-    const Tokenizer* suspended = tokenizer_stack.Top();
-    while (suspended && suspended->filename.view() != name.view())
-        suspended = tokenizer_stack.Peek();
-    (void)tokenizer_stack.Top(); // the cursor goes back for the next pop
-    return suspended;
 }
 
 ParserStatus CompilerParser::Include_Source(const String& name) {
@@ -46,9 +38,7 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
     if (!included->Open(name)) {
         return Report<Message::Include_Not_Opened>(name, included->lasterror);
     }
-    tokenizer_stack.Push(tokenizer);
-    tokenizer->File_Deactivate();
-    (void)Set_Tokenizer(included.release()); // the one before is on the stack
+    Enter_Included_File(included.release());
     return Start_Of_File();
 }
 
@@ -65,8 +55,8 @@ ParserStatus CompilerParser::Include_Text(const String& name) {
     if (!contents && size != 0) {
         return Report<Message::Include_Not_Mapped>(name, file->error());
     }
-    Queue(OPCODE_PUSHC, Generate_String_Directive(contents ? contents : "", static_cast<int>(size),
-                                                  EXPRESSION_STATE_TEXT));
+    Queue(OPCODE_PUSHC,
+          Generate_String_Directive(contents ? contents : "", static_cast<int>(size), EXPRESSION_STATE_TEXT));
     Queue(OPCODE_OUT);
     return PARSER_OK;
 }

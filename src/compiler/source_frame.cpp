@@ -7,15 +7,21 @@
 #include "frontend/tokenizer.h"
 
 ParserStatus CompilerParser::Start_Of_File() {
-    const String* file = Current_File();
-    unsigned char digest[16];
-    MD5Encoder().Encode(reinterpret_cast<const unsigned char*>(file->text()),
-                        static_cast<unsigned>(file->length()), digest);
-    MD5Encoder::Make_Printable(digest, file_ident);
+    if (const std::string_view file = Current_File()->view(); digested_file != file) {
+        Set_File_Ident(file);
+    }
     if (start_state == START_FILE) {
         Queue_Source_File();
     }
     return PARSER_OK;
+}
+
+void CompilerParser::Set_File_Ident(std::string_view file) {
+    digested_file = file;
+    unsigned char digest[16];
+    MD5Encoder().Encode(reinterpret_cast<const unsigned char*>(file.data()),
+                        static_cast<unsigned>(file.size()), digest);
+    MD5Encoder::Make_Printable(digest, file_ident);
 }
 
 void CompilerParser::Queue_Source_File() {

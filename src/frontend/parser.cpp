@@ -137,10 +137,22 @@ void Parser::End_Of_Text(Scan& scan) {
         state = STATE_DONE;
 }
 
+void Parser::Enter_Included_File(Tokenizer* included) {
+    suspended_names.emplace(tokenizer->filename.view());
+    tokenizer_stack.Push(tokenizer);
+    tokenizer->File_Deactivate();
+    tokenizer = included;
+}
+
+bool Parser::Is_Suspended(const String& name) const {
+    return suspended_names.contains(std::string(name.view()));
+}
+
 // Goes on behind the include. A file that can't be had back has no text, so that its end comes next.
 void Parser::Return_To_Including_File(Scan& scan) {
     delete tokenizer;
     tokenizer = tokenizer_stack.Pop();
+    suspended_names.erase(suspended_names.find(std::string(tokenizer->filename.view())));
     if (tokenizer->File_Activate())
         Start_Of_File();
     else

@@ -9,7 +9,9 @@
 #include "frontend/tokenizer.h"
 #include "value/variable_scope.h"
 
+#include <string>
 #include <string_view>
+#include <unordered_set>
 
 class CompilerApplication;
 class ExpressionParser;
@@ -154,7 +156,14 @@ class Parser {
   protected:
     Stack<Tokenizer> tokenizer_stack; // of the files that an include has suspended
 
+    // Goes on with the tokenizer's file, which becomes the parser's. The current one waits for its end.
+    void Enter_Included_File(Tokenizer* included);
+    // Whether a file that waits has this very name.
+    bool Is_Suspended(const String& name) const;
+
   private:
+    std::unordered_multiset<std::string> suspended_names; // of tokenizer_stack
+
     // parser.cpp
     void Step(Scan& scan);
     void End_Of_Text(Scan& scan);
