@@ -4,7 +4,6 @@
 #include "files/file.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstring>
 
 CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity, item_limit) {
@@ -17,8 +16,9 @@ int CompilerOutput::Write_Lower(const char* text, int length) {
     char lower[256];
     for (int written = 0; written < length;) {
         const int piece = std::min(length - written, static_cast<int>(sizeof lower));
-        std::transform(text + written, text + written + piece, lower,
-                       [](signed char byte) { return static_cast<char>(std::tolower(byte)); });
+        std::transform(text + written, text + written + piece, lower, [](char byte) {
+            return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte;
+        });
         Write(lower, piece);
         written += piece;
     }
