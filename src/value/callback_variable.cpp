@@ -20,8 +20,10 @@ void CallbackVariableCallback::Attach(CallbackVariable* variable) {
     attached = variable;
 }
 
+// Whichever of the two is detached first takes the other along.
 void CallbackVariableCallback::Detach() {
-    attached = nullptr;
+    if (CallbackVariable* variable = std::exchange(attached, nullptr))
+        variable->Detach();
 }
 
 void CallbackVariableCallback::Discard() {

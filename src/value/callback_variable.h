@@ -20,7 +20,7 @@ class CallbackVariableCallback {
     virtual ~CallbackVariableCallback();
     // Called by the variable that takes the callback. A variable that had it before is detached.
     virtual void Attach(CallbackVariable* variable);
-    // Called by the variable that gives the callback up.
+    // Takes the callback from its variable, if it has one: it is the caller's then.
     virtual void Detach();
     // Deletes the callback.
     virtual void Discard();

@@ -250,13 +250,16 @@ TEST_F(KindsTest, Callback_Goes_With_Its_Last_Variable) {
     second->Make_Reference(New("x").get());
     EXPECT_EQ(second->type(), VARIABLE_PLAIN);
     VariableHold reference = Reference("r", second);
-    members = new Members;
-    reference->Make_CallbackStruct(members);
+    reference->Make_CallbackStruct(new Members);
     EXPECT_EQ(discarded, 1);
-    static_cast<CallbackVariable*>(second.get())->Detach();
-    EXPECT_EQ(second->Element(Name("answer"), 0), nullptr);
-    members->Discard();
+    for (int i = 0; i < 2; i++) { // from either side
+        members = new Members;
+        second->Make_CallbackStruct(members);
+        i ? members->Detach() : static_cast<CallbackVariable*>(second.get())->Detach();
+        EXPECT_EQ(second->Element(Name("answer"), 0), nullptr);
+        members->Discard();
+    }
     VariableHold immutable(new ImmutableVariable);
     immutable->Make_CallbackStruct(new Members);
-    EXPECT_EQ(discarded, 3);
+    EXPECT_EQ(discarded, 5);
 }
