@@ -66,7 +66,6 @@ TEST_F(VariableHashImageTest, Table_Comes_Back_Without_Variables) {
     read.SetVariable("first", -1, "gone", -1);
     ASSERT_TRUE(Read(read, Written(table)));
     Expect_Names(read);
-    EXPECT_EQ(read.Entries(), 5);
     EXPECT_EQ(read.Size(), 5);
     EXPECT_EQ(read.Index(0, 0), nullptr);
     Variable* found = nullptr;
@@ -97,15 +96,12 @@ TEST_F(VariableHashImageTest, Fields_Out_Of_Range_Are_Refused) {
         const char* error;
     } cases[] = {
         {2, "\x21", "variable_hash_header.bucket_bits out of range"},
-        {2, "\xff", "variable_hash_header.bucket_bits out of range"},
         {2, "\x1d", "read_bucket_size out of range"},
-        {2, "\x1f", "read_bucket_size out of range"},
         {3, std::string("\0\0\0\x08", 4), "variable_hash_header.variable_count out of range"},
         {3, "\xff\xff\xff\xff", "variable_hash_header.variable_count out of range"},
         {0, "\xff\xff", "variable_hash_header.bucket_entries out of range"},
-        {0, std::string("\0\x80\x21", 3), "variable_hash_header.bucket_bits out of range"},
+        {0, "\xff\xff\x21", "variable_hash_header.bucket_bits out of range"}, // the first that is looked at
         {7, "\x04", "variable_hash_bucket.index out of range"},
-        {7, "\xff\xff", "variable_hash_bucket.index out of range"},
         {13, std::string("\x00\x80", 2), "variable_hash_bucket.index out of range"},
     };
     for (const auto& c : cases) {
@@ -170,7 +166,6 @@ TEST_F(VariableHashImageTest, View_Knows_Names_By_Its_Own_Numbers) {
     ASSERT_TRUE(Read(view, Written(table)));
     EXPECT_EQ(Look(view, "first"), "-"); // a slot here, none there
     EXPECT_EQ(view.Index(0, 0), nullptr);
-    EXPECT_EQ(Text(*view.Index(1, 0)), "2");
     EXPECT_EQ(view.Index(0, 1)->name().view(), "first");
     EXPECT_EQ(Look(target, "first"), "");
     EXPECT_EQ(Look(view, "other"), "0"); // a slot there, none here
@@ -179,33 +174,30 @@ TEST_F(VariableHashImageTest, View_Knows_Names_By_Its_Own_Numbers) {
     view.SetVariable_Reference(3, target.Index(0, 0));
     EXPECT_EQ(Look(target, "fourth"), "0");
     EXPECT_EQ(view.Index(5, 1), nullptr);
-    EXPECT_EQ(view.Entries(), target.Entries());
+    view.Insert("sixth", -1);
+    EXPECT_EQ(view.Entries(), 6);
     EXPECT_EQ(view.Size(), 5);
-    EXPECT_EQ(view.RealIdentity(), &target);
     Variable* found = nullptr;
     EXPECT_FALSE(view.LookupVariable_Fancy(&found, "first[", -1, 1));
     EXPECT_EQ(view.error().view(), "Array index must be positive integer");
-
-    Dictionary copied_names(dictionary);
-    ClonedVariableHash clone(nullptr, &copied_names, view, true);
-    clone.SetVariable("second", -1, "changed", -1);
-    EXPECT_EQ(Text(*clone.Index(1, 0)), "changed");
-    EXPECT_EQ(Text(*view.Index(1, 0)), "2");
-    clone.Push();
-    EXPECT_EQ(clone.Version(), 1);
 }
 
 TEST_F(VariableHashImageTest, Clone_Of_A_View_Has_Its_Own_Target) {
     Dictionary target_names;
-    VariableHash target(&target_names, 4, 0, 0);
-    target.SetVariable("first", -1, "1", 1);
-    ReferenceVariableHash view(&dictionary, &target, 4, 0);
-    ASSERT_TRUE(Read(view, Written(table)));
-    ClonedVariableHash clone(nullptr, &dictionary, view, true);
-    EXPECT_EQ(Text(*clone.Index(0, 0)), "1");
-    clone.SetVariable("added", -1, "x", 1);
-    EXPECT_EQ(Look(target, "added"), "none");
-    EXPECT_EQ(target_names.Entry_Add("next", -1), 1);
-    EXPECT_NE(clone.RealIdentity(), &target);
-    EXPECT_EQ(clone.Pop(), 0);
+    VariableHash plain(&target_names, 4, 0, 0);
+    SystemVariableHash system(&target_names, 4, 0);
+    for (VariableHash* target : {&plain, static_cast<VariableHash*>(&system)}) {
+        target->SetVariable("first", -1, "1", 1);
+        ReferenceVariableHash view(&dictionary, target, 4, 0);
+        ASSERT_TRUE(Read(view, Written(table)));
+        const int names = target_names.Entry_Add("", 0);
+        ClonedVariableHash clone(nullptr, &dictionary, view, true);
+        EXPECT_EQ(Text(*clone.Index(0, 0)), "1");
+        clone.SetVariable("first", -1, "changed", -1);
+        EXPECT_EQ(Text(*view.Index(0, 0)), "1");
+        clone.SetVariable("added", -1, "x", 1);
+        EXPECT_EQ(target_names.Entry_Add("", 0), names + 1); // the clone's names are its own, too
+        clone.Push();
+        EXPECT_EQ(clone.Pop(), target == &system);
+    }
 }

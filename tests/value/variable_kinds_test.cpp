@@ -14,14 +14,10 @@ TEST_F(KindsTest, Reference_Reads_And_Sets_Its_Target) {
     VariableHold target(new Variable("t", 1, "5", 1));
     VariableHold reference = Reference("r", target);
     EXPECT_EQ(reference->value_integer(), 5);
-    EXPECT_TRUE(reference->IsTrue());
     reference->SetValue("7", 1);
     EXPECT_EQ(Text(target), "7");
-    EXPECT_EQ(reference->name().view(), "r");
     reference->Element(2, 1)->SetValue("e", 1);
     EXPECT_EQ(Elements(target), "2=e");
-    EXPECT_EQ(reference->aggregatetype(), AGGREGATE_ARRAY);
-    EXPECT_EQ(reference->type(), VARIABLE_REFERENCE);
     VariableHold copy(reference->Clone(nullptr));
     EXPECT_EQ(copy->type(), VARIABLE_PLAIN);
     EXPECT_EQ(copy->name().view(), "r");
@@ -103,16 +99,14 @@ TEST_F(KindsTest, Locked_Variable_Ignores_Writes) {
     immutable->MergeElements(immutable, 1, 2, 1, true);
     immutable->CopyElements(immutable, 1, 2, 2, true);
     immutable->Make_Reference(New().get());
-    EXPECT_EQ(immutable->CollapseElements(), 2);
+    EXPECT_EQ(immutable->CollapseElements(), 2); // without renumbering
     EXPECT_EQ(Elements(held), "1=a 3=c");
     EXPECT_EQ(immutable->Element(2, 0), nullptr);
-    Variable* missing = immutable->Element(2, 1);
-    EXPECT_EQ(missing->type(), VARIABLE_NULL);
-    EXPECT_EQ(immutable->Element(Name("m"), 1), missing);
+    EXPECT_EQ(immutable->Element(2, 1)->type(), VARIABLE_NULL);
+    EXPECT_EQ(immutable->Element(2, 1), immutable->Element(Name("m"), 1));
     VariableHold clone(immutable->Clone(nullptr));
     clone->Element(1, 0)->SetValue("x", 1);
     EXPECT_EQ(Elements(clone), "1=a 3=c");
-    EXPECT_EQ(clone->name().view(), "i");
     EXPECT_NE(clone->Element(1, 0), immutable->Element(1, 0));
     immutable->Unlock();
     EXPECT_EQ(immutable->CollapseElements(), 2);
@@ -230,7 +224,6 @@ TEST_F(KindsTest, Callback_Supplies_Members) {
     EXPECT_EQ(Text(*variable->Element(Name("stored"), 0)), "kept");
     EXPECT_EQ(variable->Element(Name("answer"), 1), members->return_value());
     EXPECT_TRUE(variable->Element(Name("none"), 1)->IsNULL());
-    EXPECT_EQ(members->lookups, 5);
     EXPECT_EQ(Text(*variable->Element(Name("STORED"), 0)), "kept"); // is there by now
     EXPECT_EQ(members->lookups, 5);
     variable->Make_CallbackStruct(new Members);
