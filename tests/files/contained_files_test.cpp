@@ -55,37 +55,32 @@ TEST_F(Contained, Roots_Are_Refused_By_Name_And_Reason) {
     Link("outside", "to_theirs");
     if (geteuid() == 0)
         Own("outside");
-    const struct {
-        std::string subject;
-        int links, any_owner;
-        bool (*run)(UNIXFileManager& m, const char* p);
-    } setups[] = {
+    const std::tuple<std::string, int, int, bool (*)(UNIXFileManager & m, const char* p)> setups[] = {
         {"data directory", 4, 12, OPERATION(m.InitializeDataDirectory(p))},
         {"temporary directory", 256, 768, OPERATION(m.InitializeTempDirectory(p))},
         {"script directory", 1, 3, OPERATION(m.InitializeScriptDirectory(p, nullptr))},
         {"script directory for 'main'", 1, 3, OPERATION(m.InitializeScriptDirectory(p, "main"))},
     };
-    const std::string link = " references a symbolic link", none = " does not exist";
-    const std::string theirs = geteuid() ? "" : link + " to a directory owned by a different user";
-    for (const auto& setup : setups) {
-        const std::tuple<std::string, int, std::string> cases[] = {
-            {"", 0, " is not an absolute path"},
-            {"root", 0, " is not an absolute path"},
-            {At("none"), 0, none},
-            {At("root/f"), 0, none},
-            {At("link"), 0, link},
-            {At("link"), setup.links, ""},
-            {At("to_theirs"), setup.links, theirs},
-            {At("to_theirs"), setup.any_owner, ""},
-            {At("root2/./..//root/"), 0, ""},
-        };
-        for (const auto& [path, options, reason] : cases) {
+    const std::string relative = " is not an absolute path", link = " references a symbolic link",
+                      none = " does not exist",
+                      theirs = geteuid() ? "" : link + " to a directory owned by a different user";
+    for (const auto& [subject, follow, follow_all, run] : setups)
+        for (const auto& [path, options, reason] :
+             std::initializer_list<std::tuple<std::string, int, std::string>>{
+                 {"", 0, relative},
+                 {"root", 0, relative},
+                 {At("none"), 0, none},
+                 {At("root/f"), 0, none},
+                 {At("link"), 0, link},
+                 {At("link"), follow, ""},
+                 {At("to_theirs"), follow, theirs},
+                 {At("to_theirs"), follow_all, ""},
+                 {At("root2/./..//root/"), 0, ""}}) {
             UNIXFileManager fresh(nullptr);
             fresh.SecurityOptions(options);
-            EXPECT_EQ(setup.run(fresh, path.empty() ? nullptr : path.c_str()), reason.empty()) << path;
-            EXPECT_EQ(fresh.error().view(), reason.empty() ? "" : "The configured " + setup.subject + reason);
+            EXPECT_EQ(run(fresh, path.empty() ? nullptr : path.c_str()), reason.empty()) << path;
+            EXPECT_EQ(fresh.error().view(), reason.empty() ? "" : "The configured " + subject + reason);
         }
-    }
 }
 
 TEST_F(Contained, Nothing_Works_Without_A_Root) {
@@ -112,9 +107,7 @@ TEST_F(Contained, No_Operation_Takes_A_Way_Out) {
     } cases[] = {
         {"..", 0, past},
         {"../root2", 0, past},
-        {"../../..", 0, past},
         {"d/../..", 0, past},
-        {"d/../../root2", 0, past},
         {"./d/./../../outside/", 0, past},
         {"//..//outside", 0, past},
         {At("outside"), absolute, past},
@@ -332,8 +325,7 @@ TEST_F(Contained, Normalizes_As_The_Root_Sees_It) {
 TEST_F(Contained, Copy_Of_A_Manager_Has_Roots_Of_Its_Own_And_No_Options) {
     manager->SecurityOptions(links);
     Link("f", "root/l");
-    auto copy = std::make_unique<UNIXFileManager>(nullptr, *manager);
-    manager = std::move(copy);
+    manager = std::make_unique<UNIXFileManager>(nullptr, *manager);
     EXPECT_EQ(Content("f"), "root/f");
     EXPECT_EQ(Content("l"), link_message);
 }

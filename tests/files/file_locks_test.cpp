@@ -39,11 +39,9 @@ TEST_F(File_Locks, Lock_File_Tells_Its_Holder) {
     EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
     EXPECT_EQ(Get("lock"), std::to_string(getpid()) + "!1:here");
     EXPECT_EQ(Files(), 1);
-    EXPECT_EQ(manager->Lock_Valid("lock"), FILE_LOCK_OWN);
     EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_DEADLOCK);
     EXPECT_EQ(Error(), "Possible deadlock detected");
     application.thread = 2;
-    EXPECT_EQ(manager->Lock_Valid("lock"), FILE_LOCK_VALID);
     EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_CANCELLED);
     EXPECT_EQ(Error(), "Timed out waiting for lock");
     EXPECT_EQ(Files(), 1);
@@ -133,8 +131,6 @@ TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
 TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
     ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
     EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "../lock"), FILE_LOCK_FAILED);
-    EXPECT_EQ(manager->Lock_Valid(Tarn_PathType_Data, "../lock"), FILE_LOCK_UNREADABLE);
-    EXPECT_FALSE(manager->Lock_Delete(Tarn_PathType_Data, "../lock"));
     EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "d/../lock"), FILE_LOCK_HELD);
     EXPECT_TRUE(std::filesystem::exists(At("root/lock")));
     // A link is no lock of ours, whatever it leads to.
@@ -192,8 +188,7 @@ class Lock_Processes : public File_Locks {
         return child;
     }
 
-    // Kills one, unless it has died by itself.
-    void Kill(pid_t process) {
+    static void Kill(pid_t process) {
         kill(process, SIGKILL);
         waitpid(process, nullptr, 0);
     }

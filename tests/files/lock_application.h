@@ -2,7 +2,7 @@
 #define TESTS_FILES_LOCK_APPLICATION_H
 
 #include "app/config.h"
-#include "app/console_application.h"
+#include "app/unix_compiler_application.h"
 
 #include <functional>
 #include <string>
@@ -11,9 +11,9 @@
 
 // An application that may wait for locks, a millisecond between passes, and gives up after a number of
 // passes.
-class Lock_Application : public ConsoleApplication, Config {
+class Lock_Application : public UNIXCompilerApplication, Config {
   public:
-    Lock_Application() : ConsoleApplication(1, arguments) {}
+    Lock_Application() : UNIXCompilerApplication(1, arguments) {}
 
     unsigned processid() override { return static_cast<unsigned>(getpid()); }
     unsigned threadid() override { return thread; }
@@ -31,14 +31,6 @@ class Lock_Application : public ConsoleApplication, Config {
 
     int Integer(Config_Setting setting) const override { return setting == CONFIG_LOCK_WAIT; }
     const String& Text(Config_Setting) const override { return nothing; }
-
-    FileManager* filemanager() override { return nullptr; }
-    ExternalLibraryManager* librarymanager() override { return nullptr; }
-    const char* lasterror() override { return ""; }
-    bool CommandLine_Requires_Argument(char) override { return false; }
-    bool CommandLine_Requires_Argument(const char*) override { return false; }
-    bool CommandLine_Process_Option(char, const char*) override { return false; }
-    bool CommandLine_Process_Option_Long(const char*, const char*) override { return false; }
 
     unsigned thread = 1;
     int expiration = 60;
