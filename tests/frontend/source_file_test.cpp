@@ -2,6 +2,7 @@
 #include "frontend/recording_parser.h"
 
 #include <cerrno>
+#include <memory>
 
 namespace {
 
@@ -24,12 +25,11 @@ class Including_Parser : public Recording_Parser {
         return PARSER_OK;
     }
     ParserStatus End_Of_Tag(int) override {
-        tokenizer_stack.Push(tokenizer);
-        tokenizer->File_Deactivate();
+        auto file = std::make_unique<Tokenizer>(manager);
+        EXPECT_TRUE(file->Open(included));
+        Enter_Included_File(file.release());
         if (included.matches("gone", 0))
             unlink("main");
-        tokenizer = new Tokenizer(manager);
-        EXPECT_TRUE(tokenizer->Open(included));
         return PARSER_OK;
     }
 
