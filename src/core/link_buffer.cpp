@@ -222,7 +222,8 @@ const char* LinkBuffer::data(int* text_length, int* capacity) {
 char* LinkBuffer::release(int* text_length, int* capacity, int extra) {
     if (head == nullptr)
         Link_Last(Block_Around(std::make_unique<char[]>(1), 0, 1));
-    coalesce(extra);
+    else
+        coalesce(extra);
     *text_length = std::exchange(length, 0);
     if (capacity != nullptr)
         *capacity = head->capacity;

@@ -81,7 +81,7 @@ class LinkBuffer {
 
     // Hands the text over as one array with room for extra more bytes, to be freed with delete[], and leaves
     // the buffer empty. The array is not terminated. capacity may be null. Of a buffer without blocks it is
-    // one byte long.
+    // one byte long, whatever extra says.
     [[nodiscard]] char* release(int* text_length, int* capacity, int extra);
 
   private:
