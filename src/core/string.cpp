@@ -107,7 +107,7 @@ void String::assign(const char* s, int len) {
 }
 
 void String::assign_nocopy(char* p, int len, int cap) {
-    len = std::max(len, 0);
+    len = Text_Length(p, len);
     if (p && cap > len) {
         Replace_Buffer(p, len, cap);
         return;
