@@ -1,19 +1,15 @@
 #include "extension/external_call.h"
 
+#include "core/text_length.h"
 #include "core/text_search.h"
 #include "extension/external_library.h"
 #include "value/variable.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
 constexpr int registered_growth = 16;
-
-std::string_view Name(const char* name, int length) {
-    return length == -1 ? std::string_view(name) : std::string_view(name, static_cast<std::size_t>(length));
-}
 
 } // namespace
 
@@ -41,10 +37,9 @@ int ExternalCall::Call(TarnVM* vm, VariableHash* parameters) {
 
 ExternalCallPersistentData::ExternalCallPersistentData(TarnVM* vm, const char* name, int name_length,
                                                        void* value, Free_Function free_function)
-    : vm(vm), name_length(static_cast<int>(Name(name, name_length).size())), value(value),
-      free_function(free_function) {
+    : vm(vm), name_length(Text_Length(name, name_length)), value(value), free_function(free_function) {
     this->name = std::make_unique<char[]>(static_cast<std::size_t>(this->name_length) + 1);
-    std::memcpy(this->name.get(), name, static_cast<std::size_t>(this->name_length));
+    std::copy_n(name, this->name_length, this->name.get());
 }
 
 ExternalCallPersistentData::~ExternalCallPersistentData() {
@@ -102,11 +97,11 @@ void ExternalCallManager::Append(ExternalLibrary* library, const _TN_EL_Function
 }
 
 ExternalCall* ExternalCallManager::Lookup_External(const char* name, int length) {
-    std::string_view wanted = Name(name, length);
-    ExternalCall* call = calls.Find(name, static_cast<int>(wanted.size()));
+    length = Text_Length(name, length);
+    ExternalCall* call = calls.Find(name, length);
     if (call || registered_count == 0)
         return call;
-    const _TN_EL_Function* record = Find_Record(wanted);
+    const _TN_EL_Function* record = Find_Record(name, length);
     if (!record)
         return nullptr;
     call = new ExternalCall(record);
@@ -114,11 +109,10 @@ ExternalCall* ExternalCallManager::Lookup_External(const char* name, int length)
     return call;
 }
 
-const _TN_EL_Function* ExternalCallManager::Find_Record(std::string_view name) const {
-    int length = static_cast<int>(name.size());
+const _TN_EL_Function* ExternalCallManager::Find_Record(const char* name, int length) const {
     for (int index = 0; index < registered_count; ++index) {
         for (const _TN_EL_Function* record = registered[index].functions; record && record->name; ++record) {
-            if (record->name_length == length && memcmpi(record->name, name.data(), length) == 0)
+            if (record->name_length == length && memcmpi(record->name, name, length) == 0)
                 return record;
         }
     }

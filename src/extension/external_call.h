@@ -88,7 +88,7 @@ class ExternalCallManager {
     };
 
     void Append(ExternalLibrary* library, const _TN_EL_Function* functions);
-    const _TN_EL_Function* Find_Record(std::string_view name) const;
+    const _TN_EL_Function* Find_Record(const char* name, int length) const;
 
     ExternalLibraryManager* library_manager;
     HashTable<ExternalCall> calls; // the functions found so far

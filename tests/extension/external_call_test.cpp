@@ -40,6 +40,7 @@ TEST(ExternalCallManager, Finds_Functions_In_Any_Case_And_The_First_Of_Its_Name)
     EXPECT_FALSE(swap->record->parameters[0].flags & EXTERNAL_PARAMETER_BY_REFERENCE);
     EXPECT_TRUE(swap->record->parameters[1].flags & EXTERNAL_PARAMETER_BY_REFERENCE);
     EXPECT_EQ(calls.Lookup_External("keep", -1), nullptr);
+    EXPECT_EQ(calls.Lookup_External(nullptr, -1), nullptr);
 
     ExternalCallManager copy(&libraries, calls);
     EXPECT_NE(copy.Lookup_External("keeper", -1), nullptr);
