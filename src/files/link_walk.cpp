@@ -1,15 +1,14 @@
 // The last name of a contained path, which may be a link: looking whether it leads to something, and opening
 // it. Every link is followed here, one at a time, and never by the system, so that each step can be judged.
 
+#include "core/stat_hash_table.h"
 #include "files/descriptor.h"
 #include "files/unix_file_manager.h"
 #include "files/unix_file_path.h"
 
 #include <cstring>
 #include <memory>
-#include <set>
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -25,9 +24,9 @@ struct UNIXFileManager::Link_Walk {
     bool Judges_Owner() const { return settings.allow_links && !settings.allow_other_owner; }
 
     _UNIXContainedPathSettings settings;
-    std::unique_ptr<UNIXFilePath> directory; // real path of the current directory
-    std::string name;                        // in it
-    std::set<std::pair<dev_t, ino_t>> seen;  // what the links so far lead to
+    std::unique_ptr<UNIXFilePath> directory;    // real path of the current directory
+    std::string name;                           // in it
+    HashTable<struct stat> seen{1, 1, 12, 512}; // what the links so far lead to
 
     // Of an opening
     uid_t owner = 0;       // everything on the way must have it, where owners count
@@ -48,8 +47,10 @@ bool UNIXFileManager::Begin_Walk(Tarn_PathType type, const char* path, Link_Walk
 // Takes one step along a link with this text, whose target must have this owner where owners count.
 bool UNIXFileManager::Follow(Link_Walk* walk, uid_t owner, const char* target,
                              const struct stat& target_status) {
-    if (!walk->seen.insert({target_status.st_dev, target_status.st_ino}).second)
+    auto reached = std::make_unique<struct stat>(target_status);
+    if (walk->seen.Find(reached.get()))
         return Fail(recursive_failure);
+    walk->seen.Insert(reached.release());
     if (!walk->settings.allow_other_owner && owner != target_status.st_uid)
         return Fail(owner_failure);
     if (!strchr(target, '/')) {
