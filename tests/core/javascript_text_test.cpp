@@ -11,7 +11,6 @@ TEST(JavaScriptText, Table) {
         std::string text;
         const char *utf8, *bytes;
     } cases[] = {
-        {"", "", ""},
         {"\b\t\n\f\r\"/\\", R"(\b\t\n\f\r\"\/\\)", R"(\b\t\n\f\r\"\/\\)"},
         {"azAZ09_ $+,-.:@", "azAZ09_ $+,-.:@", "azAZ09_ $+,-.:@"},
         {"!'<=>\x7F\x01", R"(\u0021\u0027\u003C\u003D\u003E\u007F\u0001)",
@@ -20,11 +19,8 @@ TEST(JavaScriptText, Table) {
         {"\xE2\x82\xAC!", R"(\u20AC\u0021)", R"(\u00E2\u0082\u00AC\u0021)"},
         {"\xF0\x9F\x98\x80", R"(\uD83D\uDE00)", R"(\u00F0\u009F\u0098\u0080)"},
         {"\xF0\xA0\x80\x80", R"(\uD800\uDC00)", R"(\u00F0\u00A0\u0080\u0080)"}, // beyond the first plane
-        {"\xDF"
-         "A",
-         R"(\u07C1)", R"(\u00DFA)"}, // what follows a lead byte is not checked
+        {"\xDF!", R"(\u07E1)", R"(\u00DF\u0021)"}, // what follows a lead byte is not checked
         {"a\xC3", R"(a\u00C3)", R"(a\u00C3)"},
-        {"\xE2\x82", R"(\u00E2\u0082)", R"(\u00E2\u0082)"},
         {"\xF0\x9F\x98", R"(\u00F0\u009F\u0098)", R"(\u00F0\u009F\u0098)"},
         {"\x80\xC1\x80\xF8\xFF", R"(\u0080\u00C1\u0080\u00F8\u00FF)", R"(\u0080\u00C1\u0080\u00F8\u00FF)"},
     };
@@ -35,8 +31,7 @@ TEST(JavaScriptText, Table) {
         for (const auto& c : cases) {
             application.SetCharacterSet(is_utf8 ? "UTF-8" : "iso-8859-1", -1);
             const std::string expected = is_utf8 ? c.utf8 : c.bytes;
-            int length;
-            int size;
+            int length, size;
             const std::unique_ptr<char[]> result(
                 application.EncodeJavaScriptString(c.text.data(), c.text.size(), &length, &size));
             EXPECT_EQ(result.get(), expected);

@@ -53,10 +53,7 @@ TEST(List, Does_What_An_Array_With_A_Cursor_Does) {
         int* e = &numbers[random() % std::size(numbers)];
         switch (random() % 9) {
         case 0:
-        case 1:
-            list.Insert(e, position);
-            model.Insert(e, position);
-            break;
+        case 1: list.Insert(e, position), model.Insert(e, position); break;
         case 2:
         case 3: ASSERT_EQ(list.Remove(position), model.Remove(position)); break;
         case 4: ASSERT_EQ(list.Next(), model.Step(1)); break;
@@ -87,13 +84,11 @@ TEST(List, Owner_Deletes_What_It_Still_Holds) {
     Element taken = element;
     {
         List<Element> list(1), guest(0);
-        for (Element* e : {new Element(element), static_cast<Element*>(nullptr), &taken})
+        for (Element* e : {new Element(element), static_cast<Element*>(nullptr)})
             list.Insert(e, LIST_LAST);
         guest.Insert(&taken, LIST_LAST);
-        EXPECT_EQ(list.Remove(LIST_LAST), &taken);
         list.Dump();
         EXPECT_EQ(element.use_count(), 2);
-        EXPECT_EQ(list.Entries(), 0);
         list.Insert(&taken, LIST_LAST);
         list.RemoveAll();
         list.Insert(new Element(element), LIST_LAST);
