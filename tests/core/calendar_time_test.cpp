@@ -37,7 +37,6 @@ TEST(CalendarTime, Takes_The_Present_Moment_Apart) {
     TNTIME now;
     tn_gettimevalues(&now);
     EXPECT_LE(std::time(nullptr) - now.epoch_seconds, 60);
-    EXPECT_LT(static_cast<unsigned long>(now.microseconds), 1000000ul);
     EXPECT_EQ(tn_mktime_t(now.year, now.month, now.day, now.hour, now.minute, now.second), now.epoch_seconds);
     EXPECT_EQ(tn_mktime_t(now.year, 1, now.day_of_year, now.hour, now.minute, now.second), now.epoch_seconds);
     EXPECT_EQ(now.weekday,

@@ -4,7 +4,6 @@
 #include <cerrno>
 #include <climits>
 #include <cmath>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <limits>
 #include <memory>
@@ -23,61 +22,105 @@ struct Free_Decimal {
 };
 using Decimal = std::unique_ptr<mpd_t, Free_Decimal>;
 
-template <class Expected>
-struct Case {
-    std::string input;
-    Expected expected;
-    int error;
-};
-
 constexpr double infinity = std::numeric_limits<double>::infinity();
+
+// What a conversion hands out, once its size is as told.
+template <class Number>
+std::string Text(char* (*convert)(Number, int*, int*), Number value, int spare) {
+    int len = 0, size = 0;
+    const std::unique_ptr<char[]> text(convert(value, &len, &size));
+    EXPECT_EQ(size, len + 1 + spare);
+    EXPECT_EQ(text[len], '\0');
+    return {text.get(), static_cast<size_t>(len)};
+}
+
+std::string Itos(int value) {
+    return Text(App::itos, value, 0);
+}
+
+std::string Dtos(double value) {
+    return Text(App::dtos, value, std::isfinite(value));
+}
+
+std::string Mpdtos(const Decimal& value) {
+    return Text(App::mpdtos, value.get(), 0);
+}
+
+// The number that a text stands for, written as text again, with an exclamation mark for an error. The bytes
+// that may be read end with the text.
+template <class Convert>
+std::string Converted(const std::string& text, Convert convert) {
+    int error = -1;
+    const std::string number =
+        convert(std::vector<char>(text.begin(), text.end()).data(), static_cast<int>(text.size()), &error);
+    return number + (error ? "!" : "");
+}
+
+std::string Stoi(const std::string& text) {
+    return Converted(text, [](auto* s, int len, int* error) { return Itos(App::stoi(s, len, error)); });
+}
+
+std::string Stod(const std::string& text) {
+    return Converted(text, [](auto* s, int len, int* error) { return Dtos(App::stod(s, len, len, error)); });
+}
+
+std::string Stompd(const std::string& text) {
+    return Converted(text, [](auto* s, int len, int* error) {
+        return Mpdtos(Decimal(App::stompd(nullptr, s, len, len, error)));
+    });
+}
 
 class NumberText : public testing::Test {
   protected:
     void SetUp() override { mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64); }
-
-    // The text that a conversion hands out, once its length and size are as told.
-    template <class Number>
-    static std::string Text(char* (*convert)(Number, int*, int*), Number value, int spare) {
-        int len = 0, size = 0;
-        const std::unique_ptr<char[]> text(convert(value, &len, &size));
-        EXPECT_EQ(size, len + 1 + spare);
-        EXPECT_EQ(std::strlen(text.get()), len);
-        return text.get();
-    }
-    static std::string Dtos(double value) { return Text(App::dtos, value, std::isfinite(value)); }
-    static std::string Mpdtos(const Decimal& value) { return Text(App::mpdtos, value.get(), 0); }
-
-    // With the bytes that may be read ending behind the text.
-    static double Stod(const std::string& text, int* error) {
-        const int len = static_cast<int>(text.size());
-        return App::stod(std::vector<char>(text.begin(), text.end()).data(), len, len, error);
-    }
-    static Decimal Stompd(const std::string& text, int* error = nullptr) {
-        const int len = static_cast<int>(text.size());
-        return Decimal(App::stompd(nullptr, text.data(), len, len, error));
-    }
 };
 
-TEST_F(NumberText, Integer_To_Text) {
-    for (const int value : {0, 7, -7, 1000000, INT_MAX, INT_MIN})
-        EXPECT_EQ(Text(App::itos, value, 0), std::to_string(value));
-}
-
-TEST_F(NumberText, Double_To_Text) {
-    // Whole numbers of more than 15 digits stop at the last that isn't 0, and digits that lie just between
-    // two doubles (from 1e23 on) don't count.
-    const std::pair<double, const char*> cases[] = {
+TEST_F(NumberText, Table) {
+    const std::string zeros(200, '0');
+    const std::string cases[][2] = {
         // clang-format off
-        {-1.5, "-1.5"}, {1e-7, "0.0000001"}, {-0.0, "-0"}, {100000000000000, "100000000000000"},
-        {1000000000000000, "1"}, {1234567890123450, "123456789012345"}, {0x1p53, "9007199254740992"},
-        {1e22, "1"}, {4503599627370495.5, "4503599627370495.5"}, {1e23, "9999999999999999"},
-        {3.132231570226741e16, "31322315702267408"}, {5.47362728754336e18, "5473627287543359"},
-        {infinity, "Infinity"}, {-infinity, "-Infinity"}, {std::nan(""), "NaN"}, {-std::nan(""), "NaN"}
+        {Itos(INT_MIN), "-2147483648"}, {Itos(0), "0"}, {Dtos(-1.5), "-1.5"}, {Dtos(1e-7), "0.0000001"},
+        {Dtos(-0.0), "-0"}, {Dtos(infinity), "Infinity"}, {Dtos(-infinity), "-Infinity"}, {Dtos(-std::nan("")), "NaN"},
+        // Whole numbers of more than 15 digits stop at the last that isn't 0.
+        {Dtos(100000000000000), "100000000000000"}, {Dtos(1000000000000000), "1"}, {Dtos(1e22), "1"},
+        {Dtos(1234567890123450), "123456789012345"}, {Dtos(0x1p53), "9007199254740992"},
+        {Dtos(4503599627370495.5), "4503599627370495.5"},
+        // Digits that lie just between two doubles don't count.
+        {Dtos(1e23), "9999999999999999"}, {Dtos(3.132231570226741e16), "31322315702267408"},
+        {Dtos(5.47362728754336e18), "5473627287543359"},
+
+        {Stoi("-12"), "-12"}, {Stoi("007"), "7"}, {Stoi("2147483648"), "-2147483648"}, {Stoi("4294967297"), "1"},
+        {Stoi("-"), "0"}, {Stoi(""), "0!"}, {Stoi("+1"), "0!"}, {Stoi(" 1"), "0!"}, {Stoi("12a"), "0!"},
+        {Stoi("--1"), "0!"}, {Stoi("0x1F"), "31"}, {Stoi("0XFFffFFff"), "-1"}, {Stoi("0x"), "0!"},
+        {Stoi("0x1g"), "0!"}, {Stoi("-0x1F"), "0!"}, {Stoi("1x1"), "0!"}, {Stoi("1\0"s), "0!"},
+
+        {Stod(""), "0"}, {Stod(" 1.5"), "1.5"}, {Stod("-1e3"), "-1000"}, {Stod("1.5 "), "0!"}, {Stod("-"), "0!"},
+        {Stod("0x1F"), "31"}, {Stod("0x"), "0!"}, {Stod("inf"), "Infinity"}, {Stod("-Infinity"), "-Infinity"},
+        {Stod("infinit"), "0!"}, {Stod("1\0"s), "0!"}, {Stod(zeros + "1.5"), "1.5"}, {Stod(zeros + "x"), "0!"},
+
+        {Stompd(""), "0"}, {Stompd("12.500"), "12.5"}, {Stompd("-0"), "-0"}, {Stompd("1e3"), "1000"},
+        {Stompd("nan"), "NaN"}, {Stompd("-inf"), "-Infinity"}, {Stompd("12345678901234567"), "12345678901234570"},
+        {Stompd("0x1F"), "31"}, {Stompd("0xffffffffffffffff"), "9223372036854776000"}, {Stompd("0x"), "0!"},
+        {Stompd("0x1g"), "0!"}, {Stompd("1 "), "0!"}, {Stompd("1\0"s), "0!"}, {Stompd(zeros + "5"), "5"},
+        {Stompd(zeros + "x"), "0!"}
         // clang-format on
     };
-    for (const auto& [value, expected] : cases)
-        EXPECT_EQ(Dtos(value), expected);
+    for (const auto& [converted, expected] : cases)
+        EXPECT_EQ(converted, expected) << &converted - cases[0];
+}
+
+TEST_F(NumberText, Infinity_By_The_C_Library_Counts_As_Overflow_While_Errno_Says_So) {
+    int error;
+    errno = 0;
+    EXPECT_EQ(App::stod("inf", -1, 0, &error), infinity);
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(App::stod("1e999", -1, 0, &error), infinity);
+    EXPECT_EQ(error, 1);
+    EXPECT_EQ(App::stod("inf", -1, 0, &error), infinity);
+    EXPECT_EQ(error, 1);
+    EXPECT_EQ(App::stod("inf", 3, 4, &error), infinity); // a word doesn't mind
+    EXPECT_EQ(error, 0);
+    EXPECT_EQ(std::bit_cast<uint64_t>(App::stod("-nan", 4, 5, nullptr)), 0xfff8000000000000u);
 }
 
 // Of any exponent up to 2^49, whose whole numbers have up to 15 digits.
@@ -85,87 +128,20 @@ TEST_F(NumberText, Doubles_Below_The_Gap_Come_Back_From_Their_Text) {
     std::mt19937_64 random(6);
     for (int i = 0; i < 20000; i++) {
         const uint64_t bits = (random() >> 63 << 63) | (random() % ((1023ull + 49) << 52));
-        int error;
-        ASSERT_EQ(std::bit_cast<uint64_t>(Stod(Dtos(std::bit_cast<double>(bits)), &error)), bits);
-        ASSERT_EQ(error, 0);
+        const std::string text = Dtos(std::bit_cast<double>(bits));
+        ASSERT_EQ(std::bit_cast<uint64_t>(App::stod(text.c_str(), -1, 0, nullptr)), bits);
     }
 }
 
-TEST_F(NumberText, Text_To_Integer) {
-    const Case<int> cases[] = {
-        // clang-format off
-        {"-12", -12, 0}, {"007", 7, 0}, {"2147483648", INT_MIN, 0}, {"4294967297", 1, 0}, {"-", 0, 0},
-        {"", 0, 1}, {"+1", 0, 1}, {" 1", 0, 1}, {"12a", 0, 1}, {"--1", 0, 1}, {"0x1F", 31, 0},
-        {"0XFFffFFff", -1, 0}, {"0x", 0, 1}, {"0x1g", 0, 1}, {"-0x1F", 0, 1}, {"1x1", 0, 1}, {"1\0"s, 0, 1}
-        // clang-format on
-    };
-    for (const auto& c : cases) {
-        int error = -1;
-        EXPECT_EQ(App::stoi(c.input.data(), static_cast<int>(c.input.size()), &error), c.expected) << c.input;
-        EXPECT_EQ(error, c.error) << c.input;
-    }
-    EXPECT_EQ(App::stoi("42", -1, nullptr), 42);
-}
-
-TEST_F(NumberText, Text_To_Double) {
-    const std::string long_number = std::string(200, '0') + "1.5";
-    const Case<double> cases[] = {
-        // clang-format off
-        {"", 0, 0}, {" 1.5", 1.5, 0}, {"-1e3", -1000, 0}, {"1.5 ", 0, 1}, {"-", 0, 1}, {"0x1F", 31, 0},
-        {"0x", 0, 1}, {"-Infinity", -infinity, 0}, {"infinit", 0, 1}, {"1\0"s, 0, 1},
-        {long_number, 1.5, 0}, {long_number + "x", 0, 1}
-        // clang-format on
-    };
-    errno = ERANGE; // the words for infinity don't mind
-    int error;
-    for (const auto& c : cases) {
-        EXPECT_EQ(Stod(c.input, &error), c.expected) << c.input;
-        EXPECT_EQ(error, c.error) << c.input;
-    }
-    EXPECT_EQ(std::bit_cast<uint64_t>(Stod("-nan", &error)), 0xfff8000000000000u);
-    EXPECT_FALSE(std::signbit(Stod("NaN", &error)));
-}
-
-TEST_F(NumberText, Infinity_Counts_As_Overflow_While_Errno_Says_So) {
-    errno = 0;
-    const Case<double> cases[] = {{"inf", infinity, 0}, {"1e999", infinity, 1}, {"inf", infinity, 1}};
-    for (const auto& c : cases) {
-        int error;
-        EXPECT_EQ(App::stod(c.input.c_str(), -1, 0, &error), c.expected);
-        EXPECT_EQ(error, c.error);
-    }
-}
-
-TEST_F(NumberText, Text_To_Decimal_And_Back) {
-    const std::string zeros(200, '0');
-    const Case<const char*> cases[] = {
-        // clang-format off
-        {"", "0", 0}, {"12.500", "12.5", 0}, {"-0", "-0", 0}, {"1e3", "1000", 0}, {"nan", "NaN", 0},
-        {"12345678901234567", "12345678901234570", 0}, {zeros + "5", "5", 0}, {"-inf", "-Infinity", 0},
-        {"0x1F", "31", 0}, {"0xffffffffffffffff", "9223372036854776000", 0}, {"0x", "0", 1},
-        {"0x1g", "0", 1}, {"1 ", "0", 1}, {zeros + "x", "0", 1}, {"1\0"s, "0", 1}
-        // clang-format on
-    };
-    for (const auto& c : cases) {
-        int error = -1;
-        EXPECT_EQ(Mpdtos(Stompd(c.input, &error)), c.expected) << c.input;
-        EXPECT_EQ(error, c.error) << c.input;
-    }
-    const Decimal target(App::itompd(nullptr, INT_MIN)), copy(App::mpdtompd(nullptr, target.get()));
-    EXPECT_EQ(App::stompd(target.get(), "7.25", -1, 0, nullptr), target.get());
-    EXPECT_EQ(Mpdtos(target) + Mpdtos(copy), "7.25-2147483648");
-}
-
-// With the gap for large numbers.
-TEST_F(NumberText, Doubles_Become_Decimals_By_Their_Text) {
-    for (const double value : {1.5, -0.001, 1e22, std::nan(""), infinity, -infinity}) {
+TEST_F(NumberText, Decimals_From_Numbers_And_Back) {
+    for (const double value : {1.5, -0.001, 1e22, std::nan(""), infinity, -infinity}) { // the gap, too
         const Decimal decimal(App::dtompd(nullptr, value));
         EXPECT_EQ(Mpdtos(decimal), Dtos(value));
         EXPECT_EQ(Dtos(App::mpdtod(decimal.get())), Dtos(value));
     }
-}
-
-TEST_F(NumberText, Decimal_To_Integer_And_Size) {
+    const Decimal target(App::itompd(nullptr, INT_MIN)), copy(App::mpdtompd(nullptr, target.get()));
+    EXPECT_EQ(App::stompd(target.get(), "7.25", -1, 0, nullptr), target.get());
+    EXPECT_EQ(Mpdtos(target) + Mpdtos(copy), "7.25-2147483648");
     const struct {
         const char* text;
         int integer, digits, fraction;
@@ -176,10 +152,10 @@ TEST_F(NumberText, Decimal_To_Integer_And_Size) {
         // clang-format on
     };
     for (const auto& c : cases) {
-        const Decimal value = Stompd(c.text);
+        App::stompd(target.get(), c.text, -1, 0, nullptr);
         int digits, fraction;
-        App::mpdsize(value.get(), &digits, &fraction);
-        EXPECT_EQ(App::mpdtoi(value.get()), c.integer) << c.text;
+        App::mpdsize(target.get(), &digits, &fraction);
+        EXPECT_EQ(App::mpdtoi(target.get()), c.integer) << c.text;
         EXPECT_EQ(std::pair(digits, fraction), std::pair(c.digits, c.fraction)) << c.text;
     }
 }

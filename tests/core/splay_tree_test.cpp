@@ -37,29 +37,22 @@ TEST(SplayTree, Does_What_A_Sorted_Set_Does) {
         const int k = static_cast<int>(random() % numbers.size());
         numbers[k] = k;
         const auto answer = [&](auto it) { return it == model.end() ? nullptr : &numbers[*it]; };
-        switch (random() % 8) {
+        const auto before = [&](auto it) { return it == model.begin() ? nullptr : &numbers[*std::prev(it)]; };
+        switch (random() % 7) {
         case 0:
-        case 1:
             if (model.insert(k).second)
                 tree.Insert(&numbers[k]);
             break;
-        case 2:
-        case 3:
+        case 1:
             if (model.empty() || !tree.Would_Lose_Order(k)) {
                 ASSERT_EQ(tree.Remove(k), model.erase(k) ? &numbers[k] : nullptr);
             }
             break;
-        case 4: ASSERT_EQ(tree.Find(k), answer(model.find(k))); break;
-        case 5: ASSERT_EQ(tree.Next(k), answer(model.upper_bound(k))); break;
-        case 6: {
-            const auto below = model.lower_bound(k);
-            ASSERT_EQ(tree.Previous(k), below == model.begin() ? nullptr : answer(std::prev(below)));
-            break;
-        }
-        case 7:
-            ASSERT_EQ(tree.First(), answer(model.begin()));
-            ASSERT_EQ(tree.Last(), model.empty() ? nullptr : answer(std::prev(model.end())));
-            break;
+        case 2: ASSERT_EQ(tree.Find(k), answer(model.find(k))); break;
+        case 3: ASSERT_EQ(tree.Next(k), answer(model.upper_bound(k))); break;
+        case 4: ASSERT_EQ(tree.Previous(k), before(model.lower_bound(k))); break;
+        case 5: ASSERT_EQ(tree.First(), answer(model.begin())); break;
+        case 6: ASSERT_EQ(tree.Last(), before(model.end())); break;
         }
         ASSERT_EQ(tree.Entries(), static_cast<int>(model.size()));
     }
@@ -83,7 +76,7 @@ TEST(SplayTree, Walks_Trees_Of_Any_Size) {
     }
 }
 
-TEST(SplayTree, Equal_Keys_Are_Kept_And_Copies_Of_A_Guest_Share) {
+TEST(SplayTree, Equal_Keys_Follow_Each_Other_And_The_Copy_Of_A_Guest_Shares) {
     int first = 5, second = 5;
     SplayTree<int, int> tree(0);
     tree.Insert(&first);
@@ -98,7 +91,7 @@ TEST(SplayTree, Removal_Above_A_Lone_Left_Grandchild_Loses_Order) {
     Watched_Tree tree(0);
     for (const int k : {4, 3, 2, 1})
         tree.Insert(&numbers[k]);          // 1 to 4, a chain to the right
-    ASSERT_NE(tree.Find(4), nullptr);      // 4 over (2 over 1 and 3)
+    tree.Find(4);                          // 4 over (2 over 1 and 3)
     ASSERT_TRUE(tree.Would_Lose_Order(2)); // 2 over 1 and (4 over 3)
     EXPECT_EQ(tree.Remove(2), &numbers[2]);
     EXPECT_EQ(tree.Entries(), 3);

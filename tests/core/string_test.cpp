@@ -17,6 +17,25 @@ String Text(const std::string& text) {
     return String(text.data(), static_cast<int>(text.size()));
 }
 
+String Edited(const std::string& text, void (String::*edit)()) {
+    String s = Text(text);
+    (s.*edit)();
+    return s;
+}
+
+String Replaced(const std::string& text, const char* from, const char* to) {
+    String s = Text(text);
+    s.gsub(from, to);
+    return s;
+}
+
+// The answer, and what stands in three Strings afterwards.
+String Split(const char* text, const char* sep, int max) {
+    String out[3] = {"-", "-", "-"};
+    const int count = split(text, out, max, sep);
+    return String("") + count + ':' + out[0] + '|' + out[1] + '|' + out[2];
+}
+
 TEST(String, Unassigned_Until_Something_Is_Stored) {
     String none, target("kept");
     EXPECT_EQ(String(none).capacity(), 24);
@@ -101,64 +120,38 @@ TEST(String, Length_Beyond_31_Bits_Throws_And_Changes_Nothing) {
     EXPECT_STREQ(s.text(), "abc");
 }
 
-TEST(String, Pieces_And_Sums) {
+TEST(String, Pieces_Edits_And_Sums) {
+    const auto strip = &String::StripWhitespace, trim = &String::ltrim,
+               compress = &String::CompressWhitespace;
     const String abc("abc"), none, list("a,b,c"), with_nul = Text("ab\0cd"s);
-    const std::pair<String, const char*> cases[] = {
+    const std::pair<String, std::string> cases[] = {
         // clang-format off
         {abc.before(2), "ab"}, {abc.before(3), "abc"}, {abc.after(0), "bc"}, {abc.after(2), ""},
         {abc.after(INT_MAX), ""}, {abc.after(-9), "abc"}, {abc.from(3), ""}, {abc.from(-1), "abc"},
         {abc.at(1, 2), "b"}, {abc.at(1, 99), "bc"}, {abc.at(3, 9), ""}, {abc.at(2, 1), ""}, {abc.at(-5, 1), "a"},
-        {none.at(0, 1), ""}, {list.before(","), "a"}, {list.before("x"), "a,b,c"}, {list.after(",", 2), "c"},
-        {list.after("x"), ""}, {list.from(",b", -3), ",b,c"}, {list.from("a", 1), ""}, {with_nul.from(1), "b"},
-        {with_nul.after("a"), "b"}, {abc.padr(5, '.'), "abc.."}, {abc.padl(5, '.'), "..abc"},
-        {abc.padl(9, '\0'), "abc"}, {String("a\xe4[").upper(), "A\xe4["}, {String("A\xc4[").lower(), "a\xc4["},
-        {abc.Base64_Encode(), "YWJj"}, {none.Base64_Encode(), ""}, {String("QUI=").Base64_Decode(), "AB"},
-        {"'" + abc + '\'', "'abc'"}, {none + none + "x", "x"}, {abc + INT_MIN, "abc-2147483648"},
-        {abc + 100.0, "abc100"}, {abc + 1e-7, "abc0"}, {abc + -0.25, "abc-0.25"}
+        {none.at(0, 1), ""}, {with_nul.at(1, 4), "b\0c"s}, {with_nul.from(1), "b"}, {with_nul.after("a"), "b"},
+        {list.before(","), "a"}, {list.before("x"), "a,b,c"}, {list.after(",", 2), "c"}, {list.after("x"), ""},
+        {list.from(",b", -3), ",b,c"}, {list.from("a", 1), ""}, {abc.padr(5, '.'), "abc.."},
+        {abc.padl(5, '.'), "..abc"}, {abc.padl(9, '\0'), "abc"}, {String("a\xe4[").upper(), "A\xe4["},
+        {String("A\xc4[").lower(), "a\xc4["}, {abc.Base64_Encode(), "YWJj"}, {none.Base64_Encode(), ""},
+        {String("QUI=").Base64_Decode(), "AB"}, {"'" + abc + '\'', "'abc'"}, {none + none + "x", "x"},
+        {abc + INT_MIN, "abc-2147483648"}, {abc + 100.0, "abc100"}, {abc + 1e-7, "abc0"}, {abc + -0.25, "abc-0.25"},
+        // White space is tab, line feed, return and space.
+        {Edited("\t a  \n b\r\n", strip), "a  \n b"}, {Edited("\t a  \n b\r\n", trim), "a  \n b\r\n"},
+        {Edited("\t a  \n b\r\n", compress), "\ta b\r"}, {Edited("\v a \f", strip), "\v a \f"},
+        {Edited(" \t\r\n", strip), ""}, {Edited(" \t\r\n", compress), " "}, {Edited(" a \0 b "s, strip), "a"},
+        {Edited(" a \0 b "s, trim), "a "}, {Edited(" a \0 b "s, compress), " a "},
+        {Replaced("axbxc", "x", nullptr), "abc"}, {Replaced("aaa", "aa", "b"), "ba"}, {Replaced("x", "x", "xx"), "xx"},
+        {Replaced("abc", "", "y"), "abc"}, {Replaced("a\0xb"s, "x", "y"), "a"}, {Replaced("a\0b"s, "x", "y"), "a\0b"s},
+        {Split("a,b,", ",", 3), "2:a|b|"}, {Split("a,b,c", ",", 2), "2:a|b|-"}, {Split("a,b,c", ",", 3), "3:a|b|c"},
+        {Split("", ",", 3), "0:|-|-"}, {Split("a--b", "--", 3), "2:a|b|-"}, {Split("abc", "", 3), "1:abc|-|-"},
+        {Split("abc", "", 0), "0:-|-|-"}, {Split("abc", ",", 0), "0:-|-|-"}
         // clang-format on
     };
-    for (const auto& [piece, expected] : cases)
-        EXPECT_STREQ(piece.text(), expected) << "in the case that expects " << expected;
+    for (const auto& [result, expected] : cases)
+        EXPECT_EQ(result.view(), expected);
     EXPECT_EQ(abc.before(-1).capacity(), 0);
-    EXPECT_EQ(with_nul.at(1, 4).view(), "b\0c"s);
     EXPECT_EQ((abc + -1e300).length(), 3 + 127); // cut among the digits ahead of the point
-}
-
-TEST(String, White_Space_Is_Tab_Line_Feed_Return_And_Space) {
-    const struct {
-        std::string text;
-        const char *stripped, *left_trimmed, *compressed;
-    } cases[] = {{" \t\r\n", "", "", " "},
-                 {"\t a  \n b\r\n", "a  \n b", "a  \n b\r\n", "\ta b\r"},
-                 {"\v a \f", "\v a \f", "\v a \f", "\v a \f"},
-                 {" a \0 b "s, "a", "a ", " a "}};
-    for (const auto& c : cases) {
-        String stripped = Text(c.text), trimmed = Text(c.text), compressed = Text(c.text);
-        stripped.StripWhitespace();
-        trimmed.ltrim();
-        compressed.CompressWhitespace();
-        EXPECT_EQ(stripped.view(), c.stripped);
-        EXPECT_EQ(trimmed.view(), c.left_trimmed);
-        EXPECT_EQ(compressed.view(), c.compressed);
-    }
-}
-
-TEST(String, Gsub) {
-    const struct {
-        std::string text;
-        const char *from, *to;
-        std::string expected;
-    } cases[] = {
-        // clang-format off
-        {"axbxc", "x", nullptr, "abc"}, {"aaa", "aa", "b", "ba"}, {"x", "x", "xx", "xx"}, {"abc", "", "y", "abc"},
-        {"a\0xb"s, "x", "y", "a"}, {"a\0b"s, "x", "y", "a\0b"s}
-        // clang-format on
-    };
-    for (const auto& c : cases) {
-        String s = Text(c.text);
-        s.gsub(c.from, c.to);
-        EXPECT_EQ(s.view(), c.expected);
-    }
 }
 
 TEST(String, Queries) {
@@ -176,25 +169,6 @@ TEST(String, Queries) {
     };
     for (const auto& [answer, expected] : found)
         EXPECT_EQ(answer, expected) << "in pair from " << &answer - found[0];
-}
-
-TEST(Split, Stores_Pieces_And_Counts_Them) {
-    const struct {
-        const char *text, *sep;
-        int max, count;
-        const char* stored; // with a | behind each
-    } cases[] = {
-        // clang-format off
-        {"a,b,", ",", 3, 2, "a|b||"}, {"a,b,c", ",", 2, 2, "a|b|-|"}, {"a,b,c", ",", 3, 3, "a|b|c|"},
-        {"", ",", 3, 0, "|-|-|"}, {"a--b", "--", 3, 2, "a|b|-|"}, {"abc", "", 3, 1, "abc|-|-|"},
-        {"abc", "", 0, 0, "-|-|-|"}, {"abc", ",", 0, 0, "-|-|-|"}
-        // clang-format on
-    };
-    for (const auto& c : cases) {
-        String out[3] = {"-", "-", "-"};
-        EXPECT_EQ(split(c.text, out, c.max, c.sep), c.count) << c.text;
-        EXPECT_STREQ((out[0] + '|' + out[1] + '|' + out[2] + '|').text(), c.stored);
-    }
 }
 
 } // namespace

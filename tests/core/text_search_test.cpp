@@ -31,18 +31,19 @@ const struct Searcher {
     {"rk_searchi", rk_searchi, true, false, 1, -1, -1},
 };
 
-std::string Folded(std::string text, bool fold) {
-    for (char& byte : text)
-        byte = fold ? static_cast<char>(std::tolower(static_cast<unsigned char>(byte))) : byte;
-    return text;
-}
-
 int Naive_Search(const Searcher& wanted, const std::string& pattern, const std::string& text) {
+    const auto matches = [&](std::size_t at) {
+        for (const char byte : pattern) {
+            const char other = text[at++];
+            if (byte != other && !(wanted.ignores_case && std::isalpha(static_cast<unsigned char>(byte)) &&
+                                   (byte ^ other) == 0x20))
+                return false;
+        }
+        return true;
+    };
     int found = -1;
     for (std::size_t at = wanted.first_offset; at + pattern.size() <= text.size(); ++at)
-        if ((found == -1 || wanted.takes_last) &&
-            Folded(text.substr(at, pattern.size()), wanted.ignores_case) ==
-                Folded(pattern, wanted.ignores_case))
+        if ((found == -1 || wanted.takes_last) && matches(at))
             found = static_cast<int>(at);
     return found;
 }
@@ -53,8 +54,6 @@ std::string Random_Text(std::mt19937& random, int longest, std::string_view alph
         byte = alphabet[random() % alphabet.size()];
     return text;
 }
-
-} // namespace
 
 TEST(TextSearch, Agrees_With_Naive_Search) {
     std::mt19937 random(6);
@@ -79,20 +78,16 @@ TEST(TextSearch, Oddities_That_Stay) {
     EXPECT_EQ(bm_searchi_reverse("ab", 2, "xxAB", 4), 2);
     EXPECT_EQ(bm_searchi_reverse("ab", 2, "ABx", 3), -1); // the raw B counts as absent from the pattern
     EXPECT_EQ(rk_search("bc", 2, "abc", 2), 1);           // the byte behind the text takes part
-    EXPECT_EQ(rk_search("ab", 2, "abc", 2), -1);          // offset 0 doesn't
 }
 
 TEST(TextSearch, Compares_Without_Case) {
-    const struct {
-        std::string a, b;
-        int lower, upper;
-    } cases[] = {
-        {"", "", 0, 0},    {"Name", "nAME", 0, 0}, {"abc", "abD", -1, -1}, {"B", "a", 1, 1},
-        {"_", "a", -1, 1}, {"Z", "_", 1, -1},      {"\xE9", "z", 1, 1},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(memcmpi(c.a.data(), c.b.data(), c.a.size()), c.lower) << c.a << c.b;
-        EXPECT_EQ(memcmpi_upper(c.a.data(), c.b.data(), c.a.size()), c.upper) << c.a << c.b;
+    for (const auto compare : {memcmpi, memcmpi_upper}) {
+        EXPECT_EQ(compare("Name", "nAME", 4), 0);
+        EXPECT_EQ(compare("a\0b", "A\0C", 3), -1);
+        EXPECT_EQ(compare("\xE9", "z", 1), 1);
     }
-    EXPECT_EQ(memcmpi("a\0b", "A\0C", 3), -1);
+    EXPECT_EQ(memcmpi("_", "a", 1), -1);
+    EXPECT_EQ(memcmpi_upper("_", "a", 1), 1);
 }
+
+} // namespace
