@@ -24,55 +24,43 @@ using Decimal = std::unique_ptr<mpd_t, Free_Decimal>;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-// What a conversion hands out, once its size is as told.
-template <class Number>
-std::string Text(char* (*convert)(Number, int*, int*), Number value, int spare) {
-    int len = 0, size = 0;
-    const std::unique_ptr<char[]> text(convert(value, &len, &size));
-    EXPECT_EQ(size, len + 1 + spare);
-    EXPECT_EQ(text[len], '\0');
-    return {text.get(), static_cast<size_t>(len)};
-}
-
-std::string Itos(int value) {
-    return Text(App::itos, value, 0);
-}
-
-std::string Dtos(double value) {
-    return Text(App::dtos, value, std::isfinite(value));
-}
-
-std::string Mpdtos(const Decimal& value) {
-    return Text(App::mpdtos, value.get(), 0);
-}
-
-// The number that a text stands for, written as text again, with an exclamation mark for an error. The bytes
-// that may be read end with the text.
-template <class Convert>
-std::string Converted(const std::string& text, Convert convert) {
-    int error = -1;
-    const std::string number =
-        convert(std::vector<char>(text.begin(), text.end()).data(), static_cast<int>(text.size()), &error);
-    return number + (error ? "!" : "");
-}
-
-std::string Stoi(const std::string& text) {
-    return Converted(text, [](auto* s, int len, int* error) { return Itos(App::stoi(s, len, error)); });
-}
-
-std::string Stod(const std::string& text) {
-    return Converted(text, [](auto* s, int len, int* error) { return Dtos(App::stod(s, len, len, error)); });
-}
-
-std::string Stompd(const std::string& text) {
-    return Converted(text, [](auto* s, int len, int* error) {
-        return Mpdtos(Decimal(App::stompd(nullptr, s, len, len, error)));
-    });
-}
-
 class NumberText : public testing::Test {
   protected:
     void SetUp() override { mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64); }
+
+    // What a conversion hands out, once its size is as told.
+    template <class Number>
+    static std::string Text(char* (*convert)(Number, int*, int*), Number value, int spare) {
+        int len = 0, size = 0;
+        const std::unique_ptr<char[]> text(convert(value, &len, &size));
+        EXPECT_EQ(size, len + 1 + spare);
+        EXPECT_EQ(text[len], '\0');
+        return {text.get(), static_cast<size_t>(len)};
+    }
+    static std::string Itos(int value) { return Text(App::itos, value, 0); }
+    static std::string Dtos(double value) { return Text(App::dtos, value, std::isfinite(value)); }
+    static std::string Mpdtos(const Decimal& value) { return Text(App::mpdtos, value.get(), 0); }
+
+    // The number that a text stands for, written as text again, with an exclamation mark for an error. The
+    // bytes that may be read end with the text.
+    template <class Convert>
+    static std::string Converted(const std::string& text, Convert convert) {
+        int error = -1;
+        const std::vector<char> bytes(text.begin(), text.end());
+        const std::string number = convert(bytes.data(), static_cast<int>(bytes.size()), &error);
+        return number + (error ? "!" : "");
+    }
+    static std::string Stoi(const std::string& text) {
+        return Converted(text, [](auto* s, int len, int* error) { return Itos(App::stoi(s, len, error)); });
+    }
+    static std::string Stod(const std::string& text) {
+        return Converted(text, [](auto* s, int len, int* e) { return Dtos(App::stod(s, len, len, e)); });
+    }
+    static std::string Stompd(const std::string& text) {
+        return Converted(text, [](auto* s, int len, int* error) {
+            return Mpdtos(Decimal(App::stompd(nullptr, s, len, len, error)));
+        });
+    }
 };
 
 TEST_F(NumberText, Table) {
