@@ -101,10 +101,9 @@ bool SegmentManager::Read_Section(TaggedFile* file) {
 
 bool SegmentManager::Read_Segments(TaggedFile* file, size_t entries, Segments& read) {
     const int64_t data_start = header_size + static_cast<int64_t>(entries) * segment_header_size;
-    std::vector<char> headers;
-    if (!file->Section_Holds(data_start))
+    if (!file->Section_Holds(header_size, data_start - header_size))
         return Error(file->error());
-    headers.resize(static_cast<size_t>(data_start) - header_size);
+    std::vector<char> headers(static_cast<size_t>(data_start) - header_size);
     const int length = static_cast<int>(headers.size());
     if (file->Section_Read(section_tag, header_size, headers.data(), length) != length)
         return Error(file->error());
@@ -116,7 +115,7 @@ bool SegmentManager::Read_Segments(TaggedFile* file, size_t entries, Segments& r
             return Error("segment_header.size out of range");
         // Segments that share bytes would fill more memory than the file.
         total += size;
-        if (!file->Section_Holds(data_start, total) || !file->Section_Holds(offset, size))
+        if (!file->Section_Holds(offset, size) || !file->Section_Holds(data_start, total))
             return Error(file->error());
         const int id = static_cast<int>(read.size());
         read.push_back(std::make_unique<Segment>(id, new char[static_cast<size_t>(size)], size, size));

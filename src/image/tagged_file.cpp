@@ -24,8 +24,6 @@ constexpr int oldest_version = file_version_major << 16 | FILE_VERSION_SECOND;
 constexpr int newest_version = file_version_major << 16 | FILE_VERSION_ISOLATION;
 constexpr uint32_t most_entries = 0xaaaaaaa;
 
-constexpr const char* end_of_file = "Unexpected end of file";
-
 } // namespace
 
 TaggedFile::TaggedFile(FileManager* manager)
@@ -135,14 +133,7 @@ bool TaggedFile::Section_Flush() {
 }
 
 int TaggedFile::Section_Read(int tag, int offset, char* data, int length) {
-    if (!Find_Section(tag))
-        return -1;
-    const Directory_Entry& section = directory[current];
-    if (offset < 0 || offset > section.size || offset > INT_MAX - section.offset) {
-        Error("Invalid offset");
-        return -1;
-    }
-    return Read_Current(offset, data, length);
+    return Find_Section(tag) ? Read_Current(offset, data, length) : -1;
 }
 
 bool TaggedFile::Section_Read_Start(int tag, int* size) {
@@ -158,11 +149,7 @@ bool TaggedFile::Section_Read_Start(int tag, int* size) {
 }
 
 int TaggedFile::Section_Read(char* data, int length) {
-    if (current < 0) {
-        Error("Invalid section");
-        return -1;
-    }
-    if (position > directory[current].size) {
+    if (current >= 0 && position > directory[current].size) {
         Error("Read past end of section boundary");
         return -1;
     }
@@ -185,7 +172,13 @@ bool TaggedFile::Section_Holds(int64_t size) {
 }
 
 bool TaggedFile::Section_Holds(int64_t offset, int64_t size) {
-    return offset + size <= Extent() || Error(end_of_file);
+    if (offset + size <= Extent())
+        return true;
+    return In_Range(offset, size) && Error(end_of_file);
+}
+
+int64_t TaggedFile::Length() {
+    return file ? file->Length() : 0;
 }
 
 bool TaggedFile::Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size) {
@@ -278,13 +271,21 @@ int64_t TaggedFile::Extent() {
     return std::clamp<int64_t>(file->Length() - section.offset, 0, section.size);
 }
 
-// The offset lies within the section. A length that can't be one shows unsigned, below 0 as well.
-int TaggedFile::Read_Current(int64_t offset, char* data, int length) {
+// Refuses what begins outside the current section, and a length that no file can have behind its start.
+bool TaggedFile::In_Range(int64_t offset, int64_t length) {
+    if (current < 0)
+        return Error("Invalid section");
     const Directory_Entry& section = directory[current];
-    if (static_cast<uint32_t>(length) > static_cast<uint32_t>(INT_MAX - section.offset)) {
-        Error("Invalid size");
+    const int64_t longest = int64_t{INT_MAX} - section.offset;
+    if (offset < 0 || offset > section.size || offset > longest)
+        return Error("Invalid offset");
+    return (length >= 0 && length <= longest) || Error("Invalid size");
+}
+
+int TaggedFile::Read_Current(int64_t offset, char* data, int length) {
+    if (!In_Range(offset, length))
         return -1;
-    }
+    const Directory_Entry& section = directory[current];
     const int64_t wanted = std::min<int64_t>(length, section.size - offset);
     const int read = static_cast<int>(Read_At(section.offset + offset, data, wanted));
     if (read >= 0 && read < length)

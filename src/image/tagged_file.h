@@ -27,6 +27,7 @@ constexpr int Section_Tag(const char (&letters)[5]) {
 class TaggedFile {
   public:
     static constexpr int signature_size = 16;
+    static constexpr const char* end_of_file = "Unexpected end of file"; // the text of a short read
 
     // The manager outlives the object.
     explicit TaggedFile(FileManager* manager);
@@ -72,9 +73,11 @@ class TaggedFile {
     // Bytes of the current section behind the reading position that the file really has; 0 without a section.
     int64_t Section_Remaining();
     // True if the current section has size bytes there, or from an offset on. Whoever makes room for what a
-    // count in the file announces asks this first. False leaves the text of a short read.
+    // count in the file announces asks this first. False leaves the text that the read would leave.
     bool Section_Holds(int64_t size);
     bool Section_Holds(int64_t offset, int64_t size);
+    // Bytes of the whole file.
+    int64_t Length();
     // Reads so many records, for which it makes room if the section has them. False, with a text, without
     // them.
     bool Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size);
@@ -93,6 +96,7 @@ class TaggedFile {
     bool Directory_Write();
     bool Find_Section(int tag);
     int64_t Extent();
+    bool In_Range(int64_t offset, int64_t length);
     int Read_Current(int64_t offset, char* data, int length);
     long Read_At(long at, char* data, long length);
     bool Write_At(long at, const char* data, long length);

@@ -134,7 +134,8 @@ TEST_F(FunctionTableTest, Fields_Out_Of_Range_Are_Refused) {
          {"Invalid function parameter name index", {{second + 20, 5}, {second + 32, -1}}},
          {"variable_hash_header.bucket_bits out of range", {{second + 46, 33, 1}}},
          {"Unexpected end of file",
-          {{0, 0x7fff, 2}, {3, 0xfffffff}, {second + 4, 0xaaaaaaa}, {second + 47, 0x7ffffff}}}});
+          {{0, 0x7fff, 2}, {3, 0xfffffff}, {second + 47, 0x7ffffff}}},
+         {"Invalid size", {{second + 4, 0xaaaaaaa}}}});
 }
 
 TEST_F(FunctionTableTest, Damaged_Chains_End) {
