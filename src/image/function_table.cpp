@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace {
 
@@ -33,44 +34,32 @@ void Add_Written_Parameter(Function& function, std::string_view written) {
 
 } // namespace
 
-std::string_view DictionaryName::view() const {
-    int length = 0;
-    const char* text = dictionary->Entry(index_, &length);
-    return {text, static_cast<size_t>(length)};
-}
-
-String DictionaryName::text() const {
-    const std::string_view name = view();
-    return {name.data(), static_cast<int>(name.size())};
-}
-
-FunctionParameter::FunctionParameter(Dictionary* dictionary, int name_index, int flags, int ident)
-    : name(dictionary, name_index), flags(flags), ident(ident) {
+FunctionParameter::FunctionParameter(int name_index, String name, int flags, int ident)
+    : name_index(name_index), name(std::move(name)), flags(flags), ident(ident) {
 }
 
 FunctionParameter::~FunctionParameter() = default;
 
 Function::Function(Dictionary* dictionary, int flags)
-    : flags(flags), name(dictionary, -1), parameters(1),
+    : flags(flags), parameters(1), dictionary(dictionary),
       locals(dictionary, local_bucket_bits, local_capacity, 0) {
 }
 
 Function::Function(TarnApplication* application, Dictionary* dictionary, Function& source)
-    : index(source.index), flags(source.flags), name(dictionary, source.name.index()), parameters(1),
-      body_a(source.body_a), body_b(source.body_b), engine_word(source.engine_word),
-      locals(application, dictionary, source.locals, false) {
+    : index(source.index), flags(source.flags), name_index(source.name_index), name(source.name),
+      parameters(1), body_a(source.body_a), body_b(source.body_b), dictionary(dictionary),
+      engine_word(source.engine_word), locals(application, dictionary, source.locals, false) {
     for (const FunctionParameter* p = source.parameters.First(); p; p = source.parameters.Next())
-        parameters.Insert(new FunctionParameter(dictionary, p->name.index(), p->flags, p->ident), LIST_LAST);
+        parameters.Insert(new FunctionParameter(*p), LIST_LAST);
 }
 
 Function::~Function() = default;
 
 int Function::AddParameter(int flags, const char* name, int length) {
     length = Text_Length(name, length);
-    Dictionary* dictionary = locals.dictionary();
-    const int name_index = dictionary->Entry_Add(name, length);
-    const int ident = locals.Insert(name_index, name, length, nullptr);
-    parameters.Insert(new FunctionParameter(dictionary, name_index, flags, ident), LIST_LAST);
+    const int added = dictionary->Entry_Add(name, length);
+    const int ident = locals.Insert(added, name, length, nullptr);
+    parameters.Insert(new FunctionParameter(added, String(name, length), flags, ident), LIST_LAST);
     return ident;
 }
 
@@ -139,7 +128,8 @@ Function* FunctionManager::Function_Add(Function* function) {
 }
 
 Function* FunctionManager::Function_Add(Function* function, const char* name, int length) {
-    function->name = DictionaryName(dictionary, dictionary->Entry_Add(name, length));
+    function->name_index = dictionary->Entry_Add(name, length);
+    function->name.assign(name, length);
     return Function_Add(function);
 }
 

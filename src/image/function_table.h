@@ -7,6 +7,7 @@
 #include "value/variable_hash.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -15,32 +16,19 @@ class Dictionary;
 class TaggedFile;
 class TarnApplication;
 
-// A name in a dictionary. It is not copied: a file may have one long text as the name of very many things.
-class DictionaryName {
-  public:
-    DictionaryName(Dictionary* dictionary, int index) : dictionary(dictionary), index_(index) {}
-
-    [[nodiscard]] int index() const { return index_; }
-    [[nodiscard]] std::string_view view() const; // empty for an index that the dictionary doesn't know
-    [[nodiscard]] String text() const;
-
-  private:
-    Dictionary* dictionary;
-    int index_;
-};
-
 class FunctionParameter {
   public:
-    FunctionParameter(Dictionary* dictionary, int name_index, int flags, int ident);
+    FunctionParameter(int name_index, String name, int flags, int ident);
     virtual ~FunctionParameter();
 
-    DictionaryName name;
+    int name_index; // in the dictionary
+    String name;
     int flags; // other than 0 for a reference, the word "var" behind the name
     int ident; // slot in the function's locals
 };
 
 // A function of a compiled image: its name, its parameters and its local variables. Doesn't own the
-// dictionary, which has the names.
+// dictionary.
 class Function {
   public:
     static constexpr int flag_by_name = 1; // added by its name alone
@@ -62,10 +50,12 @@ class Function {
 
     int index = -1; // its place in the manager
     int flags;
-    DictionaryName name;
+    int name_index = -1; // in the dictionary
+    String name;
     List<FunctionParameter> parameters;
     int body_a = -1; // where the body is, for the engine; both are -1 without one
     int body_b = -1;
+    Dictionary* dictionary;
     int engine_word = 0; // the engine's own
     VariableHash locals;
 };
@@ -109,8 +99,9 @@ class FunctionManager {
     [[nodiscard]] size_t Bucket_Of(std::string_view name) const;
     [[nodiscard]] int Order(std::string_view name, int index) const;
     bool Read_Section(TaggedFile* file);
-    bool Read_Function(TaggedFile* file, Function& function);
-    bool Read_Parameters(TaggedFile* file, Function& function, uint32_t count);
+    bool Read_Function(TaggedFile* file, int64_t& name_room, Function& function);
+    bool Read_Parameters(TaggedFile* file, int64_t& name_room, uint32_t count, Function& function);
+    bool Read_Name(int index, const char* unknown, int64_t& room, String& name);
 
     String error_;
     ChainHeads buckets;    // the first function of each chain

@@ -22,6 +22,11 @@ constexpr int link_size = 4;
 constexpr int function_header_size = 20;
 constexpr int parameter_size = 12;
 
+// The bytes of the names, for each byte of the file, and ahead of that. Very many things of a damaged file
+// may have one long text of the dictionary as their name.
+constexpr int64_t name_bytes_per_byte = 3;
+constexpr int64_t name_bytes = 1 << 19;
+
 constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
 constexpr uint32_t most_buckets = 0x1fffffff;
 constexpr uint32_t most_functions = 0xfffffff;
@@ -75,12 +80,12 @@ const char* Read_Chains(TaggedFile* file, const Header& header, ChainHeads& buck
 // A function's header and parameters.
 std::vector<char> Record_Of(Function& function) {
     std::vector<char> record;
-    for (const int field : {function.name.index(), function.parameters.Entries(), function.flags,
+    for (const int field : {function.name_index, function.parameters.Entries(), function.flags,
                             function.body_a, function.body_b})
         Append_Little_Endian(record, field);
     for (const FunctionParameter* parameter = function.parameters.First(); parameter;
          parameter = function.parameters.Next())
-        for (const int field : {parameter->name.index(), parameter->flags, parameter->ident})
+        for (const int field : {parameter->name_index, parameter->flags, parameter->ident})
             Append_Little_Endian(record, field);
     return record;
 }
@@ -139,10 +144,11 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     std::vector<int> read_next;
     if (const char* fault = Read_Chains(file, header, read_buckets, read_next))
         return Error(fault);
+    int64_t name_room = file->Length() * name_bytes_per_byte + name_bytes;
     std::vector<std::unique_ptr<Function>> read_functions;
     while (read_functions.size() < header.function_count) {
         auto function = std::make_unique<Function>(dictionary, 0);
-        if (!Read_Function(file, *function))
+        if (!Read_Function(file, name_room, *function))
             return false;
         function->index = static_cast<int>(read_functions.size());
         read_functions.push_back(std::move(function));
@@ -154,36 +160,50 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     return true;
 }
 
-bool FunctionManager::Read_Function(TaggedFile* file, Function& function) {
+bool FunctionManager::Read_Function(TaggedFile* file, int64_t& name_room, Function& function) {
     char header[function_header_size];
     if (file->Section_Read(header, function_header_size) != function_header_size)
         return Error(file->error());
-    int name_length = 0;
-    function.name = DictionaryName(dictionary, Get_Little_Endian<int32_t>(header));
-    if (!dictionary->Entry(function.name.index(), &name_length))
-        return Error("Invalid function header name index");
+    function.name_index = Get_Little_Endian<int32_t>(header);
+    if (!Read_Name(function.name_index, "Invalid function header name index", name_room, function.name))
+        return false;
     const auto parameter_count = Get_Little_Endian<uint32_t>(header + 4);
     if (parameter_count > most_parameters)
         return Error("function_header.parameter_count out of range");
     function.flags = Get_Little_Endian<int32_t>(header + 8);
     function.body_a = Get_Little_Endian<int32_t>(header + 12);
     function.body_b = Get_Little_Endian<int32_t>(header + 16);
-    return Read_Parameters(file, function, parameter_count) &&
+    return Read_Parameters(file, name_room, parameter_count, function) &&
            (function.locals.Read(file) || Error(function.locals.error()));
 }
 
-bool FunctionManager::Read_Parameters(TaggedFile* file, Function& function, uint32_t count) {
+bool FunctionManager::Read_Parameters(TaggedFile* file, int64_t& name_room, uint32_t count,
+                                      Function& function) {
     std::vector<char> bytes;
     if (!file->Section_Read_Records(bytes, count, parameter_size))
         return Error(file->error());
     for (size_t at = 0; at < bytes.size(); at += parameter_size) {
-        int name_length = 0;
+        String name;
         const auto name_index = Get_Little_Endian<int32_t>(&bytes[at]);
-        if (!dictionary->Entry(name_index, &name_length))
-            return Error("Invalid function parameter name index");
+        if (!Read_Name(name_index, "Invalid function parameter name index", name_room, name))
+            return false;
         const auto flags = Get_Little_Endian<int32_t>(&bytes[at + 4]);
         const auto ident = Get_Little_Endian<int32_t>(&bytes[at + 8]);
-        function.parameters.Insert(new FunctionParameter(dictionary, name_index, flags, ident), LIST_LAST);
+        function.parameters.Insert(new FunctionParameter(name_index, std::move(name), flags, ident),
+                                   LIST_LAST);
     }
+    return true;
+}
+
+// A name of the dictionary, as long as there is room for the names of a file of this length.
+bool FunctionManager::Read_Name(int index, const char* unknown, int64_t& room, String& name) {
+    int length = 0;
+    const char* text = dictionary->Entry(index, &length);
+    if (!text)
+        return Error(unknown);
+    room -= length;
+    if (room < 0)
+        return Error(TaggedFile::end_of_file);
+    name.assign(text, length);
     return true;
 }
