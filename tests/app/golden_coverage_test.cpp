@@ -30,12 +30,9 @@ struct Unseen_Message {
 constexpr Unseen_Message unseen_messages[] = {
     {Message::Assembly_Unterminated, "the text that is left is taken for the passage"},
     {Message::Elseif_Without_If, "the report of its else part comes first"},
-    {Message::Expected_Function_Name, "an inline call is read in one step"},
-    {Message::Expected_Open_Parenthesis, "an inline call is read in one step"},
     {Message::File_Not_Reopened, "the including file would have to go while it is included"},
     {Message::Filter_Invalid, "stored in a value whose report nobody makes"},
     {Message::Internal_Call_Without_Function, "the operator of a call is pushed together with its record"},
-    {Message::Internal_External_Function, "an inline call is read in one step"},
     {Message::Internal_File_Version, "generators ask for versions of the table"},
     {Message::Internal_Inline_Call_Dot, "the dot was seen ahead of the step"},
     {Message::Internal_Opcode, "generators use instructions of the table"},
