@@ -42,14 +42,11 @@ struct Target {
         name->Output(parser, 0, 0, 0);
         int length;
         const char* qualifiers = name->Aggregate_Qualifiers(&length);
-        if (qualifiers && name->Parse_Aggregate_Qualifier_Code(parser, qualifiers, length, nullptr, 0)) {
+        if (qualifiers && name->Parse_Aggregate_Qualifier_Code(parser, qualifiers, length, nullptr, 0))
             return parser->Report_Stored_Error(*name);
-        }
-        for (AttributeValue* part : parts) {
-            if (part) {
+        for (AttributeValue* part : parts)
+            if (part)
                 part->Output(parser, 0, 0, 0);
-            }
-        }
         return PARSER_OK;
     }
 
@@ -62,36 +59,31 @@ struct Target {
 // A tag that lacks both attributes gets both reports.
 ParserStatus CompilerParser::Check_Value_And_Name(Message value_missing, Message name_missing) {
     ParserStatus status = PARSER_OK;
-    if (!attribute_values->Element(VALUE)->Is_Set()) {
+    if (!attribute_values->Element(VALUE)->Is_Set())
         status = Report_Message(value_missing);
-    }
-    if (!attribute_values->Element(NAME)->Is_Set()) {
+    if (!attribute_values->Element(NAME)->Is_Set())
         status = Report_Message(name_missing);
-    }
     return status;
 }
 
 ParserStatus CompilerParser::Generate_Assign(int) {
     if (ParserStatus status =
-            Check_Value_And_Name(Message::Assign_Requires_Value, Message::Assign_Requires_Name)) {
+            Check_Value_And_Name(Message::Assign_Requires_Value, Message::Assign_Requires_Name))
         return status;
-    }
     return attribute_values->Output_Assignment(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
 }
 
 ParserStatus CompilerParser::Generate_Reference(int) {
     if (ParserStatus status =
-            Check_Value_And_Name(Message::Reference_Requires_Variable, Message::Reference_Requires_Name)) {
+            Check_Value_And_Name(Message::Reference_Requires_Variable, Message::Reference_Requires_Name))
         return status;
-    }
     return attribute_values->Output_Reference(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
 }
 
 ParserStatus CompilerParser::Open_Array_Block(int tag) {
     const int kind = Array_Block_Kind(tag);
-    if (array_values) {
+    if (array_values)
         return Report<Message::Array_Block_Nested>(Array_Block_Name(kind));
-    }
     array_count = 0;
     array_kind = kind;
     array_values = new AttributeValueArray(this, 10, 10);
@@ -99,24 +91,20 @@ ParserStatus CompilerParser::Open_Array_Block(int tag) {
 }
 
 ParserStatus CompilerParser::Check_Reference_Array(int) {
-    if (!attribute_values->Element(VALUE)->Is_Set()) {
+    if (!attribute_values->Element(VALUE)->Is_Set())
         return Report<Message::Referencearray_Requires_Variable>();
-    }
-    if (!attribute_values->Element(NAME)->Is_Set()) {
+    if (!attribute_values->Element(NAME)->Is_Set())
         return Report<Message::Referencearray_Requires_Name>();
-    }
     return PARSER_OK;
 }
 
 ParserStatus CompilerParser::Close_Array_Block(int tag) {
     const int kind = Array_Block_Kind(tag);
     const char* closing = Array_Block_Name(kind);
-    if (!array_values) {
+    if (!array_values)
         return Report<Message::Array_Block_Unopened>(closing, closing);
-    }
-    if (kind != array_kind) {
+    if (kind != array_kind)
         return Report<Message::Array_Block_Mismatched>(closing, Array_Block_Name(array_kind));
-    }
     const auto output = kind == ARRAY_ASSIGN ? &AttributeValueArray::Output_Assignment
                                              : &AttributeValueArray::Output_Reference;
     const ParserStatus status =
@@ -131,9 +119,8 @@ ParserStatus CompilerParser::Close_Array_Block(int tag) {
 ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int index, int member,
                                                     AttributeValueArray* array, int count) {
     const int highest = last_used; // ahead of looking at any element
-    if (value != -1) {
+    if (value != -1)
         Output(value + 1, value);
-    }
     const Target target(*this, name, index, member);
     OpcodeQueue* queue = parser->Opcode_Queue();
     if (highest == NAME && !array && target.Is_Plain_Variable()) {
@@ -145,12 +132,10 @@ ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int ind
         target.name->Output(parser, 1, 0, 0);
         return PARSER_OK;
     }
-    if (ParserStatus status = target.Push(parser)) {
+    if (ParserStatus status = target.Push(parser))
         return status;
-    }
-    if (array) {
+    if (array)
         array->Output(count, 0);
-    }
     queue->Queue_Opcode(OPCODE_STORE, 0, 0);
     return PARSER_OK;
 }
@@ -160,27 +145,22 @@ ParserStatus AttributeValueArray::Output_Reference(int variable, int name, int i
                                                    AttributeValueArray* array, int count) {
     const bool copy = Element(COPY)->Is_Set();
     const Target target(*this, name, index, member);
-    if (!copy && target.name->ident != -1 && !Can_Be_Reference(target.name->scope)) {
+    if (!copy && target.name->ident != -1 && !Can_Be_Reference(target.name->scope))
         return parser->Report<Message::Reference_Scope>();
-    }
     if (AttributeValue* source = Element(variable); source->Parse_String_Variable(parser)) {
-        if (ParserStatus status = parser->Report_Stored_Error(*source)) {
+        if (ParserStatus status = parser->Report_Stored_Error(*source))
             return status;
-        }
     }
     if (!array && !target.Has_Path()) {
         target.name->Output(parser, 1, 0, !copy);
         return PARSER_OK;
     }
-    if (array) {
+    if (array)
         array->Output(count, 0);
-    }
-    if (ParserStatus status = target.Push(parser)) {
+    if (ParserStatus status = target.Push(parser))
         return status;
-    }
     parser->Opcode_Queue()->Queue_Opcode(copy ? OPCODE_STORE : OPCODE_REFER, 0, 0);
-    if (!copy) {
+    if (!copy)
         (void)parser->Output_Version(file_version_major, FILE_VERSION_REFERENCES); // counts by itself
-    }
     return PARSER_OK;
 }

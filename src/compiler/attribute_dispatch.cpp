@@ -29,13 +29,11 @@ bool Is_Directive(Convert convert) {
 ParserStatus CompilerParser::Attribute_Name(const char* text, int length) {
     const std::string_view name(text, length);
     const _AttributeLookup* attribute = attribute_lookup.Lookup(text, length);
-    if (!attribute && current_tag != Tag::Tarn) {
+    if (!attribute && current_tag != Tag::Tarn)
         return Ignore_Unknown_Attribute(name);
-    }
     Close_Valueless_Attribute();
-    if (!attribute) {
+    if (!attribute)
         return Select_Tag_Error(name);
-    }
     current_attribute = Find_Attribute_Route(current_tag, attribute->id);
     return current_attribute == ATTRIBUTE_NONE ? Ignore_Unused_Attribute(name) : PARSER_OK;
 }
@@ -47,9 +45,8 @@ ParserStatus CompilerParser::Ignore_Unknown_Attribute(std::string_view name) {
 
 ParserStatus CompilerParser::Ignore_Unused_Attribute(std::string_view name) {
     ParserStatus status = PARSER_OK;
-    if (!Tag_Has_Attributes(current_tag)) {
+    if (!Tag_Has_Attributes(current_tag))
         status = Report<Message::Internal_Attribute_Table>(current_tag, name);
-    }
     if (tag_name) {
         String tag(tag_name);
         tag.upcase();
@@ -65,13 +62,11 @@ ParserStatus CompilerParser::Select_Tag_Error(std::string_view name) {
     const _TagLookup* tag = nullptr;
     if (name.size() > error_suffix.size()) {
         const std::string_view stem = name.substr(0, name.size() - error_suffix.size());
-        if (Same_Word(name.substr(stem.size()), error_suffix)) {
+        if (Same_Word(name.substr(stem.size()), error_suffix))
             tag = tag_lookup.Lookup(stem.data(), static_cast<int>(stem.size()));
-        }
     }
-    if (!tag) {
+    if (!tag)
         return Ignore_Unknown_Attribute(name);
-    }
     tag_error_code = tag->id;
     current_attribute = Tag_Error_Route();
     return PARSER_OK;
@@ -80,9 +75,8 @@ ParserStatus CompilerParser::Select_Tag_Error(std::string_view name) {
 // A flag counts also when no value follows its name.
 void CompilerParser::Close_Valueless_Attribute() {
     const Attribute_Route* route = Route_Of(current_attribute);
-    if (!route) {
+    if (!route)
         return;
-    }
     switch (route->convert) {
     case Convert::Constant_Flag:
     case Convert::Flag:
@@ -96,17 +90,15 @@ void CompilerParser::Close_Valueless_Attribute() {
 
 ParserStatus CompilerParser::Attribute_Value(const char* text, int length) {
     const int state = std::exchange(current_attribute, ATTRIBUTE_NONE);
-    if (state == ATTRIBUTE_IGNORED) {
+    if (state == ATTRIBUTE_IGNORED)
         return PARSER_OK;
-    }
     const Attribute_Route* route = Route_Of(state);
     if (!route) {
         Output_Captured_Value(text, length);
         return PARSER_OK;
     }
-    if (Is_Directive(route->convert)) {
+    if (Is_Directive(route->convert))
         return Run_Directive(*route, text, length);
-    }
     const ParserStatus status = Check_Value(*route, text, length);
     return status == PARSER_OK ? Store_Value(*route, text, length) : status;
 }
@@ -128,30 +120,26 @@ ParserStatus CompilerParser::Check_Value(const Attribute_Route& route, const cha
     }
     if (route.convert == Convert::Certificate_Type) {
         const std::string_view word(text, length);
-        if (!Same_Word(word, "pem") && !Same_Word(word, "asn1")) {
+        if (!Same_Word(word, "pem") && !Same_Word(word, "asn1"))
             return Report<Message::Call_Certificate_Type>(word);
-        }
     }
     return PARSER_OK;
 }
 
 ParserStatus CompilerParser::Store_Value(const Attribute_Route& route, const char* text, int length) {
     AttributeValue* value = Route_Element(route);
-    if (!value) {
+    if (!value)
         return Report_Outside_Array_Block(route.tag);
-    }
-    if (Convert_Value(route, value, text, length)) {
+    if (Convert_Value(route, value, text, length))
         return Report_Stored_Error(*value);
-    }
     value->line = Linenumber();
     return PARSER_OK;
 }
 
 // Null when the element belongs to an array block and none is open.
 AttributeValue* CompilerParser::Route_Element(const Attribute_Route& route) {
-    if (route.convert != Convert::Array_Index && route.convert != Convert::Array_Member) {
+    if (route.convert != Convert::Array_Index && route.convert != Convert::Array_Member)
         return attribute_values->Element(route.element);
-    }
     return array_values ? array_values->Element(array_count++) : nullptr;
 }
 
@@ -169,9 +157,8 @@ int CompilerParser::Positive_Constant(const char* text, int length) {
 
 // The engine knows the two ends of a table by number.
 int CompilerParser::Row_Constant(std::string_view row) {
-    if (Same_Word(row, "top")) {
+    if (Same_Word(row, "top"))
         return Constant("-1");
-    }
     return Constant(Same_Word(row, "bottom") ? "-2" : row);
 }
 

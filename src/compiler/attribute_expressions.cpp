@@ -56,9 +56,8 @@ ParserStatus CompilerParser::Start_Of_Expression() {
 }
 
 ParserStatus CompilerParser::Start_Attribute_Expression(const Attribute_Route& route) {
-    if (route.convert == Convert::Dynamic_Text) {
+    if (route.convert == Convert::Dynamic_Text)
         return Capture_Braces();
-    }
     if (route.refusal) {
         const ParserStatus status = Report_Message(*route.refusal);
         return route.convert == Convert::Copy_Flag
@@ -66,9 +65,8 @@ ParserStatus CompilerParser::Start_Attribute_Expression(const Attribute_Route& r
                    : status;
     }
     const std::optional<AttrExprType> kind = Expression_Kind(route.convert);
-    if (!kind) {
+    if (!kind)
         return Start_Text_Expression();
-    }
     AttributeValue* value = Route_Element(route);
     return value ? Start_Fragment(value, *kind) : Report_Outside_Array_Block(route.tag);
 }
@@ -89,11 +87,10 @@ ParserStatus CompilerParser::Start_Fragment(AttributeValue* value, AttrExprType 
     StringOutput* fragment;
     ParserStatus status = PARSER_OK;
     expression_type = type;
-    if (value->Get_Expression(&fragment, type)) {
+    if (value->Get_Expression(&fragment, type))
         status = Report_Stored_Error(*value);
-    } else {
+    else
         saved_output = Set_Output(fragment);
-    }
     opcode_queue = OpcodeQueue::Confirm_Type(opcode_queue, Queue_Type(type));
     return status;
 }

@@ -190,9 +190,8 @@ static_assert(attribute_routes[tag_error_index].convert == Convert::Tag_Error);
 
 constexpr int One_Past_Highest(int Attribute_Route::*id) {
     int highest = 0;
-    for (const Attribute_Route& route : attribute_routes) {
+    for (const Attribute_Route& route : attribute_routes)
         highest = std::max(highest, route.*id);
-    }
     return highest + 1;
 }
 
@@ -221,9 +220,8 @@ constexpr Route_Index route_index = [] {
 static_assert([] {
     for (int i = 0; i < tag_error_index; ++i) {
         const Attribute_Route& route = attribute_routes[i];
-        if (route_index.states[route.tag][route.attribute] != ATTRIBUTE_FIRST_ROUTE + i) {
+        if (route_index.states[route.tag][route.attribute] != ATTRIBUTE_FIRST_ROUTE + i)
             return false;
-        }
     }
     return true;
 }());
@@ -231,9 +229,8 @@ static_assert([] {
 } // namespace
 
 int Find_Attribute_Route(int tag, int attribute) {
-    if (tag < 0 || tag >= tag_limit || attribute < 0 || attribute >= attribute_limit) {
+    if (tag < 0 || tag >= tag_limit || attribute < 0 || attribute >= attribute_limit)
         return ATTRIBUTE_NONE;
-    }
     return route_index.states[tag][attribute];
 }
 

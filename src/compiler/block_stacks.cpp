@@ -46,21 +46,18 @@ constexpr CompilerParser::Block_Jump CompilerParser::block_jumps[] = {
 
 ParserStatus CompilerParser::Jump_In_Block(int tag) {
     const Block_Jump* jump = block_jumps;
-    while (jump->tag != tag) {
+    while (jump->tag != tag)
         ++jump;
-    }
     const Resolution_Info* block = (this->*jump->stack).Top();
-    if (!block) {
+    if (!block)
         return Report_Message(jump->outside);
-    }
     if (!jump->target) {
         Queue(jump->opcode);
         return PARSER_OK;
     }
     opcode_queue->Queue_Opcode_With_Label(jump->opcode, *jump->target, block->label);
-    if (jump->then_leaves) {
+    if (jump->then_leaves)
         opcode_queue->Queue_Opcode_With_Label(OPCODE_JMP, LABEL_END, block->label);
-    }
     return PARSER_OK;
 }
 
@@ -77,9 +74,8 @@ ParserStatus CompilerParser::Generate_End_Block_Code(const char* tag_word, Stack
 
 ParserStatus CompilerParser::Close_Loop(const char* tag_word, Stack<Resolution_Info>* stack, int loop_opcode,
                                         ParserLabelType back_to) {
-    if (!stack->Top()) {
+    if (!stack->Top())
         return Report<Message::Block_Unopened>(tag_word, tag_word);
-    }
     const std::unique_ptr<Resolution_Info> block(stack->Pop());
     opcode_queue->Queue_Opcode_With_Label(loop_opcode, back_to, block->label);
     opcode_queue->Queue_Generated_Label(LABEL_END, block->label);

@@ -31,9 +31,8 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
             expected = call->parameters;
             status = Declare_Unresolved_Function(call);
         }
-        if (status != PARSER_OK && !mismatched) {
+        if (status != PARSER_OK && !mismatched)
             continue;
-        }
         if (call->parameters != expected) {
             mismatched = true;
             status =
@@ -61,13 +60,11 @@ ParserStatus CompilerParser::Declare_Unresolved_Function(Function_Resolution_Inf
 void CompilerParser::Declare_External_Functions() {
     for (Function_Resolution_Info* call = called_functions.First(); call; call = called_functions.Next()) {
         const String& name = call->name;
-        if (defined_functions.Find(name.text(), name.length())) {
+        if (defined_functions.Find(name.text(), name.length()))
             continue;
-        }
         ExternalCall* external = Find_External(external_calls, name);
-        if (!external) {
+        if (!external)
             continue;
-        }
         Generate_Function_Directive(name.text(), name.length(), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
         for (int index = 0; index < external->record->parameter_count; ++index) {
             const _TN_EL_Parameter& parameter = external->record->parameters[index];
@@ -81,7 +78,6 @@ void CompilerParser::Declare_External_Functions() {
 void CompilerParser::Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
                                                  int error_level, int access) {
     Output_Function_Directive(name, length, kind, stdout_level, error_level, access);
-    if (!(kind & FUNCTION_EXTERNAL)) {
+    if (!(kind & FUNCTION_EXTERNAL))
         (void)Start_Of_File(); // can't fail
-    }
 }

@@ -30,9 +30,8 @@ constexpr double pin_engine = 5.33;
 
 // The block exists from the spush on, so that its closing tag matches also when a check ends the generation.
 ParserStatus CompilerParser::Generate_Call(int) {
-    if (attribute_values->Check_Complete(2)) {
+    if (attribute_values->Check_Complete(2))
         return Report<Message::Call_Requires_Action>();
-    }
     int count = Highest_Set_Element() + 1;
     const int label = Open_Block(&call_stack);
     Queue(OPCODE_SPUSH);
@@ -45,23 +44,20 @@ ParserStatus CompilerParser::Generate_Call(int) {
 
 int CompilerParser::Highest_Set_Element() {
     int element = CALL_ELEMENTS - 1;
-    while (element >= 0 && !attribute_values->Element(element)->Is_Set()) {
+    while (element >= 0 && !attribute_values->Element(element)->Is_Set())
         --element;
-    }
     return element;
 }
 
 ParserStatus CompilerParser::Output_Counted_Call(int label, int count) {
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED)) {
+    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED))
         return status;
-    }
-    if (count <= plain_operands) {
+    if (count <= plain_operands)
         count = plain_operands;
-    } else if (count <= certificate_operands) {
+    else if (count <= certificate_operands)
         count = certificate_operands;
-    } else if (ParserStatus status = Check_Call_Attributes(count)) {
+    else if (ParserStatus status = Check_Call_Attributes(count))
         return status;
-    }
     attribute_values->Output(count, 0);
     opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, label, count);
     return PARSER_OK;
@@ -71,23 +67,18 @@ ParserStatus CompilerParser::Check_Call_Attributes(int count) {
     auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
     double engine = Engine_Version();
     if (count > CERTVALUE) {
-        if (given(CERTFILE) && given(CERTVALUE)) {
+        if (given(CERTFILE) && given(CERTVALUE))
             return Report<Message::Call_Certificate_Twice>();
-        }
-        if (given(CERTVALUE) && engine < certvalue_engine) {
+        if (given(CERTVALUE) && engine < certvalue_engine)
             return Report<Message::Call_Certvalue_Version>(Engine_Version_Text());
-        }
     }
-    if (count > FLAGS && given(FLAGS) && engine < flags_engine) {
+    if (count > FLAGS && given(FLAGS) && engine < flags_engine)
         return Report<Message::Call_Flags_Version>(Engine_Version_Text());
-    }
     if (count > PIN_ALGORITHM && (given(PIN_ALGORITHM) || given(PIN_DIGEST))) {
-        if (engine < pin_engine) {
+        if (engine < pin_engine)
             return Report<Message::Call_Pin_Version>(Engine_Version_Text());
-        }
-        if (given(PIN_ALGORITHM) != given(PIN_DIGEST)) {
+        if (given(PIN_ALGORITHM) != given(PIN_DIGEST))
             return Report<Message::Call_Pin_Incomplete>();
-        }
     }
     return PARSER_OK;
 }
@@ -104,9 +95,8 @@ ParserStatus CompilerParser::Output_Old_Call(int label, int count) {
         (void)Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED); // has reported
         return PARSER_OK;
     }
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_CERTIFICATE)) {
+    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_CERTIFICATE))
         return status;
-    }
     attribute_values->Output(certificate_operands, 0);
     opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP_CF, LABEL_END, label);
     return PARSER_OK;

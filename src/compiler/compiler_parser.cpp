@@ -45,9 +45,8 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
         system_variables = new HashTable<Variable>(1, 1, table_bucket_bits, table_initial_slots);
         owns_system = 1;
     }
-    if (!local_variables) {
+    if (!local_variables)
         local_variables = global_variables;
-    }
     std::fill(std::begin(file_ident), std::end(file_ident), '0');
 }
 
@@ -59,12 +58,10 @@ CompilerParser::~CompilerParser() {
     delete smtp_block;
     delete async_block;
     delete localized_text;
-    if (owns_system) {
+    if (owns_system)
         delete system_variables;
-    }
-    if (owns_globals) {
+    if (owns_globals)
         delete global_variables;
-    }
 }
 
 void CompilerParser::Reset_Output() {

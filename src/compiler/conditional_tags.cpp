@@ -34,9 +34,8 @@ ParserStatus CompilerParser::Process_IFDEF(int tag) {
     bool enclosed_by_false = Inside_False_Block();
     bool generating = defined != negated && !enclosed_by_false;
     ifdef_stack.Push(new Ifdef_Resolution_Info(Linenumber(), Current_File(), generating, negated));
-    if (generating || enclosed_by_false) {
+    if (generating || enclosed_by_false)
         return PARSER_OK;
-    }
     Suspend_Generation();
     return Debugging() ? Report<Message::Generation_Suspending>() : PARSER_OK;
 }
@@ -54,26 +53,22 @@ ParserStatus CompilerParser::Process_End_IFDEF(int tag) {
         (void)Report<Message::Conditional_Mismatched>(Conditional_Tag_Name(!negated), closing);
         return PARSER_ERROR;
     }
-    if (!block->generating && !Inside_False_Block()) {
+    if (!block->generating && !Inside_False_Block())
         Resume_Generation();
-    }
     return PARSER_OK;
 }
 
 // A closing tag of the wrong kind leaves the output suspended: then it stays so.
 void CompilerParser::Suspend_Generation() {
-    if (!null_output) {
+    if (!null_output)
         null_output = std::make_unique<NullCompilerOutput>();
-    }
-    if (!suspended_output) {
+    if (!suspended_output)
         suspended_output = Set_Output(null_output.get());
-    }
 }
 
 void CompilerParser::Resume_Generation() {
-    if (Debugging()) {
+    if (Debugging())
         (void)Report<Message::Generation_Restarting>(); // told for information
-    }
     if (suspended_output) {
         (void)Set_Output(suspended_output); // what it answers is null_output
         suspended_output = nullptr;

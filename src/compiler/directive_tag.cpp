@@ -18,9 +18,8 @@ ParserStatus CompilerParser::Generate_Tarn(int) {
         attribute_values->Output(ERRORMESSAGE + 1, ERRORMESSAGE);
         opcode_queue->Queue_Opcode(OPCODE_ERRMSG, 0, 0);
     }
-    if (attribute_values->Element(DISABLE_LOGGING)->Is_Set()) {
+    if (attribute_values->Element(DISABLE_LOGGING)->Is_Set())
         Output_DisableLogging_Directive();
-    }
     return PARSER_OK;
 }
 
@@ -43,31 +42,28 @@ ParserStatus CompilerParser::Run_Directive(const Attribute_Route& route, const c
 
 ParserStatus CompilerParser::Set_Include_Interpret(const char* text, int length) {
     const std::string_view word(text, length);
-    if (Same_Word(word, "on")) {
+    if (Same_Word(word, "on"))
         include_interpret = 1;
-    } else if (Same_Word(word, "off")) {
+    else if (Same_Word(word, "off"))
         include_interpret = 0;
-    } else {
+    else
         return Report<Message::Include_Interpret_Word>(word);
-    }
     return PARSER_OK;
 }
 
 // The engine hears only of compression: the compiler leaves out the rest itself.
 ParserStatus CompilerParser::Change_Output_Level(const char* text, int length) {
     const ParserStatus status = Set_StandardOutputLevel(&output_flags, text, length);
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         Output_Compression_Level(output_flags);
-    }
     return status;
 }
 
 ParserStatus CompilerParser::Change_Error_Level(const char* text, int length) {
     int level;
     const ParserStatus status = Parse_ErrorOutputLevel(&level, text, length);
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         opcode_queue->Queue_Opcode(OPCODE_ERROUTPUT, level, 0);
-    }
     return status;
 }
 
@@ -77,9 +73,8 @@ void CompilerParser::Output_Compression_Level(int flags) {
 
 ParserStatus CompilerParser::Set_StandardOutputLevel(int* result, const char* text, int length) {
     const ParserStatus status = Parse_StandardOutputLevel(result, text, length);
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         Set_Output_Flags(*result);
-    }
     return status;
 }
 
@@ -94,17 +89,15 @@ ParserStatus CompilerParser::Parse_ErrorOutputLevel(int* result, const char* tex
 ParserStatus CompilerParser::Tag_Error_Value(const char* text, int length) {
     int level;
     const ParserStatus status = String_To_Bitmap(&level, text, length, tag_error_words);
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         opcode_queue->Queue_Opcode(OPCODE_TAGERROR, tag_error_code, level);
-    }
     return status;
 }
 
 ParserStatus CompilerParser::Tarn_Interpret(const char* text, int length) {
     int words;
     const ParserStatus status = String_To_Bitmap(&words, text, length, interpret_words);
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         interpret_expressions = words & 1;
-    }
     return status;
 }

@@ -30,15 +30,13 @@ void CompilerParser::Push_Statistic(Subexpression_Kind kind) {
 }
 
 void CompilerParser::Count_Value() {
-    if (SubexpressionStatistic* statistic = subexpressions.Top()) {
+    if (SubexpressionStatistic* statistic = subexpressions.Top())
         ++statistic->count;
-    }
 }
 
 void CompilerParser::Decrement_Stackcount() {
-    if (SubexpressionStatistic* statistic = subexpressions.Top()) {
+    if (SubexpressionStatistic* statistic = subexpressions.Top())
         --statistic->count;
-    }
 }
 
 ParserStatus CompilerParser::Expression_NumericLiteral(const char* text, int length) {
@@ -60,20 +58,17 @@ ParserStatus CompilerParser::Expression_Member(const char* name, int length) {
 }
 
 ParserStatus CompilerParser::Check_Types(int type) {
-    if (type == OPERAND_NONE) {
+    if (type == OPERAND_NONE)
         return PARSER_OK;
-    }
     SubexpressionStatistic* statistic = subexpressions.Top();
-    if (!statistic) {
+    if (!statistic)
         return Report<Message::Internal_Statistic_Stack_Empty>();
-    }
-    if (type == OPERAND_BOOLEAN) {
+    if (type == OPERAND_BOOLEAN)
         statistic->type = OPERAND_NONE;
-    } else if (statistic->type == OPERAND_NONE) {
+    else if (statistic->type == OPERAND_NONE)
         statistic->type = type;
-    } else if (statistic->type != type) {
+    else if (statistic->type != type)
         statistic->type = OPERAND_MIXED;
-    }
     return PARSER_OK;
 }
 
@@ -83,20 +78,17 @@ ParserStatus CompilerParser::End_Of_Expression() {
     int written = 0;
     ParserStatus status = Output_Remaining_Operators(&written);
     Flush_Opcode_Queue();
-    if (priority_bias != 0) {
+    if (priority_bias != 0)
         status = Report<Message::Parentheses_Unbalanced>(priority_bias < 1 ? "close" : "open");
-    }
-    if (subexpressions.Top()) {
+    if (subexpressions.Top())
         Check_Last_Subexpression(written, &status);
-    }
     if (subexpressions.Top()) {
         Empty(subexpressions);
         if (status == PARSER_OK)
             status = Report<Message::Too_Many_Open_Parentheses>();
     }
-    if (current_tag == -1 && start_state != START_EXPRESSION) {
+    if (current_tag == -1 && start_state != START_EXPRESSION)
         Queue(OPCODE_OUT);
-    }
     Reset_Output();
     return status;
 }
@@ -112,13 +104,10 @@ ParserStatus CompilerParser::Output_Remaining_Operators(int* written) {
 
 void CompilerParser::Check_Last_Subexpression(int operators_written, ParserStatus* status) {
     std::unique_ptr<SubexpressionStatistic> last(subexpressions.Pop());
-    if (operators_written == 0 && last->count == 0) {
+    if (operators_written == 0 && last->count == 0)
         *status = Report<Message::Expression_Empty>();
-    }
-    if (last->count != 1) {
+    if (last->count != 1)
         *status = Report<Message::Operator_Count>(last->count < 1 ? "many" : "few");
-    }
-    if (last->type == OPERAND_MIXED) {
+    if (last->type == OPERAND_MIXED)
         *status = Report<Message::Mixed_Operand_Types>();
-    }
 }

@@ -11,9 +11,8 @@ FilterParser::FilterParser(CompilerParser* parent, HashTable<Function_Resolution
 
 // The code of the filter is compiled by the engine, which must know these operators as well.
 ParserStatus FilterParser::Expression_Operator(int id, int priority, int operands, int type, int flags) {
-    if (id == OPERATOR_INCREMENT || id == OPERATOR_DECREMENT) {
+    if (id == OPERATOR_INCREMENT || id == OPERATOR_DECREMENT)
         (void)parent->Output_Version(file_version_major, FILE_VERSION_INCREMENT); // has reported
-    }
     return CompilerParser::Expression_Operator(id, priority, operands, type, flags);
 }
 

@@ -14,21 +14,18 @@ enum Filter_Element { FILTER_TEXT = 2, FILTER_TYPE = 3 };
 } // namespace
 
 ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, int length, const char* what) {
-    if (!filter_parser) {
+    if (!filter_parser)
         filter_parser = new FilterParser(this, &referenced_functions, &called_functions);
-    }
     bool bare = length == 0 || text[0] != '{';
     delete filter_parser->Set_Tokenizer(new Tokenizer(text, length, bare));
     auto status = static_cast<ParserStatus>(filter_parser->Start());
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         return PARSER_OK;
-    }
     const String& reason = filter_parser->Get_Last_Error();
-    if (int line = filter_parser->Linenumber(); line != 1) {
+    if (int line = filter_parser->Linenumber(); line != 1)
         (void)Report<Message::Dynamic_Expression_Error_At>(what, line, reason);
-    } else {
+    else
         (void)Report<Message::Dynamic_Expression_Error>(what, reason);
-    }
     return status;
 }
 

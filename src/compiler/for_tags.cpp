@@ -19,18 +19,14 @@ ParserStatus CompilerParser::Close_For(int) {
 
 ParserStatus CompilerParser::Generate_For(int) {
     const auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
-    if (given(LAST) && (given(EXPR) || given(COUNT))) {
+    if (given(LAST) && (given(EXPR) || given(COUNT)))
         return Report<Message::For_Last_Excludes>();
-    }
-    if (given(EXPR) && given(COUNT)) {
+    if (given(EXPR) && given(COUNT))
         return Report<Message::For_Expression_Excludes>();
-    }
-    if (given(COUNT) && (given(FIRST) || given(NEXT))) {
+    if (given(COUNT) && (given(FIRST) || given(NEXT)))
         return Report<Message::For_Count_Excludes>();
-    }
-    if (!given(LAST) && !given(EXPR) && !given(COUNT)) {
+    if (!given(LAST) && !given(EXPR) && !given(COUNT))
         return Report<Message::For_Requires_Count>();
-    }
     return attribute_values->Output_For(for_stack.Entries(), for_stack.Top()->label, INDEX, FIRST, NEXT, LAST,
                                         COUNT, EXPR);
 }
@@ -43,20 +39,18 @@ ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, in
     const int limit = counted ? parser->Find_ScratchVariable_Ident("for_count", depth) : 0;
 
     if (code.Given(index)) {
-        if (Element(index)->Parse_String_Variable(parser)) {
+        if (Element(index)->Parse_String_Variable(parser))
             return parser->Report_Stored_Error(*Element(index)); // a warning, too, ends the code here
-        }
         code.Bind(i);
     }
     if (counted) {
         code.Push_Integer_Value(count);
         code.Pop(limit);
     }
-    if (code.Given(first)) {
+    if (code.Given(first))
         code.Push_Value(first);
-    } else {
+    else
         code.Push_Integer(1);
-    }
     code.Pop(i);
     code.Jump(OPCODE_JMP, LABEL_START);
 

@@ -155,15 +155,12 @@ ParserStatus CompilerParser::Close_Foreach(int) {
 
 ParserStatus CompilerParser::Generate_Foreach(int) {
     const auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
-    if (!given(ITERATOR)) {
+    if (!given(ITERATOR))
         return Report<Message::Foreach_Requires_Iterator>();
-    }
-    if (!given(ARRAY)) {
+    if (!given(ARRAY))
         return Report<Message::Foreach_Requires_Array>();
-    }
-    if (given(COUNT) && (given(FIRST) || given(NEXT) || given(LAST))) {
+    if (given(COUNT) && (given(FIRST) || given(NEXT) || given(LAST)))
         return Report<Message::Foreach_Count_Excludes>();
-    }
     return attribute_values->Output_Foreach(foreach_stack.Entries(), foreach_stack.Top()->label, ITERATOR,
                                             ARRAY, FIRST, NEXT, LAST, INDEX, COUNT);
 }
@@ -172,14 +169,12 @@ ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int itera
                                                  int next, int last, int index, int count) {
     Foreach_Code code(parser, this, depth, label);
     if (code.Given(index)) {
-        if (ParserStatus status = code.Push_Named_Variable(index)) {
+        if (ParserStatus status = code.Push_Named_Variable(index))
             return status;
-        }
         code.Bind(code.index);
     }
-    if (ParserStatus status = code.Push_Named_Variable(array)) {
+    if (ParserStatus status = code.Push_Named_Variable(array))
         return status;
-    }
     code.Bind(code.array);
 
     const bool counted = code.Given(count);
@@ -191,9 +186,8 @@ ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int itera
     code.Push(code.array);
     code.Push(code.index);
     code.Operator(OPCODE_ELEM);
-    if (ParserStatus status = code.Push_Named_Variable(iterator)) {
+    if (ParserStatus status = code.Push_Named_Variable(iterator))
         return status;
-    }
     code.Operator(OPCODE_REFER);
     return PARSER_OK;
 }

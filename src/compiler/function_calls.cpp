@@ -6,15 +6,13 @@
 
 // The callee has its own position: behind the call the caller's is restored.
 ParserStatus CompilerParser::Output_Pending_Call() {
-    if (!open_calls.Top()) {
+    if (!open_calls.Top())
         return Report<Message::Internal_Call_Without_Function>();
-    }
     Function_Resolution_Info* call = open_calls.Pop();
     ParserStatus status = PARSER_OK;
     if (Generating()) {
-        if (application) {
+        if (application)
             status = Record_Call(call);
-        }
         opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
         Queue_Source_File();
         Queue(OPCODE_LINENO, Linenumber());
@@ -30,9 +28,8 @@ ParserStatus CompilerParser::Record_Call(Function_Resolution_Info* call) {
         called_functions.Insert(call);
         return PARSER_OK;
     }
-    if (first->line == -1 || first->parameters == call->parameters) {
+    if (first->line == -1 || first->parameters == call->parameters)
         return PARSER_OK;
-    }
     return Report<Message::Function_Called_Differently>(call->name, call->parameters, first->parameters,
                                                         first->line);
 }

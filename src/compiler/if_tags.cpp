@@ -17,17 +17,15 @@ If_Resolution_Info* As_If(Resolution_Info* block) {
 } // namespace
 
 ParserStatus CompilerParser::Generate_If(int tag) {
-    if (attribute_values->Check_Complete(1)) {
+    if (attribute_values->Check_Complete(1))
         return Report<Message::If_Requires_Expression>();
-    }
     attribute_values->Output(1, 0);
     Check_Conditional();
     int chain = no_chain;
     if (tag == Tag::Elseif) {
         const If_Resolution_Info* before = As_If(if_stack.Top());
-        if (!before) {
+        if (!before)
             return Report<Message::Elseif_Without_If>();
-        }
         chain = before->chain == no_chain ? before->label : before->chain;
     }
     const int label = Take_Label();
@@ -39,9 +37,8 @@ ParserStatus CompilerParser::Generate_If(int tag) {
 // The code is written ahead of the check for a repeated else.
 ParserStatus CompilerParser::Generate_Else(int) {
     If_Resolution_Info* block = As_If(if_stack.Top());
-    if (!block) {
+    if (!block)
         return Report<Message::Else_Without_If>();
-    }
     opcode_queue->Queue_Opcode_With_Label(OPCODE_JMP, LABEL_END, block->label);
     opcode_queue->Queue_Generated_Label(LABEL_START, block->label);
     return block->Set_Else_Used() ? Report<Message::Else_Repeated>() : PARSER_OK;
@@ -53,15 +50,13 @@ ParserStatus CompilerParser::Generate_Elseif(int tag) {
 }
 
 ParserStatus CompilerParser::Generate_End_If(int) {
-    if (!if_stack.Top()) {
+    if (!if_stack.Top())
         return Report<Message::If_Unopened>();
-    }
     int chain;
     do {
         const std::unique_ptr<If_Resolution_Info> block(As_If(if_stack.Pop()));
-        if (!block->else_used) {
+        if (!block->else_used)
             opcode_queue->Queue_Generated_Label(LABEL_START, block->label);
-        }
         opcode_queue->Queue_Generated_Label(LABEL_END, block->label);
         chain = block->chain;
     } while (chain != no_chain && if_stack.Top());

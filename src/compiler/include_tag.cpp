@@ -35,9 +35,8 @@ ParserStatus CompilerParser::Generate_Include(int) {
 
 ParserStatus CompilerParser::Include_Source(const String& name) {
     auto included = std::make_unique<Tokenizer>(application->filemanager());
-    if (!included->Open(name)) {
+    if (!included->Open(name))
         return Report<Message::Include_Not_Opened>(name, included->lasterror);
-    }
     Enter_Included_File(included.release());
     return Start_Of_File();
 }
@@ -45,16 +44,14 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
 ParserStatus CompilerParser::Include_Text(const String& name) {
     FileManager* manager = application->filemanager();
     std::unique_ptr<File> file(manager->Open(name.text(), FILE_MODE_READ));
-    if (!file) {
+    if (!file)
         return Report<Message::Include_Not_Opened>(name, manager->error());
-    }
     const long size = file->Length();
     if (size > INT_MAX)
         return Report<Message::Include_Not_Opened>(name, std::strerror(EFBIG));
     const char* contents = file->Map(0, size);
-    if (!contents && size != 0) {
+    if (!contents && size != 0)
         return Report<Message::Include_Not_Mapped>(name, file->error());
-    }
     Queue(OPCODE_PUSHC,
           Generate_String_Directive(contents ? contents : "", static_cast<int>(size), EXPRESSION_STATE_TEXT));
     Queue(OPCODE_OUT);

@@ -9,18 +9,16 @@
 
 ParserStatus CompilerParser::Output_Operator_IncrementDecrement(int id, int flags) {
     opcode_queue->Clear_RHS();
-    if (id != OPERATOR_INCREMENT && id != OPERATOR_DECREMENT) {
+    if (id != OPERATOR_INCREMENT && id != OPERATOR_DECREMENT)
         return Report<Message::Internal_Operator_Number>(id);
-    }
     int arithmetic = id == OPERATOR_INCREMENT ? OPCODE_ADD : OPCODE_SUB;
     bool prefix = flags & OPERATOR_PREFIX;
     if (Engine_Version() < file_version_engines[FILE_VERSION_INCREMENT]) {
         Output_Scratch_Increment(arithmetic, prefix);
         return PARSER_OK;
     }
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_INCREMENT)) {
+    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_INCREMENT))
         return status;
-    }
     Output_Stack_Increment(arithmetic, prefix);
     return PARSER_OK;
 }

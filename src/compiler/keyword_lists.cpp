@@ -40,24 +40,20 @@ bool Is_Separator(char byte) {
 // Takes the next word off the front of the list; empty when there is none, or when a quote stands where one
 // should begin.
 std::string_view Next_Word(std::string_view& list) {
-    while (!list.empty() && Is_Separator(list.front())) {
+    while (!list.empty() && Is_Separator(list.front()))
         list.remove_prefix(1);
-    }
     std::size_t length = 0;
-    while (length < list.size() && !Is_Separator(list[length]) && list[length] != '"') {
+    while (length < list.size() && !Is_Separator(list[length]) && list[length] != '"')
         ++length;
-    }
     const std::string_view word = list.substr(0, length);
     list.remove_prefix(length);
     return word;
 }
 
 const _String_To_Bitmap_Entry* Find_Entry(const Keyword_List& list, std::string_view word) {
-    for (const _String_To_Bitmap_Entry& entry : list.entries) {
-        if (Same_Word(entry.name, word)) {
+    for (const _String_To_Bitmap_Entry& entry : list.entries)
+        if (Same_Word(entry.name, word))
             return &entry;
-        }
-    }
     return nullptr;
 }
 
@@ -76,12 +72,10 @@ ParserStatus CompilerParser::String_To_Bitmap(int* result, const char* text, int
     *result = 0;
     for (std::string_view word = Next_Word(rest); !word.empty(); word = Next_Word(rest)) {
         const _String_To_Bitmap_Entry* entry = Find_Entry(list, word);
-        if (entry) {
+        if (entry)
             *result = entry->set ? *result | entry->mask : *result & ~entry->mask;
-        }
-        if (status != PARSER_OK) {
+        if (status != PARSER_OK)
             continue; // the words behind a failure still take effect
-        }
         status = entry ? Check_Keyword(list, *entry, word, ++uses[entry - list.entries.data()])
                        : Report<Message::Keyword_Unknown>(word, list.attribute);
     }
@@ -92,11 +86,9 @@ ParserStatus CompilerParser::String_To_Bitmap(int* result, const char* text, int
 ParserStatus CompilerParser::Check_Keyword(const Keyword_List& list, const _String_To_Bitmap_Entry& entry,
                                            std::string_view word, int uses) {
     ParserStatus status = PARSER_OK;
-    if (uses == 2) {
+    if (uses == 2)
         status = Report<Message::Keyword_Repeated>(word, list.attribute);
-    }
-    if (status == PARSER_OK && entry.no_effect) {
+    if (status == PARSER_OK && entry.no_effect)
         status = Report<Message::Keyword_No_Effect>(word, list.attribute);
-    }
     return status;
 }

@@ -18,10 +18,9 @@ ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int op
     if (localized_text) {
         localized_text->cat(text, length);
     } else {
-        if (int piece = Literal_Piece_Length()) {
+        if (int piece = Literal_Piece_Length())
             for (; length > piece; text += piece, length -= piece)
                 Output_Text_Piece(text, piece, opcode);
-        }
         Output_Text_Piece(text, length, opcode);
     }
     Unforce_LineNo();
@@ -39,11 +38,10 @@ int CompilerParser::Literal_Piece_Length() const {
 
 ParserStatus CompilerParser::Expression_StringLiteral(const char* text, int length) {
     int piece = Literal_Piece_Length();
-    if (piece && length > piece) {
+    if (piece && length > piece)
         Push_Split_Literal(text, length, piece);
-    } else {
+    else
         Push_Literal_Piece(text, length);
-    }
     Count_Value();
     return Check_Types(OPERAND_STRING);
 }
@@ -59,23 +57,19 @@ void CompilerParser::Push_Split_Literal(const char* text, int length, int piece_
     bool escaped = false;
     for (int position = 0; position < length; ++position) {
         escaped = text[position] == '\\' && !escaped;
-        if (position + 1 - start < piece_length) {
+        if (position + 1 - start < piece_length)
             continue;
-        }
-        if (escaped && position + 1 < length) {
+        if (escaped && position + 1 < length)
             ++position;
-        }
         Push_Joined_Piece(text + start, position + 1 - start, start == 0);
         start = position + 1;
     }
-    if (start < length) {
+    if (start < length)
         Push_Joined_Piece(text + start, length - start, start == 0);
-    }
 }
 
 void CompilerParser::Push_Joined_Piece(const char* text, int length, bool first) {
     Push_Literal_Piece(text, length);
-    if (!first) {
+    if (!first)
         Queue(OPCODE_CAT);
-    }
 }

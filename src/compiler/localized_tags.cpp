@@ -29,13 +29,12 @@ ParserStatus CompilerParser::Check_Localized_ID(int) {
     AttributeValue* value = attribute_values->Element(ID);
     std::string_view given = Text_Of(*value);
     int given_length = static_cast<int>(given.size());
-    if (!value->Is_Set()) {
+    if (!value->Is_Set())
         Make_Localized_ID(value, *Current_File());
-    } else if (localized_ids.Find(given.data(), given_length)) {
+    else if (localized_ids.Find(given.data(), given_length))
         Make_Localized_ID(value, String(given.data(), given_length));
-    } else {
+    else
         localized_ids.Insert(new String(given.data(), given_length));
-    }
     return PARSER_OK;
 }
 

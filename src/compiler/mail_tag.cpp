@@ -33,12 +33,10 @@ void Output_Version_Test(CompilerParser* parser, AttributeValueArray* values, in
 } // namespace
 
 ParserStatus CompilerParser::Generate_Smtp(int) {
-    if (smtp_block) {
+    if (smtp_block)
         return Report<Message::Block_Nested>("TnSMTP");
-    }
-    if (attribute_values->Check_Complete(3)) {
+    if (attribute_values->Check_Complete(3))
         return Report<Message::Smtp_Requires_From>();
-    }
     const int label = Take_Label();
     (void)attribute_values->Output_SMTP(label); // a version report stands by itself
     smtp_block = new Resolution_Info(label, Linenumber(), Current_File());
@@ -46,9 +44,8 @@ ParserStatus CompilerParser::Generate_Smtp(int) {
 }
 
 ParserStatus CompilerParser::Close_Smtp(int) {
-    if (!smtp_block) {
+    if (!smtp_block)
         return Report<Message::Smtp_Unopened>();
-    }
     Queue(OPCODE_SMTP_END);
     opcode_queue->Queue_Generated_Label(LABEL_END, smtp_block->label);
     delete smtp_block;

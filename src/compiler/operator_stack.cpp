@@ -33,31 +33,26 @@ const char* Too_Many_Or_Few(int values) {
 } // namespace
 
 ParserStatus CompilerParser::Expression_Operator(int id, int priority, int operands, int type, int flags) {
-    if (id == OPERATOR_CLOSE_BRACKET) {
+    if (id == OPERATOR_CLOSE_BRACKET)
         return Expression_Operator_Close_Elem(flags & OPERATOR_BEFORE_DOT);
-    }
-    if (const Operator* top = operators.Top(); top && top->id == OPERATOR_MEMBER) {
+    if (const Operator* top = operators.Top(); top && top->id == OPERATOR_MEMBER)
         (void)Output_Top_Operator(); // has reported; the operator that arrived is still taken
-    }
     int biased = Wrapping_Sum(priority_bias, priority);
     switch (id) {
     case OPERATOR_COMMA: return Separate_Argument(biased);
     case OPERATOR_DECREMENT:
     case OPERATOR_INCREMENT:
-        if (!(flags & OPERATOR_PREFIX)) {
+        if (!(flags & OPERATOR_PREFIX))
             return Output_Operator_IncrementDecrement(id, flags);
-        }
         break;
     case OPERATOR_OPEN_BRACKET: Push_Statistic(SUBEXPRESSION_BRACKET); break;
     case OPERATOR_MEMBER: operators.Push(new Operator{id, biased, operands, 0}); return PARSER_OK;
     default: break;
     }
-    if (priority_bias == 0 && type == OPERAND_BOOLEAN) {
+    if (priority_bias == 0 && type == OPERAND_BOOLEAN)
         ++conditional_operators;
-    }
-    if (ParserStatus status = Flush_Operator_Queue(biased)) {
+    if (ParserStatus status = Flush_Operator_Queue(biased))
         return status;
-    }
     operators.Push(new Operator{id, biased, operands, flags});
     return Check_Types(type);
 }
@@ -71,9 +66,8 @@ ParserStatus CompilerParser::Separate_Argument(int priority) {
     }
     ParserStatus status = Flush_Operator_Queue(priority);
     int values = 0;
-    if (ParserStatus end_status = end_subexpression(&values, 1)) {
+    if (ParserStatus end_status = end_subexpression(&values, 1))
         status = end_status;
-    }
     Push_Statistic(SUBEXPRESSION_CALL);
     return status;
 }
@@ -83,17 +77,14 @@ ParserStatus CompilerParser::Separate_Argument(int priority) {
 // parenthesis.
 ParserStatus CompilerParser::Flush_Operator_Queue(int priority) {
     while (const Operator* top = operators.Top()) {
-        if (top->id == OPERATOR_OPEN_BRACKET) {
+        if (top->id == OPERATOR_OPEN_BRACKET)
             break;
-        }
         bool due =
             top->operands == 2 ? top->priority >= priority : top->operands == 1 && top->priority > priority;
-        if (!due) {
+        if (!due)
             break;
-        }
-        if (ParserStatus status = Output_Top_Operator()) {
+        if (ParserStatus status = Output_Top_Operator())
             return status;
-        }
     }
     return PARSER_OK;
 }
@@ -102,9 +93,8 @@ ParserStatus CompilerParser::Flush_Operator_Queue_Until(int id) {
     while (const Operator* top = operators.Top()) {
         bool wanted = top->id == id;
         ParserStatus status = Output_Top_Operator();
-        if (wanted || status != PARSER_OK) {
+        if (wanted || status != PARSER_OK)
             return status;
-        }
     }
     return PARSER_OK;
 }
@@ -117,12 +107,10 @@ ParserStatus CompilerParser::Output_Top_Operator() {
 
 ParserStatus CompilerParser::Output_Operator(Operator* op) {
     SubexpressionStatistic* statistic = subexpressions.Top();
-    if (!statistic) {
+    if (!statistic)
         return Report<Message::Internal_Stack_Count_Empty>();
-    }
-    if (op->operands != 0) {
+    if (op->operands != 0)
         statistic->count += 1 - op->operands;
-    }
     switch (op->id) {
     case OPERATOR_CLOSE_BRACKET: Queue(Element_Opcode()); return PARSER_OK;
     case OPERATOR_MEMBER: Queue(Member_Opcode()); return PARSER_OK;
@@ -160,42 +148,35 @@ int CompilerParser::Member_Opcode() {
 
 // An element and its index leave one value, and the aggregate alone was counted: the index is not.
 ParserStatus CompilerParser::Expression_Operator_Close_Elem(int flags) {
-    if (!subexpressions.Top()) {
+    if (!subexpressions.Top())
         return Report<Message::Bracket_Unopened>();
-    }
     ParserStatus status = PARSER_OK;
     const Operator* top = operators.Top();
     while (top && top->id != OPERATOR_OPEN_BRACKET) {
-        if (ParserStatus output_status = Output_Top_Operator()) {
+        if (ParserStatus output_status = Output_Top_Operator())
             status = output_status;
-        }
         top = operators.Top();
     }
-    if (top) {
+    if (top)
         delete operators.Pop();
-    } else {
+    else
         status = Report<Message::Bracket_Unopened>();
-    }
     (void)subexpressions.Top();
     std::unique_ptr<SubexpressionStatistic> index(subexpressions.Pop());
-    if (index->count != 1) {
+    if (index->count != 1)
         status = Report<Message::Operator_Count>(Too_Many_Or_Few(index->count));
-    }
-    if (index->kind != SUBEXPRESSION_BRACKET) {
+    if (index->kind != SUBEXPRESSION_BRACKET)
         status = Report<Message::Expected_Close_Bracket>();
-    }
     Pass_On_Mixed_Type(*index);
-    if (!(flags & OPERATOR_BEFORE_DOT)) {
+    if (!(flags & OPERATOR_BEFORE_DOT))
         Queue(Element_Opcode());
-    }
     return status;
 }
 
 void CompilerParser::Pass_On_Mixed_Type(const SubexpressionStatistic& inner) {
     SubexpressionStatistic* outer = subexpressions.Top();
-    if (outer && inner.type == OPERAND_MIXED) {
+    if (outer && inner.type == OPERAND_MIXED)
         outer->type = OPERAND_MIXED;
-    }
 }
 
 ParserStatus CompilerParser::Expression_StartParen() {
@@ -206,9 +187,8 @@ ParserStatus CompilerParser::Expression_StartParen() {
 
 ParserStatus CompilerParser::Expression_CloseParen() {
     const SubexpressionStatistic* statistic = subexpressions.Top();
-    if (!statistic || statistic->kind == SUBEXPRESSION_WHOLE) {
+    if (!statistic || statistic->kind == SUBEXPRESSION_WHOLE)
         return Report<Message::Too_Many_Close_Parentheses>();
-    }
     switch (statistic->kind) {
     case SUBEXPRESSION_BRACKET: return Report<Message::Expected_Close_Bracket>();
     case SUBEXPRESSION_PAREN: return Close_Paren();
@@ -219,30 +199,25 @@ ParserStatus CompilerParser::Expression_CloseParen() {
 ParserStatus CompilerParser::Close_Paren() {
     ParserStatus status = Flush_Operator_Queue(priority_bias);
     priority_bias = Wrapping_Sum(priority_bias, -paren_bias);
-    if (status != PARSER_OK) {
+    if (status != PARSER_OK)
         return status;
-    }
     int values = 0;
     return end_subexpression(&values, 1);
 }
 
 // The last argument may be missing, when the list is empty; the others were checked at their commas.
 ParserStatus CompilerParser::Close_Call() {
-    if (ParserStatus status = Flush_Operator_Queue(priority_bias)) {
+    if (ParserStatus status = Flush_Operator_Queue(priority_bias))
         return status;
-    }
     int last = 0;
-    if (ParserStatus status = end_subexpression(&last, -1)) {
+    if (ParserStatus status = end_subexpression(&last, -1))
         return status;
-    }
-    if (last < 0 || last > 1) {
+    if (last < 0 || last > 1)
         return Report<Message::Operator_Count>(last < 0 ? "many" : "few");
-    }
     int earlier = 0;
     ParserStatus status = end_subexpression(&earlier, -1);
-    if (Function_Resolution_Info* call = open_calls.Top()) {
+    if (Function_Resolution_Info* call = open_calls.Top())
         call->parameters = earlier + last;
-    }
     Count_Value();
     priority_bias = Wrapping_Sum(priority_bias, -call_bias);
     ParserStatus flush_status = Flush_Operator_Queue_Until(OPERATOR_CALL);
@@ -250,31 +225,26 @@ ParserStatus CompilerParser::Close_Call() {
 }
 
 ParserStatus CompilerParser::end_subexpression(int* count, int expected) {
-    if (!subexpressions.Top()) {
+    if (!subexpressions.Top())
         return Report<Message::Too_Many_Close_Parentheses>();
-    }
     std::unique_ptr<SubexpressionStatistic> ended(subexpressions.Pop());
     *count = ended->count;
     SubexpressionStatistic* outer = subexpressions.Top();
     if (expected != -1) {
-        if (ended->count != expected) {
+        if (ended->count != expected)
             return Report<Message::Operator_Count>(ended->count < expected ? "many" : "few");
-        }
-        if (outer) {
+        if (outer)
             outer->count += ended->count;
-        }
     }
     Pass_On_Mixed_Type(*ended);
-    if (!outer) {
+    if (!outer)
         return Report<Message::Too_Few_Operands>();
-    }
     return PARSER_OK;
 }
 
 ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int length, int dynamic) {
-    if (dynamic) {
+    if (dynamic)
         return Push_Dynamic_Call(name, length);
-    }
     Push_Statistic(SUBEXPRESSION_CALL); // gathers the finished arguments
     Push_Statistic(SUBEXPRESSION_CALL); // counts the current one
     open_calls.Push(new Function_Resolution_Info(Linenumber(), name, length, Current_File()));
@@ -285,9 +255,8 @@ ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int 
 
 // The whole call goes to the engine as text.
 ParserStatus CompilerParser::Push_Dynamic_Call(const char* text, int length) {
-    if (ParserStatus status = Check_Dynamic_Expression_String(text, length, "external function parameter")) {
+    if (ParserStatus status = Check_Dynamic_Expression_String(text, length, "external function parameter"))
         return status;
-    }
     Queue(OPCODE_PUSHC, Generate_String_Directive(text, length, EXPRESSION_STATE_FILTER));
     Count_Value();
     Queue(OPCODE_DO_FUNCTION);

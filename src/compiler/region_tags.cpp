@@ -16,15 +16,12 @@ ParserStatus CompilerParser::Open_Capture(int) {
 ParserStatus CompilerParser::Generate_Capture(int) {
     AttributeValue* variable = attribute_values->Element(0);
     ParserStatus status = PARSER_OK;
-    if (!variable->Is_Set()) {
+    if (!variable->Is_Set())
         status = Report<Message::Capture_Requires_Variable>();
-    }
-    if (variable->Parse_String_Variable(this)) {
+    if (variable->Parse_String_Variable(this))
         status = Report_Stored_Error(*variable);
-    }
-    if (status != PARSER_OK) {
+    if (status != PARSER_OK)
         return status;
-    }
     Queue(OPCODE_CAPTURE);
     status = Output_Version(file_version_major, FILE_VERSION_CAPTURE);
     capture_stack.Push(
@@ -33,9 +30,8 @@ ParserStatus CompilerParser::Generate_Capture(int) {
 }
 
 ParserStatus CompilerParser::Close_Capture(int) {
-    if (!capture_stack.Top()) {
+    if (!capture_stack.Top())
         return Report<Message::Capture_Unopened>();
-    }
     std::unique_ptr<Capture_Resolution_Info> block(
         static_cast<Capture_Resolution_Info*>(capture_stack.Pop()));
     Queue(OPCODE_CAPTURE_END);
@@ -47,9 +43,8 @@ ParserStatus CompilerParser::Close_Capture(int) {
 }
 
 ParserStatus CompilerParser::Generate_Lockfile(int) {
-    if (!attribute_values->Element(0)->Is_Set()) {
+    if (!attribute_values->Element(0)->Is_Set())
         return Report<Message::Lockfile_Requires_File>();
-    }
     attribute_values->Output(1, 0);
     lockfile_stack.Push(new Resolution_Info(next_label, Linenumber(), Current_File()));
     Queue(OPCODE_LOCKFILE);
@@ -57,9 +52,8 @@ ParserStatus CompilerParser::Generate_Lockfile(int) {
 }
 
 ParserStatus CompilerParser::Close_Lockfile(int) {
-    if (!lockfile_stack.Top()) {
+    if (!lockfile_stack.Top())
         return Report<Message::Lockfile_Unopened>();
-    }
     delete lockfile_stack.Pop();
     Queue(OPCODE_LOCKFILE_END);
     return PARSER_OK;
@@ -68,9 +62,8 @@ ParserStatus CompilerParser::Close_Lockfile(int) {
 // A refused opening is counted too, so that its closing tag is taken without a word.
 ParserStatus CompilerParser::Generate_Asynchronous(int) {
     ++async_depth;
-    if (async_block) {
+    if (async_block)
         return Report<Message::Block_Nested>("TnASYNCHRONOUS");
-    }
     const int label = Take_Label();
     async_block = new Resolution_Info(label, Linenumber(), Current_File());
     if (!attribute_values->Element(0)->Is_Set()) {
@@ -95,8 +88,7 @@ ParserStatus CompilerParser::Close_Asynchronous(int) {
     } else if (async_depth == 0) {
         (void)Report<Message::Asynchronous_Unopened>();
     }
-    if (async_depth > 0) {
+    if (async_depth > 0)
         --async_depth;
-    }
     return status;
 }

@@ -1,9 +1,8 @@
 #include "compiler/resolution_info.h"
 
 Resolution_Info::Resolution_Info(int label, int line, const String* file) : label(label), line(line) {
-    if (file) {
+    if (file)
         this->file = *file;
-    }
 }
 
 Resolution_Info::~Resolution_Info() = default;
@@ -13,9 +12,8 @@ If_Resolution_Info::If_Resolution_Info(int label, int line, const String* file, 
 }
 
 int If_Resolution_Info::Set_Else_Used() {
-    if (else_used) {
+    if (else_used)
         return 1;
-    }
     else_used = 1;
     return 0;
 }

@@ -7,12 +7,10 @@
 #include "frontend/tokenizer.h"
 
 ParserStatus CompilerParser::Start_Of_File() {
-    if (const std::string_view file = Current_File()->view(); digested_file != file) {
+    if (const std::string_view file = Current_File()->view(); digested_file != file)
         Set_File_Ident(file);
-    }
-    if (start_state == START_FILE) {
+    if (start_state == START_FILE)
         Queue_Source_File();
-    }
     return PARSER_OK;
 }
 
@@ -36,17 +34,15 @@ const String* CompilerParser::Current_File() const {
 
 ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
     if (tokenizer_stack.Entries() > 0) { // an included file
-        if (status == PARSER_OK) {
+        if (status == PARSER_OK)
             Output_End_Of_File();
-        }
         return status;
     }
     status = Check_Open_Blocks(status);
     status = Resolve_Calls(status);
     Declare_External_Functions();
-    if (status == PARSER_OK) {
+    if (status == PARSER_OK)
         Output_End_Of_File();
-    }
     return status;
 }
 
@@ -70,16 +66,14 @@ ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
         status = Report_At<Message::Single_Block_Unclosed>(async_block->line, &async_block->file,
                                                            "TnASYNCHRONOUS", "TnASYNCHRONOUS");
     }
-    if (Inside_Function()) {
+    if (Inside_Function())
         status = Report<Message::Function_Unclosed>();
-    }
     return status;
 }
 
 void CompilerParser::Output_LineNo() {
-    if (lineno_forced) {
+    if (lineno_forced)
         return;
-    }
     int line = Linenumber();
     if (line != last_lineno) {
         last_lineno = line;

@@ -21,12 +21,10 @@ constexpr Statement statements[] = {
 
 ParserStatus CompilerParser::Generate_Statement(int tag) {
     const Statement* statement = statements;
-    while (statement->tag != tag) {
+    while (statement->tag != tag)
         ++statement;
-    }
-    if (attribute_values->Check_Complete(statement->operands)) {
+    if (attribute_values->Check_Complete(statement->operands))
         return Report_Message(statement->incomplete);
-    }
     attribute_values->Output(statement->operands, 0);
     opcode_queue->Queue_Opcode(statement->opcode, 0, 0);
     return PARSER_OK;

@@ -4,12 +4,10 @@
 #include "compiler/compiler_parser.h"
 
 int CompilerParser::Generate_String_Directive(const char* text, int length, ExpressionState state) {
-    if (!Generating()) {
+    if (!Generating())
         return 0;
-    }
-    if (Variable* known = string_table.Find(text, length)) {
+    if (Variable* known = string_table.Find(text, length))
         return known->value_integer();
-    }
     int ident = next_string_ident++;
     Output_String_Directive(saved_output, text, length, ident, state);
     string_table.Insert(new Variable(text, length, ident));
@@ -18,8 +16,7 @@ int CompilerParser::Generate_String_Directive(const char* text, int length, Expr
 
 int CompilerParser::Generate_Integral_String_Directive(const char* text, int length, ExpressionState state) {
     int error = 0;
-    if (TarnApplication::stoi(text, length, &error) < 1) {
+    if (TarnApplication::stoi(text, length, &error) < 1)
         (void)Report<Message::Literal_Index_Not_Positive>(); // the constant is made all the same
-    }
     return Generate_String_Directive(text, length, state);
 }

@@ -119,11 +119,9 @@ ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, in
                                           const char* name) {
     static_assert([] {
         int id = 0;
-        for (const Tag_Actions& actions : tag_actions) {
-            if (actions.tag != id++) {
+        for (const Tag_Actions& actions : tag_actions)
+            if (actions.tag != id++)
                 return false;
-            }
-        }
         return true;
     }());
 
@@ -136,16 +134,13 @@ ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, in
         current_tag = tag;
         tag_name = name;
         // Tags without an attribute list go on with the values of the tag around them.
-        if (required != NO_SLOTS) {
+        if (required != NO_SLOTS)
             attribute_values->Reset(required + optional);
-        }
-        if (array_values && !Is_Allowed_In_Array_Block(tag)) {
+        if (array_values && !Is_Allowed_In_Array_Block(tag))
             placement = Report<Message::Tag_In_Array_Block>();
-        }
     }
-    if (tag < 0 || tag >= static_cast<int>(std::size(tag_actions))) {
+    if (tag < 0 || tag >= static_cast<int>(std::size(tag_actions)))
         return Unimplemented_Tag(tag);
-    }
     const Tag_Operation operation = closing ? tag_actions[tag].at_close : tag_actions[tag].at_open;
     const ParserStatus status = operation ? (this->*operation)(tag) : PARSER_OK;
     return status == PARSER_OK ? placement : status;
@@ -156,9 +151,8 @@ ParserStatus CompilerParser::End_Of_Tag(int) {
     ParserStatus status = PARSER_OK;
     if (current_tag >= 0 && current_tag < static_cast<int>(std::size(tag_actions))) {
         Close_Valueless_Attribute();
-        if (const Tag_Operation operation = tag_actions[current_tag].at_end) {
+        if (const Tag_Operation operation = tag_actions[current_tag].at_end)
             status = (this->*operation)(current_tag);
-        }
     }
     current_tag = -1;
     current_attribute = ATTRIBUTE_NONE;

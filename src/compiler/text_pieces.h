@@ -27,12 +27,10 @@ inline bool Is_Name_Character(char c) {
 
 // The text without the white space at its ends.
 inline std::string_view Trimmed(std::string_view text) {
-    while (!text.empty() && Is_Space(text.front())) {
+    while (!text.empty() && Is_Space(text.front()))
         text.remove_prefix(1);
-    }
-    while (!text.empty() && Is_Space(text.back())) {
+    while (!text.empty() && Is_Space(text.back()))
         text.remove_suffix(1);
-    }
     return text;
 }
 
@@ -47,9 +45,8 @@ void For_Each_Comma_Piece(std::string_view text, Use use) {
     for (;;) {
         std::size_t comma = text.find(',');
         use(text.substr(0, comma));
-        if (comma == std::string_view::npos) {
+        if (comma == std::string_view::npos)
             return;
-        }
         text.remove_prefix(comma + 1);
     }
 }

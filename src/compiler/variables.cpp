@@ -23,15 +23,12 @@ HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
 
 int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_Scope scope) {
     HashTable<Variable>* table = Variables_Of(scope);
-    if (!table) {
+    if (!table)
         return Generate_String_Directive(name, length, EXPRESSION_STATE_ESCAPED);
-    }
-    if (Variable* known = table->Find(name, length)) {
+    if (Variable* known = table->Find(name, length))
         return known->value_integer();
-    }
-    if (!Generating()) {
+    if (!Generating())
         return 0;
-    }
     int ident = table->Entries();
     table->Insert(new Variable(name, length, ident));
     Output_Variable_Directive(saved_output, name, length, ident, scope);
@@ -40,9 +37,8 @@ int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_S
 
 // The name holds the digest of the source file, so code of two files never shares such a variable.
 int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
-    if (!Generating()) {
+    if (!Generating())
         return 0;
-    }
     char digits[12];
     char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
     std::string name;
@@ -50,9 +46,8 @@ int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
     name.append("__scratch:").append(base).append(1, '_').append(std::begin(digits), end);
     name.append(1, ':').append(file_ident, sizeof file_ident);
     const int length = static_cast<int>(name.size());
-    if (Variable* known = scratch_variables->Find(name.data(), length)) {
+    if (Variable* known = scratch_variables->Find(name.data(), length))
         return known->value_integer();
-    }
     int ident = local_variables->Entries();
     auto* variable = new Variable(name.data(), length, ident);
     local_variables->Insert(variable);

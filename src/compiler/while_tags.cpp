@@ -9,15 +9,13 @@ ParserStatus CompilerParser::Open_While(int) {
 
 // Without a condition nothing is reported: the loop runs until something leaves it.
 ParserStatus CompilerParser::Generate_While(int) {
-    if (attribute_values->Check_Complete(1)) {
+    if (attribute_values->Check_Complete(1))
         return PARSER_ERROR;
-    }
     attribute_values->Output(1, 0);
     Check_Conditional();
     const Resolution_Info* block = while_stack.Top();
-    if (!block) {
+    if (!block)
         return Report<Message::While_Unopened>();
-    }
     opcode_queue->Queue_Opcode_With_Label(OPCODE_JMP_EQ, LABEL_END, block->label);
     return PARSER_OK;
 }
