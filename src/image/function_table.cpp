@@ -139,11 +139,11 @@ Function* FunctionManager::Function_Add(const char* name, int length, int flags)
 
 Function* FunctionManager::Function_Add(int body_a, int body_b, const char* name, int length,
                                         const char* parameters, int parameters_length, int flags) {
-    auto function = std::make_unique<Function>(dictionary, flags);
+    Function* function = Function_Add(new Function(dictionary, flags), name, length);
     function->body_a = body_a;
     function->body_b = body_b;
     function->SetParameters(parameters, parameters_length);
-    return Function_Add(function.release(), name, length);
+    return function;
 }
 
 Function* FunctionManager::Function_At(int index) const {

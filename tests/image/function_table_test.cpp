@@ -83,10 +83,11 @@ TEST_F(FunctionTableTest, Parameters_Are_Split_As_Written) {
     for (const auto& c : cases)
         EXPECT_EQ(Told(table.Function_Add(1, 2, "f", 1, c.text, -1, 0)), c.told);
     const int index = names.Entry_Add("last", -1);
-    Function* const function = table.Function_Add("f", -1, 0);
-    EXPECT_EQ(function->AddParameter(1, "y...", 1), 0);
-    EXPECT_EQ(function->locals.Seek(-1, "Y", 1, nullptr), 0);
-    EXPECT_EQ(function->parameters.First()->name_index, index + 2); // one entry for each name
+    Function* const function = table.Function_Add(1, 2, "f", -1, "x", -1, 0);
+    EXPECT_EQ(function->AddParameter(1, "y...", 1), 1);
+    EXPECT_EQ(function->locals.Seek(-1, "Y", 1, nullptr), 1);
+    EXPECT_EQ(function->name_index, index + 1); // one entry for each name, in the order of a program
+    EXPECT_EQ(function->parameters.First()->name_index, index + 2);
 }
 
 TEST_F(FunctionTableTest, Section_Is_Read_And_Written_Back) {

@@ -19,6 +19,7 @@ TEST_F(TaggedFileTest, Is_Written_Byte_For_Byte) {
     ASSERT_TRUE(file.Create(path.c_str(), "sixteen letters!", 0x10005));
     file.Section_Start(abcd);
     EXPECT_EQ(file.Section_Write("01234", 5), 5);
+    file.Deactivate();
     EXPECT_EQ(file.Section_Write("56789", 5), 5);
     file.Section_Start(efgh); // ends the one before
     ASSERT_TRUE(file.Section_Flush());
