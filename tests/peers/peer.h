@@ -1,19 +1,20 @@
+// Servers of this machine, and pages that are got from them.
 #ifndef TESTS_PEERS_PEER_H
 #define TESTS_PEERS_PEER_H
 
-#include "network/loopback.h"
+#include "network/http_response_stream.h"
+#include "network/network_support.h"
 
-#include <fcntl.h>
+#include <gtest/gtest.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <string>
-#include <vector>
 
 // Ends the test with a word where a server isn't installed.
 #define NEED_PROGRAM(name, package)                                                                          \
@@ -23,44 +24,45 @@
 // A directory for what servers read and write, gone with the object.
 struct Peer_Directory {
     Peer_Directory() {
-        char name[] = "/tmp/tnc_peer_XXXXXX";
-        path = mkdtemp(name);
+        path = mkdtemp(std::string("/tmp/tnc_peer_XXXXXX").data());
         std::filesystem::permissions(path, std::filesystem::perms(0755));
     }
     ~Peer_Directory() { std::filesystem::remove_all(path); }
-    std::string Put(const std::string& name, const std::string& text) const {
+    void Put(const std::string& name, const std::string& text) const {
         std::ofstream(path + "/" + name) << text;
-        return path + "/" + name;
     }
     std::string Get(const std::string& name) const {
         std::ifstream file(path + "/" + name, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    // Runs a command of the shell in the directory.
-    bool Run(const std::string& command) const {
-        return std::system(("cd " + path + " && { " + command + "; } >log 2>&1").c_str()) == 0;
-    }
 
     std::string path;
 };
 
-// A server of the machine, with all processes that it starts, from its start to the end of the object.
+// A server, with all processes that it starts, from its start to the end of the object.
 class Peer {
   public:
-    // The command is run by the shell; it listens on the port of the loopback.
-    Peer(const std::string& command, int port) : group(fork()) {
+    // The command is run in the directory, and writes to its file "log". It is waited for until it listens on
+    // the port, which is looked up without a connection: some servers count them.
+    Peer(const std::string& command, const Peer_Directory& directory, const Reserved_Port& port)
+        : group(fork()) {
         if (group == 0) {
             setpgid(0, 0);
             prctl(PR_SET_PDEATHSIG, SIGKILL);
-            const int nowhere = open("/dev/null", O_RDWR);
-            for (const int descriptor : {0, 1, 2})
-                dup2(nowhere, descriptor);
-            execl("/bin/sh", "sh", "-c", ("PATH=$PATH:/usr/sbin:/sbin; exec " + command).c_str(), nullptr);
+            const std::string line = "PATH=$PATH:/usr/sbin:/sbin; cd " + directory.path + "; exec " + command;
+            execl("/bin/sh", "sh", "-c", (line + " >>log 2>&1 </dev/null").c_str(), nullptr);
             _exit(127);
         }
         setpgid(group, group);
-        while (!Listens(port) && tries-- > 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        char entry[40];
+        snprintf(entry, sizeof entry, "0100007F:%04X 00000000:0000 0A", static_cast<unsigned>(port.number));
+        bool listens = false;
+        for (int tries = 0; tries < patience * 50 && !listens && !waitpid(group, nullptr, WNOHANG); tries++) {
+            usleep(20'000);
+            std::ifstream table("/proc/net/tcp");
+            listens = std::string(std::istreambuf_iterator<char>(table), {}).find(entry) != std::string::npos;
+        }
+        EXPECT_TRUE(listens) << directory.Get("log");
     }
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
@@ -68,20 +70,37 @@ class Peer {
         kill(-group, SIGKILL);
         waitpid(group, nullptr, 0);
     }
-    // Whether it came to listen in time.
-    bool started() const { return tries > 0; }
 
   private:
-    // Looks without a connection, which some servers count.
-    static bool Listens(int port) {
-        char wanted[32];
-        snprintf(wanted, sizeof wanted, "0100007F:%04X 00000000:0000 0A", static_cast<unsigned>(port));
-        std::ifstream table("/proc/net/tcp");
-        return std::string(std::istreambuf_iterator<char>(table), {}).find(wanted) != std::string::npos;
-    }
-
     pid_t group;
-    int tries = 500;
 };
+
+// What a page is asked for with. Null is what isn't given.
+struct Page_Request {
+    double version = 1.0;
+    unsigned flags = 0;
+    const char* cert_type = nullptr;
+    const char* cert_value = nullptr;
+    const char* cert_file = nullptr;
+    const char* password = nullptr;
+    const char* pin_algorithm = nullptr;
+    const char* pin = nullptr;
+};
+
+// Status, length as the head tells it, and body; or the error.
+inline std::string Get_Page(NetworkManager& manager, const std::string& url, const Page_Request& request) {
+    HTTPResponseStream stream(manager.OpenURL("GET", url.c_str(), nullptr, nullptr, 0, request.cert_file,
+                                              request.cert_value, request.cert_type, request.password,
+                                              request.pin_algorithm, request.pin, nullptr, 0, request.version,
+                                              patience, request.flags),
+                              patience);
+    const bool answered = stream.Read_Headers();
+    std::string page = std::to_string(stream.status()) + " " + std::to_string(stream.content_length()) + " ";
+    char buffer[1000];
+    for (int count; (count = stream.Read(buffer, sizeof buffer)) > 0;)
+        page.append(buffer, static_cast<size_t>(count));
+    stream.Close();
+    return answered ? page : manager.error().text();
+}
 
 #endif

@@ -1,0 +1,127 @@
+// What the tests of the network share: an application, and peers that follow a script or listen.
+#ifndef TESTS_NETWORK_NETWORK_SUPPORT_H
+#define TESTS_NETWORK_NETWORK_SUPPORT_H
+
+#include "app/config.h"
+#include "app/unix_compiler_application.h"
+#include "network/network_connection.h"
+#include "network/unix_network_manager.h"
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <map>
+#include <string>
+
+// Seconds that nothing here takes, however loaded the machine is.
+constexpr int patience = 60;
+
+// An application with settings that a test puts in place, and a network manager.
+struct Network_Application : UNIXCompilerApplication, Config {
+    Network_Application() : UNIXCompilerApplication(1, arguments) {}
+    Config* config() override { return this; }
+    NetworkManager* networkmanager() override { return manager; }
+    int Integer(Config_Setting setting) const override { return integers[setting]; }
+    const String& Text(Config_Setting setting) const override { return texts[setting]; }
+
+    NetworkManager* manager = nullptr;
+    mutable std::map<Config_Setting, int> integers;
+    mutable std::map<Config_Setting, String> texts;
+    static inline char program[] = "test";
+    static inline char* arguments[] = {program, nullptr};
+};
+
+// What the two sides of a scripted connection say.
+struct Script {
+    std::string incoming = {}; // what the peer sends, and then ends
+    int step = INT_MAX;        // how much of it a read gives at most
+    int write_limit = INT_MAX; // how much is taken from us before writing fails
+    std::string written = {};
+    size_t position = 0;
+    int open = 0; // connections on this script
+};
+
+// A peer that speaks by a script. It refuses reads of less than one byte.
+class Scripted_Connection : public NetworkConnection {
+  public:
+    Scripted_Connection(TarnApplication* application, Script& script)
+        : NetworkConnection(application), script(script) {
+        ipaddress_ = "192.0.2.1";
+        script.open++;
+    }
+    ~Scripted_Connection() override { script.open--; }
+
+    int EstablishTLSConnection(const char*, x509_st*, evp_pkey_st*, int, unsigned) override { return 0; }
+    x509_st* Server_Certificate() override { return nullptr; }
+    int Read(char* buffer, int length, int) override {
+        if (length < 1)
+            return Fail("read of nothing");
+        length =
+            static_cast<int>(script.incoming.copy(buffer, std::min(length, script.step), script.position));
+        script.position += length;
+        return length;
+    }
+    int ReadLine(String& line, int, int) override {
+        const size_t end = script.incoming.find('\n', script.position) + 1;
+        if (end == 0)
+            return Fail("line broken off");
+        line.assign(&script.incoming[script.position], static_cast<int>(end - script.position));
+        script.position = end;
+        return line.length();
+    }
+    int Write(const char* buffer, int length, int) override {
+        const int room = script.write_limit - static_cast<int>(script.written.size());
+        if (room <= 0)
+            return Fail("peer is gone");
+        script.written.append(buffer, std::min(length, room));
+        return length > room ? Fail("peer took a part"), room : length;
+    }
+    using NetworkConnection::Write;
+
+  private:
+    int Fail(const char* text) {
+        Error(text);
+        return -1;
+    }
+
+    Script& script;
+};
+
+// A port of the loopback that nobody else gets while the object lives. Nobody listens on it but who binds it
+// by its number, with SO_REUSEADDR as servers do.
+struct Reserved_Port {
+    Reserved_Port() : descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+        const int yes = 1;
+        setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        bind(descriptor, reinterpret_cast<sockaddr*>(&address), size);
+        getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
+        number = ntohs(address.sin_port);
+    }
+    Reserved_Port(const Reserved_Port&) = delete;
+    Reserved_Port& operator=(const Reserved_Port&) = delete;
+    ~Reserved_Port() { close(descriptor); }
+
+    int descriptor;
+    int number;
+};
+
+struct Listener : Reserved_Port {
+    explicit Listener(int backlog = 5) { listen(descriptor, backlog); }
+    int Accept() { return accept(descriptor, nullptr, nullptr); }
+};
+
+inline void Send_All(int descriptor, const std::string& text) {
+    ssize_t count = 0;
+    for (size_t sent = 0; sent < text.size() && count >= 0; sent += static_cast<size_t>(count))
+        count = send(descriptor, &text[sent], text.size() - sent, MSG_NOSIGNAL);
+}
+
+#endif
