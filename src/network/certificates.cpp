@@ -109,7 +109,7 @@ int NetworkManager::Populate_Client_Certificate(const char* value, int length, c
     const String kind(type);
     const int letter = std::tolower(static_cast<unsigned char>(*kind.text()));
     const TLS_Library tls(application);
-    const String missing = tls.missing();
+    const String missing = tls.missing(TLS_Need::CLIENT);
     if (missing.length() > 0)
         return Fail("Unable to read from client certificate buffer: " + missing);
     tls.Forget_Errors();

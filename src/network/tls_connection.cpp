@@ -77,7 +77,10 @@ int UNIXNetworkConnection::EstablishTLSConnection(const char* server_name, x509_
 }
 
 bool UNIXNetworkConnection::Prepare_TLS(const char* server_name, unsigned flags) {
-    const String missing = tls->missing();
+    const bool has_client = client_certificate && client_key;
+    String missing = tls->missing(TLS_Need::CONNECTION);
+    if (missing.length() == 0 && has_client)
+        missing = tls->missing(TLS_Need::CLIENT);
     if (missing.length() > 0)
         return Fail(String(connect_failure) + ": " + missing, false);
     tls->Forget_Errors();
@@ -89,7 +92,7 @@ bool UNIXNetworkConnection::Prepare_TLS(const char* server_name, unsigned flags)
     if (server_name)
         tls->control(tls_handle, tls_control_server_name, tls_server_name_is_host,
                      const_cast<char*>(server_name));
-    if (client_certificate && client_key) {
+    if (has_client) {
         if (tls->assign_certificate(tls_handle, client_certificate) != 1)
             return Fail("Error assigning client certificate: " + tls->Last_Error(), false);
         if (tls->assign_key(tls_handle, client_key) != 1)

@@ -6,8 +6,6 @@
 
 namespace {
 
-enum Need { REQUIRED, OPTIONAL };
-
 void* Find(TarnApplication* application, const char* name, const char* older_name) {
     void* const found = application->SSL_GetFunction(name);
     return found || !older_name ? found : application->SSL_GetFunction(older_name);
@@ -18,13 +16,14 @@ void* Find(TarnApplication* application, const char* name, const char* older_nam
 TLS_Library::TLS_Library(TarnApplication* application) : application(application) {
 #define TLS_FUNCTION(need, member, result, arguments, name, older_name)                                      \
     member = reinterpret_cast<result(*) arguments>(Find(application, name, older_name));                     \
-    if (need == REQUIRED && !member && !missing_function)                                                    \
-        missing_function = name;
+    if (const char*& missing = missing_functions[static_cast<int>(TLS_Need::need)]; !member && !missing)     \
+        missing = name;
 #include "network/tls_functions.def"
 }
 
-String TLS_Library::missing() const {
-    return missing_function ? String("The SSL library has no ") + missing_function : String("");
+String TLS_Library::missing(TLS_Need need) const {
+    const char* const name = missing_functions[static_cast<int>(need)];
+    return name ? String("The SSL library has no ") + name : String("");
 }
 
 String TLS_Library::Last_Error() const {

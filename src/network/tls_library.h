@@ -33,23 +33,26 @@ constexpr int tls_control_buffer_rewind = 1;
 constexpr std::size_t tls_longest_digest = 64;
 constexpr unsigned long tls_last_version_without_names = 0xfffffff;
 
+// What a function of the TLS library is needed for.
+enum class TLS_Need { CONNECTION, CLIENT, OPTIONAL };
+
 // The functions of the TLS library, as the application gives them out; see tls_functions.def. A member is
-// null where there is no such function; none of the required ones is unless missing() names one.
+// null where there is no such function, which missing() tells of all but the optional ones.
 struct TLS_Library {
     explicit TLS_Library(TarnApplication* application);
 
 #define TLS_FUNCTION(need, member, result, arguments, name, older_name) result(*member) arguments = nullptr;
 #include "network/tls_functions.def"
 
-    // What is wrong with the library, "" for nothing: all its users refuse to go on then.
-    String missing() const;
+    // What the library lacks for that, "" for nothing.
+    String missing(TLS_Need need) const;
     // The text of the last error, the first that was noted if there are several. All of them are forgotten.
     String Last_Error() const;
     void Forget_Errors() const;
 
   private:
     TarnApplication* application;
-    const char* missing_function = nullptr;
+    const char* missing_functions[3] = {}; // the first that each TLS_Need lacks
 };
 
 #endif

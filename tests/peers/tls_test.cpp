@@ -12,7 +12,10 @@ struct TLS_Application : Network_Application {
     bool SSL_Initialize(String*) override {
         return (ssl_state_ = SSL_CTX_new(TLS_client_method())) != nullptr;
     }
-    void* SSL_GetFunction(const char* name) override { return dlsym(RTLD_DEFAULT, name); }
+    void* SSL_GetFunction(const char* name) override {
+        return lacking == name ? nullptr : dlsym(RTLD_DEFAULT, name);
+    }
+    std::string lacking;
 };
 
 struct TLS : testing::Test {
@@ -107,6 +110,9 @@ TEST_F(TLS, Shows_The_Client_Certificate) {
     Expect("Unsupported certificate type 'X'", client("X", "x"));
     Expect("Unable to load client certificate: No such file or directory", client("PEM", nullptr, "/none"));
     Expect("Unable to read from client certificate file: ", client("PEM", nullptr, "/dev/null"));
+    application.lacking = "BIO_new_mem_buf"; // which only a client certificate needs
+    Expect("Unable to read from client certificate buffer: The SSL library has no BIO_new_mem_buf",
+           client("PEM", value.c_str()));
     Expect("Error establishing SSL connection: error:", client(nullptr, value.c_str()));
     char buffer[] = "....", secret[] = "secret";
     EXPECT_EQ(Load_Client_Certificate_Password_Callback(buffer, 3, 0, secret), 3);
