@@ -87,11 +87,10 @@ bool ExternalCallManager::RegisterDSO(const char* path) {
 
 void ExternalCallManager::Append(ExternalLibrary* library, const _TN_EL_Function* functions) {
     if (registered_count == registered_capacity) {
-        auto larger = std::make_unique<Registered_Library[]>(
-            static_cast<std::size_t>(registered_capacity + registered_growth));
+        registered_capacity += registered_growth;
+        auto larger = std::make_unique<Registered_Library[]>(static_cast<std::size_t>(registered_capacity));
         std::copy_n(registered.get(), registered_count, larger.get());
         registered = std::move(larger);
-        registered_capacity += registered_growth;
     }
     registered[registered_count++] = {library, functions};
 }
