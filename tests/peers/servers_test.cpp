@@ -33,10 +33,11 @@ struct Servers : testing::Test {
 TEST_F(Servers, Microsocks_Connects) {
     NEED_PROGRAM("microsocks", "microsocks");
     const Peer proxy("microsocks -i 127.0.0.1 -p " + port_text, directory, port);
-    // The proxy resolves a name, and takes the first address, where nobody listens if it isn't this one.
+    // The proxy resolves a name, which a bare system may not have, and takes the first address, where nobody
+    // listens if it isn't this one.
     String address;
-    ASSERT_TRUE(manager.GetHostAddress("localhost", address));
-    EXPECT_EQ(Through_Proxy(address.view() == "127.0.0.1" ? "localhost" : "127.0.0.1", 5), "hello\n");
+    const bool is_named = manager.GetHostAddress("localhost", address) && address.view() == "127.0.0.1";
+    EXPECT_EQ(Through_Proxy(is_named ? "localhost" : "127.0.0.1", 5), "hello\n");
     EXPECT_EQ(Through_Proxy("127.0.0.1", 5, "user", "secret"), "hello\n"); // which it doesn't ask for
 }
 
