@@ -142,7 +142,7 @@ Tokenizer::~Tokenizer() {
     delete file;
 }
 
-bool Tokenizer::Open(String path) {
+bool Tokenizer::Open(const String& path) {
     bool is_directory = false;
     if (!filemanager->IsDirectory(path.text(), &is_directory)) {
         lasterror = filemanager->error();
@@ -186,11 +186,9 @@ bool Tokenizer::Map_File() {
     long size = file->Length();
     if (size > INT_MAX)
         lasterror = std::strerror(EFBIG);
-    else if (size < 0)
-        lasterror = file->error();
     else if (size == 0)
         buffer = "";
-    else if (!(buffer = file->Map(0, size)))
+    else if (size < 0 || !(buffer = file->Map(0, size)))
         lasterror = file->error();
     if (size > INT_MAX || !buffer) {
         Use_No_Text();

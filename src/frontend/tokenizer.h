@@ -26,7 +26,7 @@ class Tokenizer {
     Tokenizer& operator=(const Tokenizer&) = delete;
 
     // Brings the file in. On failure lasterror has the reason and the text is empty.
-    [[nodiscard]] bool Open(String path);
+    [[nodiscard]] bool Open(const String& path);
 
     // The token's first byte and its length. At the end of the text, and for a brace that was added, the
     // length is 0.
