@@ -30,7 +30,8 @@ class Assembly_Item {
         position += text.size();
         return *this;
     }
-    Assembly_Item& Number(int number) {
+    // Inlined, so that the position stays in a register.
+    [[gnu::always_inline]] Assembly_Item& Number(int number) {
         if (number < 0)
             *position++ = '-';
         position = Write_Digits(position, number < 0 ? 0u - static_cast<unsigned>(number)
@@ -55,10 +56,8 @@ class Assembly_Item {
     }
     // Numbers of one to four digits are nearly all there are.
     static char* Write_Digits(char* target, unsigned number) {
-        if (number >= 10000) {
-            target = Write_Digits(target, number / 10000);
-            return Write_Pair(Write_Pair(target, number % 10000 / 100), number % 100);
-        }
+        if (number >= 10000) [[unlikely]]
+            return Write_Long_Digits(target, number);
         if (number >= 1000)
             target = Write_Pair(target, number / 100);
         else if (number >= 100)
@@ -66,6 +65,10 @@ class Assembly_Item {
         else if (number < 10)
             return *target = static_cast<char>('0' + number), target + 1;
         return Write_Pair(target, number % 100);
+    }
+    [[gnu::noinline]] static char* Write_Long_Digits(char* target, unsigned number) {
+        target = Write_Digits(target, number / 10000);
+        return Write_Pair(Write_Pair(target, number % 10000 / 100), number % 100);
     }
 
     CompilerOutput* output;

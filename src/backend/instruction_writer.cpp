@@ -46,7 +46,7 @@ void FileCompilerParser::Output_Generated_Label(ParserLabelType type, int number
 }
 
 void FileCompilerParser::Output_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
-    Output_LineNo();
+    Follow_LineNo();
     const Opcode_Info* const row = Find_Opcode(opcode);
     if (row && (row->operands == Operand_Form::LABEL || row->operands == Operand_Form::LABEL_IMMEDIATE))
         Assembly_Item(output).Head(*row);
@@ -60,7 +60,7 @@ void FileCompilerParser::Output_Opcode_With_Label_and_Immediate(int opcode, Pars
 }
 
 void FileCompilerParser::Output_Opcode(int opcode, double value) {
-    Output_LineNo();
+    Follow_LineNo();
     if (opcode == OPCODE_PUSHF)
         Assembly_Item(output).Head(Opcode_Row(opcode));
     else
@@ -72,29 +72,31 @@ void FileCompilerParser::Output_Opcode(int opcode, double value) {
 
 void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
     if (opcode != OPCODE_LINENO && opcode != OPCODE_SOURCEFILE)
-        Output_LineNo();
+        Follow_LineNo();
     const Opcode_Info* const row = Find_Opcode(opcode);
-    switch (row ? row->operands : Operand_Form::ENGINE) {
-    case Operand_Form::NONE: Assembly_Item(output).Head(*row); return;
-    case Operand_Form::READ_ONLY: Output_Read_Only_Access(opcode); return;
-    case Operand_Form::STRING:
-    case Operand_Form::INTEGER:
-    case Operand_Form::VARIABLE:
-    case Operand_Form::SYSTEM: Assembly_Item(output).Head(*row).Number(first); return;
-    case Operand_Form::FIELD:
-        Assembly_Item(output).Head(*row).Number(first).Text(", s_").Number(second);
-        return;
-    case Operand_Form::PAIR: Assembly_Item(output).Head(*row).Number(first).Text(", ").Number(second); return;
+    const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
+    switch (form) {
+    case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);
     case Operand_Form::LABEL:
     case Operand_Form::LABEL_IMMEDIATE:
     case Operand_Form::TEXT:
     case Operand_Form::REAL:
-    case Operand_Form::ENGINE: Output_Unknown_Opcode(opcode, first); return;
+    case Operand_Form::ENGINE: return Output_Unknown_Opcode(opcode, first);
+    default: break;
     }
+    Assembly_Item item(output);
+    item.Head(*row);
+    if (form == Operand_Form::NONE)
+        return;
+    item.Number(first);
+    if (form == Operand_Form::FIELD)
+        item.Text(", s_").Number(second);
+    else if (form == Operand_Form::PAIR)
+        item.Text(", ").Number(second);
 }
 
 void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length, int lower) {
-    Output_LineNo();
+    Follow_LineNo();
     if (opcode == OPCODE_CALL || opcode == OPCODE_PUSHF || opcode == OPCODE_PUSHI)
         Assembly_Item(output).Head(Opcode_Row(opcode));
     if (lower)

@@ -43,41 +43,41 @@ void OpcodeQueueOutput::Clear_RHS() {
 }
 
 void OpcodeQueueOutput::Queue_Generated_Label(ParserLabelType type, int number) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Generated_Label(type, number);
 }
 
 void OpcodeQueueOutput::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Opcode_With_Label(opcode, type, number);
 }
 
 void OpcodeQueueOutput::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
                                                               int immediate) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Opcode_With_Label_and_Immediate(opcode, type, number, immediate);
 }
 
 void OpcodeQueueOutput::Queue_Opcode(int opcode, double value) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Opcode(opcode, value);
 }
 
 // A source file has no line yet when its name is given.
 void OpcodeQueueOutput::Queue_Opcode(int opcode, int first, int second) {
     if (opcode != OPCODE_SOURCEFILE)
-        parser->Output_LineNo();
+        parser->Follow_LineNo();
     parser->Output_Opcode(opcode, first, second);
 }
 
 void OpcodeQueueOutput::Queue_Opcode(int opcode, const char* text, int length, int lower) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Opcode(opcode, text, length, lower);
 }
 
 void OpcodeQueueOutput::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                                    int by_reference) {
-    parser->Output_LineNo();
+    parser->Follow_LineNo();
     parser->Output_Variable_Instruction(is_pop, ident, scope, alias, by_reference);
 }
 

@@ -194,6 +194,11 @@ class CompilerParser : public Parser {
     ParserStatus Check_Dynamic_Expression_String(const char* text, int length, const char* what);
 
     double Engine_Version() const;
+    // Output_LineNo, for the many instructions whose line is forced without a call.
+    void Follow_LineNo() {
+        if (!lineno_forced)
+            Output_LineNo();
+    }
     // Gives a value that is not set a constant.
     void Set_Default(AttributeValue* value, std::string_view text);
     // Reports the error that a value has stored.

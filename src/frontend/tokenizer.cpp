@@ -25,9 +25,6 @@ enum Byte_Trait : unsigned char {
 
 using Byte_Table = std::array<unsigned char, 256>;
 
-// The token that a byte starts, with a bit for those that may have another length than 1.
-constexpr unsigned char VARYING_LENGTH = 0x80;
-
 constexpr Byte_Table first_bytes = [] {
     Byte_Table table{};
     table.fill(TOKEN_OTHER);
@@ -75,7 +72,7 @@ constexpr Byte_Table byte_traits = [] {
 }();
 
 unsigned First_Token(char byte) {
-    return first_bytes[static_cast<unsigned char>(byte)];
+    return token_first_bytes[static_cast<unsigned char>(byte)];
 }
 
 bool Has_Trait(char byte, Byte_Trait trait) {
@@ -125,6 +122,8 @@ const char* Behind_Last_Line_Feed(const char* begin, const char* end) {
 }
 
 } // namespace
+
+constinit const Byte_Table token_first_bytes = first_bytes;
 
 Tokenizer::Tokenizer(FileManager* filemanager)
     : filemanager(filemanager), buffer(nullptr), length(0), position(0), bare_expression(0), open_pending(1),
@@ -204,28 +203,26 @@ void Tokenizer::Use_No_Text() {
     length = position = 0;
 }
 
-Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) {
-    const char* start = buffer + position;
-    *text = start;
+// One that was held back, one that a bare expression has or may have of its own, and the end.
+Tokenizer_TokenType Tokenizer::Get_Rare_Token(const char** text, int& token_length) {
+    if (peek_text) {
+        *text = peek_text;
+        token_length = peek_length;
+        peek_text = nullptr;
+        return peek_type;
+    }
+    *text = buffer + position;
+    token_length = 0;
     if (bare_expression && open_pending) {
         open_pending = 0;
-        token_length = 0;
         return TOKEN_LBRACE;
     }
     Tokenizer_TokenType type;
-    if (Check_Buffer_Fullness(type)) {
-        token_length = 0;
-        return type;
-    }
-    unsigned first = First_Token(*start);
-    type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
-    token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
-    position += token_length;
-    return type;
+    return Check_Buffer_Fullness(type) ? type : Scan_Token(text, token_length);
 }
 
 // Of a token that may have another length than 1. A zero byte is passed, but does not belong to the token.
-inline int Tokenizer::Token_Length(Tokenizer_TokenType type, const char* start) {
+int Tokenizer::Token_Length(Tokenizer_TokenType type, const char* start) {
     const char* end = start + 1;
     if (type == TOKEN_IDENT)
         end = End_Of_Identifier(end);
@@ -351,7 +348,7 @@ const char* Tokenizer::End_Of_Number(const char* at) const {
 }
 
 // In an expression a backslash takes the byte behind it, whatever that is.
-const char* Tokenizer::End_Of_Identifier(const char* at) const {
+inline const char* Tokenizer::End_Of_Identifier(const char* at) const {
     const char* end = buffer + length;
     Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
     for (;;) {

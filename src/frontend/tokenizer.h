@@ -4,8 +4,14 @@
 #include "core/string.h"
 #include "frontend/parser_types.h"
 
+#include <array>
+
 class File;
 class FileManager;
+
+// The token that a byte starts, with a bit for those that may have another length than 1.
+extern const std::array<unsigned char, 256> token_first_bytes;
+inline constexpr unsigned char VARYING_LENGTH = 0x80;
 
 // Tokenizer turns a text that is held whole in memory into small tokens. A token is a slice of the text, so
 // that the scanner can rebuild any stretch of the source by adding up lengths; nothing is copied. It serves a
@@ -83,7 +89,8 @@ class Tokenizer {
     bool Map_File();
     void Use_No_Text();
     void Note_Line_Feed(const char* behind);
-    Tokenizer_TokenType Scan_Token(const char** text, int& token_length);
+    Tokenizer_TokenType Get_Rare_Token(const char** text, int& token_length);
+    inline Tokenizer_TokenType Scan_Token(const char** text, int& token_length);
     int Token_Length(Tokenizer_TokenType type, const char* start);
     const char* End_Of_Space(const char* at);
     const char* End_Of_Number(const char* at) const;
@@ -101,13 +108,20 @@ inline bool Tokenizer::Check_Buffer_Fullness(Tokenizer_TokenType& type) {
 }
 
 inline Tokenizer_TokenType Tokenizer::Get_Next_Token(const char** text, int& token_length) {
-    if (peek_text) {
-        *text = peek_text;
-        token_length = peek_length;
-        peek_text = nullptr;
-        return peek_type;
-    }
+    if (peek_text || bare_expression || position >= length) [[unlikely]]
+        return Get_Rare_Token(text, token_length);
     return Scan_Token(text, token_length);
+}
+
+// Of the text, which has not ended.
+inline Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) {
+    const char* start = buffer + position;
+    *text = start;
+    unsigned first = token_first_bytes[static_cast<unsigned char>(*start)];
+    auto type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
+    token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
+    position += token_length;
+    return type;
 }
 
 #endif
