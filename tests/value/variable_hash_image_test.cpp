@@ -9,13 +9,16 @@
 
 #include <cstdio>
 #include <memory>
+#include <string>
+#include <unistd.h>
 
 // Tables are written to and read from a section of a file of their own.
 class VariableHashImageTest : public ValueTest {
   protected:
     static constexpr int tag = 0x72617673;
 
-    VariableHashImageTest() : path(testing::TempDir() + "variable_hash_image_test") {
+    VariableHashImageTest()
+        : path(testing::TempDir() + "variable_hash_image_test." + std::to_string(getpid())) {
         for (const char* name : {"first", "Second", "third", "fourth", "fifth"})
             table.Insert(name, -1);
     }
