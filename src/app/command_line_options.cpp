@@ -1,7 +1,7 @@
 // The options of the compiler: one table, in the order of the usage text.
 
 #include "app/compiler_application.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 #include "extension/external_call.h"
 #include "frontend/parser_types.h"
 
@@ -44,10 +44,6 @@ constexpr Pedantic_Keyword pedantic_keywords[] = {
     {"capture", PEDANTIC_CAPTURE},
     {"async", PEDANTIC_ASYNC},
 };
-
-bool Equal_In_Any_Case(std::string_view text, std::string_view word) {
-    return text.size() == word.size() && memcmpi(text.data(), word.data(), word.size()) == 0;
-}
 
 // Calls the function with each piece between commas, empty ones included, until it answers false.
 template <typename Function>
@@ -223,7 +219,7 @@ bool CompilerApplication::CommandLine_Warning_Flags(const char* list, char mask,
         else
             warning_flags[number] &= static_cast<char>(~mask);
     };
-    if (Equal_In_Any_Case(list, "all")) {
+    if (Same_Word(list, "all")) {
         for (int number = 0; number <= LAST_WARNING; ++number)
             apply(number);
         return true;
@@ -241,13 +237,13 @@ bool CompilerApplication::CommandLine_Warning_Flags(const char* list, char mask,
 
 bool CompilerApplication::CommandLine_Pedantic_Flags(const char* list, int is_error) {
     int& checks = is_error ? pedantic_error : pedantic_warn;
-    if (Equal_In_Any_Case(list, "all")) {
+    if (Same_Word(list, "all")) {
         checks = -1;
         return true;
     }
     return For_Each_Piece(list, [&](std::string_view piece) {
         for (const Pedantic_Keyword& keyword : pedantic_keywords) {
-            if (Equal_In_Any_Case(piece, keyword.word)) {
+            if (Same_Word(piece, keyword.word)) {
                 checks |= keyword.check;
                 return true;
             }

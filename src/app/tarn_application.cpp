@@ -1,9 +1,8 @@
 #include "app/tarn_application.h"
 
 #include "app/config.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 
-#include <cctype>
 #include <climits>
 #include <cstring>
 #include <mpdecimal.h>
@@ -46,10 +45,6 @@ time_t Deadline(Config* config, Config_Setting setting) {
 
 bool Is_Past(time_t deadline, long now) {
     return deadline > 0 && deadline < now;
-}
-
-bool Is_Space(char c) {
-    return std::isspace(static_cast<unsigned char>(c)) != 0;
 }
 
 const char* Skip_Spaces(const char* text) {

@@ -2,6 +2,8 @@
 #ifndef BACKEND_OUTPUT_H
 #define BACKEND_OUTPUT_H
 
+#include "core/text_words.h"
+
 #include <memory>
 
 // Bits of Output::flags(): how Write_Compressed treats white space. The lower bit wins.
@@ -47,8 +49,6 @@ class Output {
     virtual int Write_Compressed_Full(const char* text, int length);
 
   protected:
-    static bool Is_Space(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
-
     int flags_ = 0;         // Output_Compression bits
     int last_was_space = 1; // the byte written last was white space, or nothing was written yet
 };

@@ -245,7 +245,7 @@ void AttributeValue::Output_Expression(CompilerParser* parser, int store, int re
     case ATTREXPR_WHOLE_NAME:
         queue->Queue_Opcode(by_reference ? OPCODE_POPRN : store ? OPCODE_POPN : OPCODE_PUSHN, 0, 0);
         if (by_reference)
-            parser->Output_Version(1, FILE_VERSION_REFERENCES);
+            parser->Output_Version(file_version_major, FILE_VERSION_REFERENCES);
         break;
     case ATTREXPR_VARIABLE: queue->Queue_Opcode(OPCODE_PUSHN, 0, 0); break;
     case ATTREXPR_MEMBER: queue->Queue_Opcode(read_only ? OPCODE_MEMB_RO : OPCODE_MEMB, 0, 0); break;
@@ -262,7 +262,7 @@ void AttributeValue::Output_Literal(CompilerParser* parser, int store, int read_
     case ATTREXPR_WHOLE_NAME:
         queue->Queue_Variable_Instruction(store, ident, scope, member_ident, by_reference);
         if (by_reference)
-            parser->Output_Version(1, FILE_VERSION_REFERENCES);
+            parser->Output_Version(file_version_major, FILE_VERSION_REFERENCES);
         break;
     case ATTREXPR_VARIABLE: queue->Queue_Variable_Instruction(0, ident, scope, member_ident, 0); break;
     case ATTREXPR_MEMBER:

@@ -2,11 +2,10 @@
 
 #include "core/string_hash.h"
 #include "core/text_length.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 #include "image/dictionary.h"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
 
 namespace {
@@ -14,10 +13,6 @@ namespace {
 constexpr int local_bucket_bits = 8;
 constexpr int local_capacity = 64;
 constexpr int function_capacity = 64;
-
-bool Is_Space(char byte) {
-    return std::isspace(static_cast<unsigned char>(byte)) != 0;
-}
 
 // Adds one parameter as it is written, perhaps with "var" behind its name.
 void Add_Written_Parameter(Function& function, std::string_view written) {
