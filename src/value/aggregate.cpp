@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <cstdio>
 #include <vector>
 
 AggregateIndex::AggregateIndex() : number(-1) {
@@ -40,10 +39,8 @@ void AggregateIndex::Renumber(int n) {
 }
 
 AggregateIndex::operator String&() {
-    if (number >= 0 && !name.length()) {
-        char digits[16];
-        name.assign(digits, std::snprintf(digits, sizeof digits, "%d", number));
-    }
+    if (number >= 0 && !name.length())
+        name = String() + number;
     return name;
 }
 
