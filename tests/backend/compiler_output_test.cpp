@@ -2,6 +2,7 @@
 
 #include "files/unix_file_manager.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <fstream>
