@@ -4,9 +4,9 @@
 # and asks for root's rights by sudo only when it needs them.
 set -euo pipefail
 
-commands=(cmake ninja c++ pkg-config python3)
+commands=(cmake ninja make c++ pkg-config python3)
 libraries=(libmpdec gtest benchmark)
-packages=(cmake ninja-build g++ pkg-config python3 libgtest-dev libbenchmark-dev)
+packages=(cmake ninja-build make g++ pkg-config python3 libgtest-dev libbenchmark-dev)
 peer_commands=(doxygen openssl microsocks danted nginx)
 peer_libraries=(openssl)
 peer_packages=(doxygen openssl libssl-dev microsocks dante-server nginx-light)
