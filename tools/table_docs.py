@@ -73,10 +73,14 @@ def tags():
     text = (ROOT / "src/compiler/attribute_routes.cpp").read_text(encoding="utf-8")
     for tag, attribute in re.findall(r"\{Tag::(\w+), Attribute::(\w+),", text):
         routes.setdefault(tag, []).append("/".join(attributes[attribute]))
-    keys = {row[0]: c_text(row[2]) for row in rows("src/frontend/tags.def", "TAG")}
+    routes["Tarn"].append("the name of a tag and `_ERROR`")
+    keys = {row[0]: [f"`{c_text(row[2])}`"] for row in rows("src/frontend/tags.def", "TAG")}
+    for tag, key, *_ in rows("src/frontend/tags.def", "TAG_KEY"):
+        keys[tag].append(f"`{c_text(key)}`")
+    del keys["Expression"]  # the scanner knows the word, and the compiler refuses it
     lines = ["| Tag | Attributes |", "|---|---|"]
-    for tag, key in keys.items():
-        lines.append(f"| `{key}` | {', '.join(routes.get(tag, []))} |")
+    for tag, spellings in keys.items():
+        lines.append(f"| {'/'.join(spellings)} | {', '.join(routes.get(tag, []))} |")
     return lines
 
 

@@ -6,10 +6,7 @@ bool ElementWalk::Enter(AggregateElementTree* tree) {
     if (!entered.insert(tree).second)
         return false;
     auto elements = std::make_unique<List<AggregateElement>>(0);
-    if (order == ElementOrder::Of_Copies)
-        tree->AppendToList_For_Copy(*elements);
-    else
-        tree->AppendToList(*elements);
+    tree->AppendToList(*elements);
     elements->First();
     levels.push_back({tree, std::move(elements)});
     return true;
