@@ -1,10 +1,10 @@
 #ifndef CORE_STAT_HASH_TABLE_H
 #define CORE_STAT_HASH_TABLE_H
 
+#include "core/file_identity.h"
 #include "core/hash_table.h"
 
 #include <sys/stat.h>
-#include <tuple>
 
 // A table of files by identity, device and inode. It is searched with elements; no text is the key of any.
 
@@ -26,8 +26,7 @@ inline unsigned HashTable<struct stat>::hash(struct stat* e) const {
 
 template <>
 inline int HashTable<struct stat>::Compare(struct stat* a, struct stat* b) const {
-    const auto identity = [](const struct stat* file) { return std::tie(file->st_dev, file->st_ino); };
-    return identity(a) < identity(b) ? -1 : identity(b) < identity(a);
+    return Same_File(*a, *b) ? 0 : -1;
 }
 
 template <>

@@ -15,10 +15,10 @@ bool UNIXFileManager::Enter_Directory_Of(Tarn_PathType type, UNIXFilePath& path)
 
 File* UNIXFileManager::Open(Tarn_PathType type, const char* path, int mode) {
     const int flags = OpenMode(mode);
-    const int descriptor = OpenContained(type, path, flags);
-    if (descriptor < 0)
+    Descriptor opened(OpenContained(type, path, flags));
+    if (!opened)
         return nullptr;
-    return Enter(new UNIXFile(this, type, path_text(path), descriptor, flags), mode);
+    return Enter(new UNIXFile(this, type, path_text(path), std::move(opened), flags), mode);
 }
 
 bool UNIXFileManager::Delete(Tarn_PathType type, const char* path) {

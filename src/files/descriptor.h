@@ -2,6 +2,7 @@
 #define FILES_DESCRIPTOR_H
 
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,10 +25,36 @@ inline int open_path(const char* path, int flags, mode_t mode = 0) {
     return open(path, flags | O_CLOEXEC, mode);
 }
 
+// Makes a system call again as long as a signal breaks it off.
+template <class Call>
+auto uninterrupted(Call call) {
+    auto result = call();
+    while (result < 0 && errno == EINTR)
+        result = call();
+    return result;
+}
+
+// Reads until the buffer is full or nothing is left; answers the number of bytes, or -1.
+inline ssize_t read_all(int descriptor, char* buffer, size_t length) {
+    size_t filled = 0;
+    while (filled < length) {
+        const ssize_t count =
+            uninterrupted([&] { return read(descriptor, buffer + filled, length - filled); });
+        if (count < 0)
+            return -1;
+        if (count == 0)
+            break;
+        filled += static_cast<size_t>(count);
+    }
+    return static_cast<ssize_t>(filled);
+}
+
 // Answers whether all was written; errno tells why not, also behind a short write.
 inline bool write_all(int descriptor, const char* bytes, size_t length) {
     while (length > 0) {
-        const ssize_t written = write(descriptor, bytes, length);
+        const ssize_t written = uninterrupted([&] { return write(descriptor, bytes, length); });
+        if (written == 0)
+            errno = EIO;
         if (written <= 0)
             return false;
         bytes += written;
@@ -45,8 +72,11 @@ inline off_t length_of(const struct stat& status) {
 class Descriptor {
   public:
     explicit Descriptor(int fd) : fd(fd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
+    Descriptor(Descriptor&& other) noexcept : fd(other.Release()) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(fd, other.fd);
+        return *this;
+    }
     ~Descriptor() {
         const int saved = errno;
         (void)Close(); // nobody is left to hear of it

@@ -2,20 +2,29 @@
 
 #include "files/file_manager.h"
 
-#include <cstdlib>
 #include <cstring>
+#include <new>
+
+namespace {
+
+char* copied_path(const char* path) {
+    if (char* const copy = strdup(path))
+        return copy;
+    throw std::bad_alloc();
+}
+
+} // namespace
 
 File::File(FileManager* manager, const char* path)
-    : manager(manager), contained(0), path_type(Tarn_PathType_Data), path(strdup(path)) {
+    : manager(manager), contained(0), path_type(Tarn_PathType_Data), path(copied_path(path)) {
 }
 
 File::File(FileManager* manager, Tarn_PathType type, const char* path)
-    : manager(manager), contained(1), path_type(type), path(strdup(path)) {
+    : manager(manager), contained(1), path_type(type), path(copied_path(path)) {
 }
 
 File::~File() {
     manager->FileClosed(this);
-    free(path);
 }
 
 void File::Error(const String& text) {

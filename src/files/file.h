@@ -4,6 +4,10 @@
 #include "core/string.h"
 #include "files/path_type.h"
 
+#include <cstdlib>
+#include <memory>
+#include <sys/stat.h>
+
 class FileManager;
 
 // An open file. Only a FileManager makes one; whoever opened it deletes it, before the manager goes. The
@@ -46,8 +50,9 @@ class File {
     virtual const char* Map(long offset, long length) = 0;
     virtual void Release() = 0;
 
-    // Closes the descriptor and remembers the position; opens it again there. A file that already is as asked
-    // for is left alone. Activate keeps the text of its failure in error only.
+    // Opens the file again where it stood; closes the descriptor and remembers the position. A file that
+    // already is as asked for is left alone. Activate keeps the text of its failure in error only. Deactivate
+    // closes in any case; it fails when the system tells late that something written is lost.
     virtual bool Activate(String& error) = 0;
     virtual bool Deactivate() = 0;
 
@@ -55,19 +60,26 @@ class File {
     virtual void Error(const String& text);
     virtual const String& error() const;
 
+    // What the system tells of the open file: its kind, device and inode, and so on.
+    virtual bool Stat(struct stat* status) = 0;
+
     long Write(const String& text);
     long Read(unsigned char* buffer, unsigned long length);
     long Write(const unsigned char* text, unsigned long length);
 
   protected:
+    struct Free {
+        void operator()(void* memory) const { free(memory); }
+    };
+
     // The path is copied.
     File(FileManager* manager, const char* path);
     File(FileManager* manager, Tarn_PathType type, const char* path);
 
     FileManager* manager;
-    int contained;           // opened below a root, by path_type
-    Tarn_PathType path_type; // counts only when contained
-    char* path;              // as given, from strdup
+    int contained;                    // opened below a root, by path_type
+    Tarn_PathType path_type;          // counts only when contained
+    std::unique_ptr<char, Free> path; // as given, from strdup
     String error_;
 };
 

@@ -42,10 +42,10 @@ File* UNIXFileManager::MakeTemporary(const char* base, char** name, int mode) {
         return nullptr;
     const int flags = OpenMode(mode | temporary_mode);
     String path;
-    const int descriptor = Open_Numbered(path_text(base), flags, &path);
-    if (descriptor < 0)
+    Descriptor opened(Open_Numbered(path_text(base), flags, &path));
+    if (!opened)
         return nullptr;
-    File* const file = Enter(new UNIXFile(this, path.text(), descriptor, flags), mode);
+    File* const file = Enter(new UNIXFile(this, path.text(), std::move(opened), flags), mode);
     *name = path.release(nullptr, nullptr);
     return file;
 }
@@ -62,11 +62,11 @@ File* UNIXFileManager::MakeTemporary(Tarn_PathType type, const char* directory, 
         return nullptr;
     const int flags = OpenMode(mode | temporary_mode);
     String path;
-    const int descriptor = Open_Numbered(prefix, flags, &path);
-    if (descriptor < 0)
+    Descriptor opened(Open_Numbered(prefix, flags, &path));
+    if (!opened)
         return nullptr;
     path = directory_part(directory) + path;
-    File* const file = Enter(new UNIXFile(this, type, path.text(), descriptor, flags), mode);
+    File* const file = Enter(new UNIXFile(this, type, path.text(), std::move(opened), flags), mode);
     *name = path.release(nullptr, nullptr);
     return file;
 }

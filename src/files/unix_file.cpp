@@ -13,23 +13,22 @@ constexpr int first_open_flags = O_CREAT | O_EXCL | O_TRUNC;
 
 } // namespace
 
-UNIXFile::UNIXFile(UNIXFileManager* manager, const char* path, int descriptor, int flags)
-    : File(manager, path), descriptor(descriptor), open_flags(flags & ~first_open_flags) {
+UNIXFile::UNIXFile(UNIXFileManager* manager, const char* path, Descriptor opened, int flags)
+    : File(manager, path), descriptor(std::move(opened)), open_flags(flags & ~first_open_flags) {
 }
 
-UNIXFile::UNIXFile(UNIXFileManager* manager, Tarn_PathType type, const char* path, int descriptor, int flags)
-    : File(manager, type, path), descriptor(descriptor), open_flags(flags & ~first_open_flags) {
+UNIXFile::UNIXFile(UNIXFileManager* manager, Tarn_PathType type, const char* path, Descriptor opened,
+                   int flags)
+    : File(manager, type, path), descriptor(std::move(opened)), open_flags(flags & ~first_open_flags) {
 }
 
 UNIXFile::~UNIXFile() {
     Release();
-    if (descriptor >= 0)
-        close(descriptor);
 }
 
 // Every operation begins with this one, which brings a parked file back.
 bool UNIXFile::Ready() {
-    if (descriptor >= 0 || manager->ActivateFile(this))
+    if (descriptor || manager->ActivateFile(this))
         return true;
     Error(manager->error());
     return false;
@@ -41,7 +40,7 @@ bool UNIXFile::Fail_System() {
 }
 
 bool UNIXFile::Stat(struct stat* status) {
-    return Ready() && (fstat(descriptor, status) == 0 || Fail_System());
+    return Ready() && (fstat(descriptor.get(), status) == 0 || Fail_System());
 }
 
 bool UNIXFile::OwnerID(int* id) {
@@ -67,19 +66,19 @@ long UNIXFile::Answer(long result) {
 }
 
 long UNIXFile::Read(char* buffer, unsigned long length) {
-    return Ready() ? Answer(read(descriptor, buffer, length)) : -1;
+    return Ready() ? Answer(uninterrupted([&] { return read(descriptor.get(), buffer, length); })) : -1;
 }
 
 long UNIXFile::Write(const char* text, unsigned long length) {
-    return Ready() ? Answer(write(descriptor, text, length)) : -1;
+    return Ready() ? Answer(uninterrupted([&] { return write(descriptor.get(), text, length); })) : -1;
 }
 
 long UNIXFile::Seek(long position) {
-    return Ready() ? Answer(lseek(descriptor, position, SEEK_SET)) : -1;
+    return Ready() ? Answer(lseek(descriptor.get(), position, SEEK_SET)) : -1;
 }
 
 long UNIXFile::Tell() {
-    return Ready() ? Answer(lseek(descriptor, 0, SEEK_CUR)) : -1;
+    return Ready() ? Answer(lseek(descriptor.get(), 0, SEEK_CUR)) : -1;
 }
 
 long UNIXFile::Length() {
@@ -109,10 +108,7 @@ bool UNIXFile::Range_Lock(short type, long start, unsigned long length) {
     range.l_whence = SEEK_SET;
     range.l_start = start;
     range.l_len = static_cast<off_t>(length);
-    while (fcntl(descriptor, F_OFD_SETLKW, &range) != 0)
-        if (errno != EINTR)
-            return Fail_System();
-    return true;
+    return uninterrupted([&] { return fcntl(descriptor.get(), F_OFD_SETLKW, &range); }) == 0 || Fail_System();
 }
 
 bool UNIXFile::Lock(FileLockType type, long start, unsigned long length) {
@@ -135,7 +131,7 @@ const char* UNIXFile::Map(long offset, long length) {
         return nullptr;
     }
     const auto size = static_cast<size_t>(length);
-    void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor, offset);
+    void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor.get(), offset);
     if (address == MAP_FAILED) {
         Fail_System();
         return nullptr;
@@ -153,7 +149,7 @@ void UNIXFile::Release() {
 }
 
 bool UNIXFile::Activate(String& error) {
-    if (descriptor >= 0)
+    if (descriptor)
         return true;
     Descriptor opened(Reopen(error));
     if (!opened)
@@ -162,29 +158,28 @@ bool UNIXFile::Activate(String& error) {
         error = "Unable to restore file position during activation";
         return false;
     }
-    descriptor = opened.Release();
+    descriptor = std::move(opened);
     return true;
 }
 
 int UNIXFile::Reopen(String& error) {
     if (contained) {
-        const int opened = static_cast<UNIXFileManager*>(manager)->OpenContained(path_type, path, open_flags);
+        const int opened =
+            static_cast<UNIXFileManager*>(manager)->OpenContained(path_type, path.get(), open_flags);
         if (opened < 0)
             error = manager->error();
         return opened;
     }
-    const int opened = open_path(path, open_flags);
+    const int opened = open_path(path.get(), open_flags);
     if (opened < 0)
         error = manager->lasterror();
     return opened;
 }
 
 bool UNIXFile::Deactivate() {
-    if (descriptor < 0)
+    if (!descriptor)
         return true;
-    const off_t here = lseek(descriptor, 0, SEEK_CUR);
+    const off_t here = lseek(descriptor.get(), 0, SEEK_CUR);
     position = here < 0 ? 0 : here;
-    close(descriptor);
-    descriptor = -1;
-    return true;
+    return descriptor.Close() || Fail_System();
 }

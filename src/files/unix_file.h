@@ -1,6 +1,7 @@
 #ifndef FILES_UNIX_FILE_H
 #define FILES_UNIX_FILE_H
 
+#include "files/descriptor.h"
 #include "files/file.h"
 
 #include <cstddef>
@@ -30,6 +31,7 @@ class UNIXFile : public File {
     bool Activate(String& error) override;
     // A file that has no position comes back at 0.
     bool Deactivate() override;
+    bool Stat(struct stat* status) override;
 
     using File::Read;
     using File::Write;
@@ -38,17 +40,16 @@ class UNIXFile : public File {
     friend class UNIXFileManager;
 
     // Both take over the descriptor, which was opened with the flags.
-    UNIXFile(UNIXFileManager* manager, const char* path, int descriptor, int flags);
-    UNIXFile(UNIXFileManager* manager, Tarn_PathType type, const char* path, int descriptor, int flags);
+    UNIXFile(UNIXFileManager* manager, const char* path, Descriptor opened, int flags);
+    UNIXFile(UNIXFileManager* manager, Tarn_PathType type, const char* path, Descriptor opened, int flags);
 
     bool Ready();
     long Answer(long result); // of a system call, whose failure is stored
     bool Fail_System();
-    bool Stat(struct stat* status);
     bool Range_Lock(short type, long start, unsigned long length);
     int Reopen(String& error);
 
-    int descriptor; // -1 while parked
+    Descriptor descriptor; // -1 while parked
     void* mapping = nullptr;
     size_t mapping_length = 0;
     int open_flags;     // for reopening: nothing is created or truncated again

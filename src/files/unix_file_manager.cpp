@@ -1,5 +1,6 @@
 #include "files/unix_file_manager.h"
 
+#include "core/file_identity.h"
 #include "files/descriptor.h"
 #include "files/unix_file.h"
 #include "files/unix_file_path.h"
@@ -14,7 +15,7 @@ namespace {
 bool copy_bytes(int source, int target) {
     char buffer[8192];
     ssize_t length;
-    while ((length = read(source, buffer, sizeof buffer)) > 0)
+    while ((length = uninterrupted([&] { return read(source, buffer, sizeof buffer); })) > 0)
         if (!write_all(target, buffer, static_cast<size_t>(length)))
             return false;
     return length == 0;
@@ -57,12 +58,10 @@ File* UNIXFileManager::Open(const char* path, int mode) {
     if (!FreeFileSpace(1))
         return nullptr;
     const int flags = OpenMode(mode);
-    const int descriptor = open_path(path_text(path), flags, new_file_mode);
-    if (descriptor < 0) {
-        Fail_System();
-        return nullptr;
-    }
-    return Enter(new UNIXFile(this, path_text(path), descriptor, flags), mode);
+    Descriptor opened(open_path(path_text(path), flags, new_file_mode));
+    if (!opened)
+        return Fail_System(), nullptr;
+    return Enter(new UNIXFile(this, path_text(path), std::move(opened), flags), mode);
 }
 
 bool UNIXFileManager::Answer(int result) {
@@ -171,7 +170,7 @@ UNIXFileManager::Copied UNIXFileManager::Copy_Opened(int source, Descriptor& tar
     struct stat from, to;
     if (fstat(source, &from) != 0 || fstat(target.get(), &to) != 0)
         return Fail_System(), Copied::No;
-    if (from.st_dev == to.st_dev && from.st_ino == to.st_ino)
+    if (Same_File(from, to))
         return Copied::Same_File;
     const bool empty = !S_ISREG(to.st_mode) || ftruncate(target.get(), 0) == 0;
     if (!empty || !copy_bytes(source, target.get()) || !target.Close())

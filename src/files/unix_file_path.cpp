@@ -30,7 +30,7 @@ UNIXFilePath::UNIXFilePath(const char* path) : UNIXFilePath(tarn_strdup(path ? p
 }
 
 UNIXFilePath::UNIXFilePath(char* path, bool copy)
-    : text(copy ? tarn_strdup(path) : path), length(checked_length(text)) {
+    : text(copy ? tarn_strdup(path) : path), length(checked_length(text.get())) {
     Parse();
 }
 
@@ -42,44 +42,36 @@ UNIXFilePath::UNIXFilePath(UNIXFilePath& other)
     : UNIXFilePath(other.Collapsed_Path(nullptr, nullptr), false) {
 }
 
-UNIXFilePath::~UNIXFilePath() {
-    delete[] text;
-    delete[] offsets;
-    delete[] collapsed;
-}
-
 void UNIXFilePath::Parse() {
-    delete[] offsets;
-    delete[] collapsed;
-    collapsed = nullptr;
+    collapsed.reset();
     collapsed_count = 0;
-    absolute = *text == '/';
+    absolute = text[0] == '/';
 
     // No two elements begin closer than two bytes.
-    offsets = new int[strlen(text) / 2 + 1];
+    offsets = std::make_unique<int[]>(strlen(text.get()) / 2 + 1);
     offsets[0] = 0;
     element_count = 1;
-    for (char* slash = strchr(text, '/'); slash; slash = strchr(slash, '/')) {
+    for (char* slash = strchr(text.get(), '/'); slash; slash = strchr(slash, '/')) {
         char* const element = slash + strspn(slash, "/");
         if (!*element) {
             *slash = '\0';
             break;
         }
-        offsets[element_count++] = static_cast<int>(element - text);
+        offsets[element_count++] = static_cast<int>(element - text.get());
         slash = element;
     }
 }
 
 // Where the element ends: at a slash, at the NUL that Element or Span put there, or at the end of the text.
 char* UNIXFilePath::End(int index) const {
-    char* const element = text + offsets[index];
+    char* const element = &text[offsets[index]];
     return element + strcspn(element, "/");
 }
 
 std::string_view UNIXFilePath::Name(int index) const {
     if (absolute && index == 0)
         return "/";
-    const char* const element = text + offsets[index];
+    const char* const element = &text[offsets[index]];
     return {element, static_cast<size_t>(End(index) - element)};
 }
 
@@ -88,8 +80,7 @@ std::string_view UNIXFilePath::Last_Name() {
 }
 
 void UNIXFilePath::Collapse() {
-    delete[] collapsed;
-    collapsed = new int[static_cast<size_t>(element_count)];
+    collapsed = std::make_unique<int[]>(static_cast<size_t>(element_count));
     collapsed_count = 0;
     for (int i = 0; i < element_count; i++) {
         if (Name(i) == ".")
@@ -120,7 +111,7 @@ const char* UNIXFilePath::Span(int first, int last) {
     for (int i = first; i < last; i++)
         *End(i) = '/';
     *End(last) = '\0';
-    return text + offsets[first];
+    return &text[offsets[first]];
 }
 
 bool UNIXFilePath::Begins_Like(UNIXFilePath& other, int count) {
@@ -179,9 +170,8 @@ char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
 
 void UNIXFilePath::Release() {
     (void)Whole(); // takes the NULs back
-    delete[] offsets;
-    delete[] collapsed;
-    offsets = collapsed = nullptr;
+    offsets.reset();
+    collapsed.reset();
     element_count = collapsed_count = 0;
-    text = nullptr;
+    (void)text.release();
 }

@@ -1,6 +1,7 @@
 #ifndef FILES_UNIX_FILE_PATH_H
 #define FILES_UNIX_FILE_PATH_H
 
+#include <memory>
 #include <string_view>
 
 // A path held as one text and cut into elements in place. An absolute path has the root as its element 0 and
@@ -23,7 +24,6 @@ class UNIXFilePath {
     // The other's collapsed path.
     UNIXFilePath(UNIXFilePath& other);
     UNIXFilePath& operator=(const UNIXFilePath&) = delete;
-    ~UNIXFilePath();
 
     void Parse();
     void Collapse();
@@ -56,13 +56,13 @@ class UNIXFilePath {
     int Collapsed_Count();
     bool Begins_Like(UNIXFilePath& other, int count);
 
-    char* text;
+    std::unique_ptr<char[]> text;
     int length; // as constructed, ahead of any trimming
     int element_count = 0;
-    int* offsets = nullptr; // of each element in text
+    std::unique_ptr<int[]> offsets; // of each element in text
     bool absolute = false;
     int collapsed_count = 0;
-    int* collapsed = nullptr; // elements that survive collapsing; null until first needed
+    std::unique_ptr<int[]> collapsed; // elements that survive collapsing; null until first needed
 };
 
 #endif
