@@ -2,6 +2,7 @@
 // where the process has arrived. All that comes after works on bare names in the current directory.
 
 #include "files/descriptor.h"
+#include "files/opened_name.h"
 #include "files/unix_file_manager.h"
 #include "files/unix_file_path.h"
 
@@ -29,19 +30,26 @@ std::unique_ptr<UNIXFilePath> current_directory() {
     return std::make_unique<UNIXFilePath>(text.release(), false);
 }
 
-// Enters the elements of a path one by one. A plain directory has one owner, however it is looked at; a link
-// may have another than what it leads to.
+// Enters a directory or what a link leads to, which must have the owner of the link.
+int enter_with_owner_check(const Opened_Name& element) {
+    if (!element)
+        return REALIZE_NOT_ENTERED;
+    if (!element.Is_Link())
+        return element.Enter() ? REALIZE_RESOLVED : REALIZE_NOT_ENTERED;
+    struct stat entered;
+    if (chdir(element.Target()) != 0 || stat(".", &entered) != 0)
+        return REALIZE_NOT_ENTERED;
+    return entered.st_uid == element.Owner() ? REALIZE_RESOLVED : REALIZE_OTHER_OWNER;
+}
+
 int enter_with_owner_checks(UNIXFilePath& path) {
     if (chdir(path.Element(0)) != 0)
         return REALIZE_NOT_ENTERED;
-    for (int i = 1; const char* element = path.Element(i); i++) {
-        struct stat seen, entered;
-        if (lstat(element, &seen) != 0 || chdir(element) != 0 || stat(".", &entered) != 0)
-            return REALIZE_NOT_ENTERED;
-        if (seen.st_uid != entered.st_uid)
-            return REALIZE_OTHER_OWNER;
-    }
-    return REALIZE_RESOLVED;
+    int status = REALIZE_RESOLVED;
+    for (int i = 1; const char* element = path.Element(i); i++)
+        if (status = enter_with_owner_check(Opened_Name(element)); status != REALIZE_RESOLVED)
+            break;
+    return status;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include "app/config.h"
 #include "app/tarn_application.h"
+#include "core/file_identity.h"
 #include "core/md5.h"
 #include "files/descriptor.h"
 #include "files/unix_file_manager.h"
@@ -66,10 +67,6 @@ std::string lock_content(TarnApplication& application) {
            application.lockhostname();
 }
 
-bool same_file(const struct stat& a, const struct stat& b) {
-    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
 // For judging a lock file and then locking it: a shared file system grants that lock to writers only.
 int open_lock_file(const char* path, int flags) {
     const int opened = open_path(path, O_RDWR | flags);
@@ -80,7 +77,7 @@ int open_lock_file(const char* path, int flags) {
 bool remove_lock_file(const char* path, int descriptor) {
     struct stat judged, found;
     return flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &judged) == 0 &&
-           stat(path, &found) == 0 && same_file(judged, found) && unlink(path) == 0;
+           stat(path, &found) == 0 && Same_File(judged, found) && unlink(path) == 0;
 }
 
 void wait_for_next_pass(TarnApplication& application) {
@@ -114,11 +111,12 @@ int UNIXFileManager::Take_Lock(const char* path, int flags) {
 }
 
 bool UNIXFileManager::Write_Lock_File(const char* path, struct stat* status) {
-    const Descriptor opened(open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, lock_file_mode));
+    Descriptor opened(open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, lock_file_mode));
     if (!opened && errno == EEXIST)
         return Fail_System(); // it isn't ours, and stays
     const std::string content = lock_content(*application);
-    if (opened && write_all(opened.get(), content.data(), content.size()) && fstat(opened.get(), status) == 0)
+    if (opened && write_all(opened.get(), content.data(), content.size()) &&
+        fstat(opened.get(), status) == 0 && opened.Close())
         return true;
     Fail_System();
     unlink(path);
@@ -130,23 +128,30 @@ int UNIXFileManager::Wait_For_Lock(const char* temporary, const struct stat& wri
     for (;;) {
         if (application->cancelled())
             return Fail("Timed out waiting for lock"), FILE_LOCK_CANCELLED;
-        if (link(temporary, path) != 0 && errno != EEXIST)
+        // A lock is as old as its holding, not as the wait for it.
+        if (utime(temporary, nullptr) != 0 || (link(temporary, path) != 0 && errno != EEXIST))
             return Fail_System(), FILE_LOCK_FAILED;
         struct stat found;
         if (lstat(path, &found) != 0)
             continue; // it went away in between
         // Only this tells who has it: over a network a link may be made and yet be reported as failed.
-        if (same_file(found, written))
+        if (Same_File(found, written))
             return FILE_LOCK_HELD;
 
-        const Descriptor opened(open_lock_file(path, O_NONBLOCK | flags));
-        const int state = Judge_Lock(path, opened.get());
-        if (state == FILE_LOCK_OWN)
+        bool broken;
+        if (Judge_And_Break_Lock(path, flags, &broken) == FILE_LOCK_OWN)
             return Fail("Possible deadlock detected"), FILE_LOCK_DEADLOCK;
-        if (state == FILE_LOCK_STALE && remove_lock_file(path, opened.get()))
-            continue;
-        wait_for_next_pass(*application);
+        if (!broken)
+            wait_for_next_pass(*application);
     }
+}
+
+// The descriptor, and with it what keeps others from removing the lock file, is gone before anyone waits.
+int UNIXFileManager::Judge_And_Break_Lock(const char* path, int flags, bool* broken) {
+    const Descriptor opened(open_lock_file(path, O_NONBLOCK | flags));
+    const int state = Judge_Lock(path, opened.get());
+    *broken = state == FILE_LOCK_STALE && remove_lock_file(path, opened.get());
+    return state;
 }
 
 int UNIXFileManager::Lock_Valid(const char* path) {
@@ -168,7 +173,7 @@ int UNIXFileManager::Open_And_Judge_Lock(const char* path, int flags) {
 
 int UNIXFileManager::Judge_Lock(const char* path, int descriptor) {
     char content[lock_content_size];
-    const ssize_t length = descriptor < 0 ? -1 : read(descriptor, content, sizeof content - 1);
+    const ssize_t length = descriptor < 0 ? -1 : read_all(descriptor, content, sizeof content - 1);
     if (length < 0)
         return Fail_System(), FILE_LOCK_UNREADABLE;
     content[length] = '\0';

@@ -3,6 +3,7 @@
 
 #include "core/stat_hash_table.h"
 #include "files/descriptor.h"
+#include "files/opened_name.h"
 #include "files/unix_file_manager.h"
 #include "files/unix_file_path.h"
 
@@ -16,7 +17,13 @@ constexpr char recursive_failure[] = "The specified path references a recursive 
 constexpr char owner_failure[] =
     "The specified path references a symbolic link to a directory or file owned by a different user";
 
-constexpr size_t target_size = 4096;
+// Empties what was opened, also for reading alone: such a descriptor can't be cut, but the file behind it
+// can.
+bool empty_file(int descriptor, int flags) {
+    if ((flags & O_ACCMODE) != O_RDONLY)
+        return ftruncate(descriptor, 0) == 0;
+    return truncate(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), 0) == 0;
+}
 
 } // namespace
 
@@ -28,9 +35,8 @@ struct UNIXFileManager::Link_Walk {
     std::string name;                           // in it
     HashTable<struct stat> seen{1, 1, 12, 512}; // what the links so far lead to
 
-    // Of an opening
     uid_t owner = 0;       // everything on the way must have it, where owners count
-    bool creating = false; // the file wasn't there
+    bool creating = false; // of an opening: the file wasn't there
 };
 
 bool UNIXFileManager::Begin_Walk(Tarn_PathType type, const char* path, Link_Walk* walk) {
@@ -44,14 +50,13 @@ bool UNIXFileManager::Begin_Walk(Tarn_PathType type, const char* path, Link_Walk
     return true;
 }
 
-// Takes one step along a link with this text, whose target must have this owner where owners count.
-bool UNIXFileManager::Follow(Link_Walk* walk, uid_t owner, const char* target,
-                             const struct stat& target_status) {
+// Takes one step along a link with this text.
+bool UNIXFileManager::Follow(Link_Walk* walk, const char* target, const struct stat& target_status) {
     auto reached = std::make_unique<struct stat>(target_status);
     if (walk->seen.Find(reached.get()))
         return Fail(recursive_failure);
     walk->seen.Insert(reached.release());
-    if (!walk->settings.allow_other_owner && owner != target_status.st_uid)
+    if (!walk->settings.allow_other_owner && walk->owner != target_status.st_uid)
         return Fail(owner_failure);
     if (!strchr(target, '/')) {
         walk->name = target;
@@ -74,23 +79,22 @@ bool UNIXFileManager::Exists(Tarn_PathType type, const char* path, bool* exists)
     Link_Walk walk;
     if (!Begin_Walk(type, path, &walk))
         return false;
-    struct stat status;
-    if (lstat(walk.name.c_str(), &status) != 0)
-        return errno == ENOENT;
-    while (S_ISLNK(status.st_mode)) {
+    for (;;) {
+        const Opened_Name found(walk.name.c_str());
+        if (!found)
+            return errno == ENOENT;
+        if (walk.Judges_Owner() && walk.seen.Entries() != 0 && found.Owner() != walk.owner)
+            return Fail(owner_failure);
+        if (!found.Is_Link())
+            break;
         if (!walk.settings.allow_links)
             return Fail_Realize(REALIZE_LINK);
-        char target[target_size];
         struct stat target_status;
-        const ssize_t length = readlink(walk.name.c_str(), target, target_size - 1);
-        if (length < 0)
+        if (lstat(found.Target(), &target_status) != 0)
             return errno == ENOENT;
-        target[length] = '\0';
-        if (lstat(target, &target_status) != 0)
-            return errno == ENOENT;
-        if (!Follow(&walk, status.st_uid, target, target_status))
+        walk.owner = found.Owner();
+        if (!Follow(&walk, found.Target(), target_status))
             return false;
-        status = target_status;
     }
     *exists = true;
     return true;
@@ -105,14 +109,12 @@ int UNIXFileManager::Open_Contained(Tarn_PathType type, const char* path, int fl
     if (!Begin_Walk(type, path, &walk) || !Look(&walk, flags))
         return -1;
     // What the check behind the opening may still refuse isn't emptied by the opening.
-    const bool truncate_late = walk.Judges_Owner() && flags & O_TRUNC && (flags & O_ACCMODE) != O_RDONLY;
-    if (truncate_late)
-        flags &= ~O_TRUNC;
+    const int late_flags = walk.Judges_Owner() ? O_TRUNC : 0;
     for (;;) {
-        Descriptor opened(
-            open_path(walk.name.c_str(), flags | O_NOFOLLOW | (walk.creating ? O_EXCL : 0), mode));
+        const int added_flags = O_NOFOLLOW | (walk.creating ? O_EXCL : 0);
+        Descriptor opened(open_path(walk.name.c_str(), (flags & ~late_flags) | added_flags, mode));
         if (opened)
-            return Check_Opened(walk, opened.get(), truncate_late) ? opened.Release() : -1;
+            return Check_Opened(walk, opened.get(), flags) ? opened.Release() : -1;
         if (errno == EEXIST && walk.creating && !(flags & O_EXCL)) { // made by someone else meanwhile
             if (!Look(&walk, flags))
                 return -1;
@@ -137,35 +139,31 @@ bool UNIXFileManager::Look(Link_Walk* walk, int flags) {
     return walk->creating || Fail_System();
 }
 
-// The opening met a link. Its owner and its text are read from one descriptor: the name may lead elsewhere by
-// now.
+// The opening met a link, though something else may stand there again: then it is opened anew.
 bool UNIXFileManager::Follow_Found_Link(Link_Walk* walk) {
     if (!walk->settings.allow_links)
         return Fail_Realize(REALIZE_LINK);
-    const Descriptor link(open_path(walk->name.c_str(), O_PATH | O_NOFOLLOW));
-    struct stat link_status, target_status;
-    if (!link || fstat(link.get(), &link_status) != 0)
+    const Opened_Name found(walk->name.c_str());
+    if (!found)
         return Fail_System();
-    char target[target_size];
-    const ssize_t length = readlinkat(link.get(), "", target, target_size - 1);
-    if (length < 0)
+    if (!found.Is_Link())
+        return true;
+    struct stat target_status;
+    if (lstat(found.Target(), &target_status) != 0)
         return Fail_System();
-    target[length] = '\0';
-    if (lstat(target, &target_status) != 0)
-        return Fail_System();
-    if (walk->Judges_Owner() && link_status.st_uid != walk->owner)
+    if (walk->Judges_Owner() && found.Owner() != walk->owner)
         return Fail(owner_failure);
-    return Follow(walk, walk->owner, target, target_status);
+    return Follow(walk, found.Target(), target_status);
 }
 
-bool UNIXFileManager::Check_Opened(const Link_Walk& walk, int descriptor, bool truncate) {
-    if (walk.Judges_Owner() && !walk.creating) {
-        struct stat status;
-        if (fstat(descriptor, &status) != 0)
-            return Fail_System();
-        if (status.st_uid != walk.owner)
-            return Fail(owner_failure);
-        truncate = truncate && S_ISREG(status.st_mode);
-    }
-    return !truncate || Answer(ftruncate(descriptor, 0));
+// Where owners count, the opening itself has emptied nothing.
+bool UNIXFileManager::Check_Opened(const Link_Walk& walk, int descriptor, int flags) {
+    if (!walk.Judges_Owner() || walk.creating)
+        return true;
+    struct stat status;
+    if (fstat(descriptor, &status) != 0)
+        return Fail_System();
+    if (status.st_uid != walk.owner)
+        return Fail(owner_failure);
+    return !(flags & O_TRUNC) || !S_ISREG(status.st_mode) || empty_file(descriptor, flags) || Fail_System();
 }

@@ -37,15 +37,14 @@ UNIXFileManager::UNIXFileManager(TarnApplication* application, UNIXFileManager& 
 }
 
 UNIXFileManager::~UNIXFileManager() {
-    for (const Root& root : {script, data, temp}) {
-        delete root.path;
-        if (root.descriptor >= 0)
-            close(root.descriptor);
-    }
+    for (const int descriptor : {script.descriptor, data.descriptor, temp.descriptor})
+        if (descriptor >= 0)
+            close(descriptor);
 }
 
 UNIXFileManager::Root UNIXFileManager::Duplicate(const Root& root) {
-    return {root.path ? new UNIXFilePath(*root.path) : nullptr, fcntl(root.descriptor, F_DUPFD_CLOEXEC, 0)};
+    return {root.path ? std::make_unique<UNIXFilePath>(*root.path) : nullptr,
+            fcntl(root.descriptor, F_DUPFD_CLOEXEC, 0)};
 }
 
 UNIXFileManager::Root* UNIXFileManager::Root_Of(Tarn_PathType type) {
@@ -83,8 +82,7 @@ bool UNIXFileManager::Initialize_Root(Tarn_PathType type, const char* path, cons
         subject += String(" for '") + label + "'";
 
     Root& root = *Root_Of(type);
-    delete root.path;
-    root.path = nullptr;
+    root.path.reset();
     if (!path || *path != '/')
         return Fail(subject + " is not an absolute path");
 
@@ -99,7 +97,7 @@ bool UNIXFileManager::Initialize_Root(Tarn_PathType type, const char* path, cons
         return Fail_System();
     if (status != REALIZE_RESOLVED)
         return Fail(subject + setup_failures[status]);
-    root.path = holder.release();
+    root.path = std::move(holder);
     return true;
 }
 
@@ -113,7 +111,7 @@ bool UNIXFileManager::ContainedPathSettings(Tarn_PathType type, _UNIXContainedPa
     if (!root->path)
         return Fail(String("There is no configured ") + policy.name + " directory");
     settings->directory_fd = root->descriptor;
-    settings->root = root->path;
+    settings->root = root->path.get();
     settings->allow_links = security_options & policy.links;
     settings->allow_other_owner = security_options & policy.other_owner;
     settings->allow_absolute = security_options & policy.absolute;

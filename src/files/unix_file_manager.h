@@ -3,6 +3,7 @@
 
 #include "files/file_manager.h"
 
+#include <memory>
 #include <sys/stat.h>
 
 class Descriptor;
@@ -124,7 +125,7 @@ class UNIXFileManager : public FileManager {
   private:
     // The path is the root's real path, null until it is configured.
     struct Root {
-        UNIXFilePath* path = nullptr;
+        std::unique_ptr<UNIXFilePath> path;
         int descriptor = -1;
     };
 
@@ -149,8 +150,8 @@ class UNIXFileManager : public FileManager {
     // The look at a path's last name ahead of opening it; at its link, once it was found to be one.
     bool Look(Link_Walk* walk, int flags);
     bool Follow_Found_Link(Link_Walk* walk);
-    bool Follow(Link_Walk* walk, uid_t owner, const char* target, const struct stat& target_status);
-    bool Check_Opened(const Link_Walk& walk, int descriptor, bool truncate);
+    bool Follow(Link_Walk* walk, const char* target, const struct stat& target_status);
+    bool Check_Opened(const Link_Walk& walk, int descriptor, int flags);
 
     // Opens a new file with the first number behind the base that is free.
     int Open_Numbered(const String& base, int flags, String* name);
@@ -165,6 +166,8 @@ class UNIXFileManager : public FileManager {
     int Open_And_Judge_Lock(const char* path, int flags);
     // Of what opening the lock file gave.
     int Judge_Lock(const char* path, int descriptor);
+    // Judges the lock that stands in the way, and removes it when it is stale.
+    int Judge_And_Break_Lock(const char* path, int flags, bool* broken);
 
     bool Check_Copy_Source(int source);
     Copied Copy_Opened(int source, Descriptor& target);
