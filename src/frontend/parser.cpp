@@ -137,7 +137,15 @@ void Parser::End_Of_Text(Scan& scan) {
         state = STATE_DONE;
 }
 
+// What is pending is a slice of the file that is left, and goes with it: an error may have left the tag of the
+// include open, so that another tag, whose text is pending, ended it.
+void Parser::Drop_Pending() {
+    pending_text = value_text = nullptr;
+    pending_length = value_length = 0;
+}
+
 void Parser::Enter_Included_File(Tokenizer* included) {
+    Drop_Pending();
     suspended_names.emplace(tokenizer->filename.view());
     tokenizer_stack.Push(tokenizer);
     tokenizer->File_Deactivate();
@@ -150,6 +158,7 @@ bool Parser::Is_Suspended(const String& name) const {
 
 // Goes on behind the include. A file that can't be had back has no text, so that its end comes next.
 void Parser::Return_To_Including_File(Scan& scan) {
+    Drop_Pending();
     delete tokenizer;
     tokenizer = tokenizer_stack.Pop();
     suspended_names.erase(suspended_names.find(std::string(tokenizer->filename.view())));

@@ -176,6 +176,7 @@ class Parser {
     ParserStatus Flush_Unknown();
     ParserStatus Flush_Compressed(const char* text, int length);
     ParserStatus Warn_Of_Lost_Text(const char* text, int length);
+    void Drop_Pending();
     void Print_Include_Chain();
 
     // parser_states.cpp

@@ -1,15 +1,18 @@
-// Any text is a page: it compiles or is refused, with each back end, whatever the options. The first byte of
-// the input chooses them.
+// Any text is a page: it compiles or is refused, with each back end, whatever the options. The last byte of
+// the input chooses them. Bytes of value 1 part the input into the files that an include may name; the first
+// is the page.
 #include "app/unix_compiler_application.h"
 #include "backend/compiler_output.h"
 #include "backend/coverage_compiler_parser.h"
 #include "backend/doxygen_compiler_parser.h"
-#include "files/file_manager.h"
+#include "page_files.h"
 
 #include <mpdecimal.h>
 
 #include <cstdint>
 #include <memory>
+#include <string_view>
+#include <vector>
 
 namespace {
 
@@ -18,19 +21,22 @@ constexpr double engines[] = {4.0, 4.06, 4.99, 5.06, 5.16, 5.52};
 // The compiler without a word on its standard error, and with options by number.
 class Silent_Application : public UNIXCompilerApplication {
   public:
-    explicit Silent_Application(unsigned choice) : UNIXCompilerApplication(1, arguments) {
+    Silent_Application(unsigned choice, std::vector<std::string_view> texts)
+        : UNIXCompilerApplication(1, arguments), files(this, std::move(texts)) {
         engine_version = engines[choice % 6];
         obfuscate_bytes = static_cast<int>(choice / 6 % 3);
         pedantic_warn = pedantic_error = choice & 64 ? -1 : 0;
         defines.Insert(new String("x", 1));
     }
 
+    FileManager* filemanager() override { return &files; }
     bool CompileError(ErrorCode code, const char*, int, const String&) override {
         return code <= LAST_WARNING;
     }
     bool Error_WillPrint(ErrorCode) override { return false; }
 
   private:
+    Page_Files files;
     static inline char name[] = "tnc";
     static inline char* arguments[] = {name, nullptr};
 };
@@ -49,15 +55,26 @@ std::unique_ptr<Parser> Make_Parser(unsigned kind, Tokenizer* text, CompilerOutp
     return parser;
 }
 
+std::vector<std::string_view> Split(std::string_view input) {
+    std::vector<std::string_view> texts;
+    for (std::size_t end; (end = input.find('\1')) != input.npos; input.remove_prefix(end + 1))
+        texts.push_back(input.substr(0, end));
+    texts.push_back(input);
+    return texts;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0 || size > 1 << 16)
         return 0;
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
-    Silent_Application application(data[0]);
+    const unsigned choice = data[size - 1];
+    Silent_Application application(choice, Split({reinterpret_cast<const char*>(data), size}));
     StringOutput output;
-    auto* text = new Tokenizer(reinterpret_cast<const char*>(data), static_cast<int>(size), 0);
-    Make_Parser(data[0] % 5, text, &output, &application)->Start();
+    auto* text = new Tokenizer(application.filemanager());
+    if (!text->Open("page"))
+        __builtin_trap();
+    Make_Parser(choice % 5, text, &output, &application)->Start();
     return 0;
 }
