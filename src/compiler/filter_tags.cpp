@@ -42,9 +42,12 @@ ParserStatus CompilerParser::Compile_Filter(AttributeValue* filter, AttributeVal
     return PARSER_OK;
 }
 
+// The type comes first: with an unknown one the filter is not looked at, and stores no error.
 ParserStatus CompilerParser::Generate_Filter(int) {
     AttributeValue* filter = attribute_values->Element(FILTER_TEXT);
     AttributeValue* type_value = attribute_values->Element(FILTER_TYPE);
+    if (type_value->Filter_Type() == FILTER_INVALID)
+        return Report<Message::Filter_Type_Unknown>(Text_Of(*type_value));
     int length = 0;
     int had_braces = 0;
     (void)filter->Chomped_Filter_String(&length,
@@ -52,8 +55,6 @@ ParserStatus CompilerParser::Generate_Filter(int) {
     if (filter->Is_Set()) {
         if (ParserStatus status = Compile_Filter(filter, type_value, had_braces))
             return status;
-    } else if (type_value->Filter_Type() == FILTER_INVALID) {
-        return Report<Message::Filter_Type_Unknown>(Text_Of(*type_value));
     }
     if (length == 0)
         filter->Reset();

@@ -53,12 +53,15 @@ int AttributeValue::Make_Filter_Expression(CompilerParser* parser, AttrExpr_Filt
 }
 
 // The code refers to the variables in force here, but counts its constants by itself. Its errors are the
-// page's, and in a false conditional block it goes nowhere, so that it may name no variable first.
+// page's, and in a false conditional block it goes nowhere, so that it may name no variable first. Without a
+// text the value is set all the same, to no code.
 int AttributeValue::Compile_Filter(CompilerParser* parser, int text_has_braces) {
     StringOutput* fragment;
-    if (!simple_text || Get_Expression(&fragment, type))
+    if (Get_Expression(&fragment, type))
         return 1;
-    auto* text = new Tokenizer(simple_text->text(), simple_text->length(), !text_has_braces);
+    int length;
+    const char* filter_text = Get_Simple_Text(&length);
+    auto* text = new Tokenizer(filter_text, length, !text_has_braces);
     FileCompilerParser filter(text, fragment, parser->external_calls, parser->app(), -1, -1, START_EXPRESSION,
                               parser->local_variables, parser->global_variables, parser->system_variables);
     if (!parser->Generating())
