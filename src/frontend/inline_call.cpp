@@ -35,9 +35,9 @@ class ExpressionParser::Inline_Calls {
     ParserStatus Read_String(const char* quote, int length);
     ParserStatus Read_Close_Parenthesis();
     ParserStatus Read_Open_Bracket(const char* sign);
-    ParserStatus Read_Close_Bracket();
-    ParserStatus Open_Nested();
-    ParserStatus Scan_File_Expression();
+    ParserStatus Read_Close_Bracket(const char* sign);
+    ParserStatus Open_Nested(const char* bracket_end);
+    ParserStatus Scan_File_Expression(const char* bracket_end);
     void Close();
     void Store_Result();
 
@@ -113,7 +113,7 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Argument() {
         if (*token == '[')
             return Read_Open_Bracket(token);
         if (*token == ']')
-            return Read_Close_Bracket();
+            return Read_Close_Bracket(token);
         break;
     default: break;
     }
@@ -159,11 +159,11 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Open_Bracket(const char* sign)
     return PARSER_OK;
 }
 
-ParserStatus ExpressionParser::Inline_Calls::Read_Close_Bracket() {
+ParserStatus ExpressionParser::Inline_Calls::Read_Close_Bracket(const char* sign) {
     const char* token;
     int length;
     if (tokenizer.Peek(&token, length) == TOKEN_DOT)
-        return Open_Nested();
+        return Open_Nested(sign);
     if (Has_Open_Bracket())
         open_brackets.pop_back();
     bracket = nullptr;
@@ -173,9 +173,9 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Close_Bracket() {
 
 // The code of the file expression comes first. The scratch variable takes the place of the whole call in the
 // text.
-ParserStatus ExpressionParser::Inline_Calls::Open_Nested() {
+ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end) {
     if (bracket) {
-        if (ParserStatus status = Scan_File_Expression(); status != PARSER_OK)
+        if (ParserStatus status = Scan_File_Expression(bracket_end); status != PARSER_OK)
             return status;
     }
     if (!Has_Open_Bracket()) {
@@ -190,9 +190,11 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Nested() {
     return Open(depth + 1);
 }
 
-ParserStatus ExpressionParser::Inline_Calls::Scan_File_Expression() {
+ParserStatus ExpressionParser::Inline_Calls::Scan_File_Expression(const char* bracket_end) {
     Scan_State outer_state = expression.scan_state;
-    Tokenizer file_expression(bracket + 1, bracket_length - 1, 0);
+    const char* start = bracket + 1;
+    Tokenizer file_expression(start, static_cast<int>(bracket_end - start), 0);
+    file_expression.End_Early(bracket_length - 1);
     const char* token;
     int length;
     for (;;) {

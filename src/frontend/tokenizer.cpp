@@ -128,13 +128,13 @@ constinit const Byte_Table token_first_bytes = first_bytes;
 Tokenizer::Tokenizer(FileManager* filemanager)
     : filemanager(filemanager), buffer(nullptr), length(0), position(0), bare_expression(0), open_pending(1),
       close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr), peek_text(nullptr),
-      peek_length(0), peek_type(TOKEN_EOF) {
+      peek_length(0), peek_type(TOKEN_EOF), identifier_limit(0) {
 }
 
 Tokenizer::Tokenizer(const char* text, int length, int bare_expression)
     : filemanager(nullptr), buffer(text), length(length), position(0), bare_expression(bare_expression),
       open_pending(1), close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr),
-      peek_text(nullptr), peek_length(0), peek_type(TOKEN_EOF) {
+      peek_text(nullptr), peek_length(0), peek_type(TOKEN_EOF), identifier_limit(length) {
 }
 
 Tokenizer::~Tokenizer() {
@@ -176,7 +176,7 @@ void Tokenizer::File_Deactivate() {
     if (!file)
         return;
     file->Release();
-    buffer = nullptr;
+    buffer = line_start = peek_text = nullptr;
     file->Deactivate();
 }
 
@@ -193,14 +193,14 @@ bool Tokenizer::Map_File() {
         Use_No_Text();
         return false;
     }
-    length = static_cast<int>(size);
+    length = identifier_limit = static_cast<int>(size);
     position = std::min(position, length);
     return true;
 }
 
 void Tokenizer::Use_No_Text() {
     buffer = "";
-    length = position = 0;
+    length = identifier_limit = position = 0;
 }
 
 // One that was held back, one that a bare expression has or may have of its own, and the end.
@@ -349,7 +349,7 @@ const char* Tokenizer::End_Of_Number(const char* at) const {
 
 // In an expression a backslash takes the byte behind it, whatever that is.
 inline const char* Tokenizer::End_Of_Identifier(const char* at) const {
-    const char* end = buffer + length;
+    const char* end = buffer + identifier_limit;
     Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
     for (;;) {
         while (at < end && Has_Trait(*at, name_byte))

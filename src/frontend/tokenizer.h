@@ -31,6 +31,9 @@ class Tokenizer {
     Tokenizer(const Tokenizer&) = delete;
     Tokenizer& operator=(const Tokenizer&) = delete;
 
+    // Lets the text that was given end early. An identifier that starts ahead of that runs on to its own end.
+    void End_Early(int new_length) { length = new_length; }
+
     // Brings the file in. On failure lasterror has the reason and the text is empty.
     [[nodiscard]] bool Open(const String& path);
 
@@ -85,6 +88,7 @@ class Tokenizer {
     const char* peek_text;  // null when no token is held back
     int peek_length;
     Tokenizer_TokenType peek_type;
+    int identifier_limit; // length, or what it was before the text was made to end early
 
     bool Map_File();
     void Use_No_Text();

@@ -52,6 +52,12 @@ TEST(InlineCall, Scratch_Variables_Count_By_Depth) {
     EXPECT_EQ(Count(code, "do_function"), 4u);
 }
 
+// The text of a bracket is short by its parentheses: that cuts numbers, but no name.
+TEST(InlineCall, Parentheses_In_A_Bracket) {
+    EXPECT_EQ(Count(Compile("['q'].f([ (l.dir) $ l.name ].g())", 0), "\tl_1\t\"name\"\n"), 1u);
+    EXPECT_EQ(Count(Compile("['q'].f([ (1) + 1234 ].g())", 0), "\tpushi\t123\n"), 1u);
+}
+
 TEST(InlineCall, Depth_Is_Not_Bounded_By_The_Stack) {
     const int depth = 50000;
     std::string code = Compile(Repeat("['f'].a(", depth) + "1" + Repeat(")", depth), 0);
