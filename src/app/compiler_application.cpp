@@ -1,14 +1,18 @@
 #include "app/compiler_application.h"
 
+#include "app/run_guard.h"
 #include "backend/compiler_output.h"
 #include "backend/coverage_compiler_parser.h"
 #include "backend/doxygen_compiler_parser.h"
 #include "backend/engine_version.h"
 #include "files/file_manager.h"
+#include "files/file_status.h"
 #include "frontend/tokenizer.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <sys/stat.h>
+#include <new>
 
 namespace {
 
@@ -31,18 +35,29 @@ CompilerApplication::~CompilerApplication() {
     End_Run();
 }
 
+// Whatever the tables of a run without memory are, they stay: to take them apart may take memory.
 int CompilerApplication::Go() {
+    try {
+        return Run();
+    } catch (const std::bad_alloc&) {
+        Discard_Output();
+        ArgumentError(strerror(ENOMEM));
+        return 1;
+    }
+}
+
+int CompilerApplication::Run() {
     first_input = CommandLine_Parse();
     if (first_input < 0)
         return 1;
     if (stop_after_options)
-        return 0;
+        return Finish_Console() ? 0 : 1;
     if (!ValidateOptions() || !OpenOutput())
         return 1;
     bool is_compiled = Compile() && Finish_Output();
-    Close_Output();
     if (!is_compiled)
-        Remove_Output();
+        Discard_Output();
+    Close_Output();
     return is_compiled ? 0 : 1;
 }
 
@@ -56,6 +71,10 @@ bool CompilerApplication::ValidateOptions() {
 
 bool CompilerApplication::OpenOutput() {
     Close_Output();
+    for (int input = first_input; input < argc; ++input) {
+        if (Same_File(output_path, argv[input]))
+            return Path_Error("write", output_path, "it is one of the sources");
+    }
     output_file = filemanager()->Open(output_path, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE);
     if (!output_file)
         return Path_Error("create", output_path, filemanager()->error());
@@ -104,9 +123,17 @@ std::unique_ptr<FileCompilerParser> CompilerApplication::Make_Parser() {
                                                 nullptr);
 }
 
+bool CompilerApplication::Finish_Console() {
+    output()->Flush();
+    return !ferror(stdout) || ArgumentError("Unable to write to standard output");
+}
+
+// File systems that write late tell at the close what they could not keep.
 bool CompilerApplication::Finish_Output() {
     assembly->Flush();
-    return !assembly->failed() || Path_Error("write", output_path, assembly->error());
+    if (assembly->failed())
+        return Path_Error("write", output_path, assembly->error());
+    return output_file->Deactivate() || Path_Error("write", output_path, output_file->error());
 }
 
 void CompilerApplication::Close_Output() {
@@ -114,6 +141,7 @@ void CompilerApplication::Close_Output() {
     assembly = nullptr;
     delete output_file;
     output_file = nullptr;
+    Run_Guard::Forget_Output();
 }
 
 void CompilerApplication::End_Run() {
@@ -125,11 +153,17 @@ FileCompilerParser* CompilerApplication::Release_Parser() {
     return parser.release();
 }
 
-// Only a regular file is the run's own: a device or a pipe that -o names stays.
-void CompilerApplication::Remove_Output() {
-    int mode;
-    if (filemanager()->Mode(output_path, &mode) && S_ISREG(mode))
-        filemanager()->Delete(output_path);
+bool CompilerApplication::Is_Output(const char* path) const {
+    return output_file && Same_File(output_path, path);
+}
+
+// A device or a pipe that -o names is not the run's own and stays. A file is emptied first: under other
+// names, and in a folder that can't be changed, it would go on to hold half of the assembly.
+void CompilerApplication::Discard_Output() {
+    if (assembly)
+        assembly->Abandon();
+    if (Run_Guard::Cut_Output() && !filemanager()->Delete(output_path))
+        Path_Error("remove", output_path, filemanager()->error());
 }
 
 bool CompilerApplication::Path_Error(const char* verb, const char* path, const String& reason) {

@@ -42,7 +42,8 @@ class CompilerApplication : public ConsoleApplication {
     virtual ExternalCallManager* externalcallmanager() = 0;
     // Runs the program; the answer is its exit status, 0 or 1. A failed run leaves no output file.
     virtual int Go();
-    // These two have printed their message when they answer false.
+    // These two have printed their message when they answer false. An output that is one of the sources by
+    // another name or its own is refused before it is opened.
     virtual bool ValidateOptions();
     virtual bool OpenOutput();
     // Whether -D gave the name, in any case.
@@ -57,6 +58,9 @@ class CompilerApplication : public ConsoleApplication {
     // Sets of Pedantic_Check.
     virtual int Pedantic_Warn() { return pedantic_warn; }
     virtual int Pedantic_Error() { return pedantic_error; }
+
+    // Whether the path leads to the output of this run.
+    bool Is_Output(const char* path) const;
 
     // Hands over the parser of the last run, with all tables that it has made; null without one, and when its
     // end was part of the run. It may be deleted as long as the application lives.
@@ -89,6 +93,8 @@ class CompilerApplication : public ConsoleApplication {
     void Close_Output();
     // Ends everything that a run has left; before the file manager goes.
     void End_Run();
+    // Prints that the path could not be opened, created and so on; answers false.
+    bool Path_Error(const char* verb, const char* path, const String& reason);
 
   private:
     struct Option;
@@ -96,13 +102,15 @@ class CompilerApplication : public ConsoleApplication {
     static const Option* Find_Option(char letter);
     void Print_Usage();
 
+    int Run();
+    // Whether all went out that the options printed.
+    bool Finish_Console();
     bool Compile();
     bool Compile_Files();
     std::unique_ptr<FileCompilerParser> Make_Parser();
-    // False when any write failed, with the message printed.
+    // False when any write or the end of the file failed, with the message printed.
     bool Finish_Output();
-    void Remove_Output();
-    bool Path_Error(const char* verb, const char* path, const String& reason);
+    void Discard_Output();
 
     std::unique_ptr<FileCompilerParser> parser; // of the last run
 };

@@ -4,19 +4,6 @@
 #include <cstring>
 #include <unistd.h>
 
-namespace {
-
-const char* Behind_Last_Separator(const char* path) {
-    const char* name = path;
-    for (; *path; ++path) {
-        if (*path == '/' || *path == '\\')
-            name = path + 1;
-    }
-    return name;
-}
-
-} // namespace
-
 ConsoleOutput::ConsoleOutput(int capacity) : BufferedOutput(capacity) {
 }
 
@@ -44,8 +31,7 @@ int ConsoleOutput::DoWrite(const char* text, int length) {
 }
 
 ConsoleApplication::ConsoleApplication(int argc, char** argv)
-    : output_(new ConsoleOutput(8192)), basename_(argc > 0 ? Behind_Last_Separator(argv[0]) : ""), argc(argc),
-      argv(argv) {
+    : output_(new ConsoleOutput(8192)), basename_(Base_Name(argv[0])), argc(argc), argv(argv) {
     gethostname(hostname_, sizeof hostname_);
     hostname_[sizeof hostname_ - 1] = '\0';
 }
@@ -69,7 +55,7 @@ char* ConsoleApplication::MakeSessionID(int*) {
 }
 
 bool ConsoleApplication::OutputError(const char* text, int length) {
-    output_->Write_Error(text, length);
+    output()->Write_Error(text, length);
     return false;
 }
 
@@ -164,5 +150,14 @@ bool ConsoleApplication::Process_Option_Cluster(int& index) {
 }
 
 bool ConsoleApplication::ArgumentError(const String& text) {
-    return Error(String(basename_) + ": " + text + "\n");
+    return Error(String(basename()) + ": " + text + "\n");
+}
+
+const char* ConsoleApplication::Base_Name(const char* path) {
+    const char* name = path ? path : "";
+    for (const char* at = name; *at; ++at) {
+        if (*at == '/' || *at == '\\')
+            name = at + 1;
+    }
+    return name;
 }

@@ -70,6 +70,9 @@ class ConsoleApplication : public TarnApplication {
     // Writes the program's name and the text as a line of error output; answers false.
     virtual bool ArgumentError(const String& text);
 
+    // The tail of a program's path, which may be null.
+    static const char* Base_Name(const char* path);
+
   protected:
     // The order of the fields is part of the binary interface.
     Output* output_;       // owned

@@ -1,6 +1,6 @@
+#include "app/run_guard.h"
 #include "app/unix_compiler_application.h"
 
-#include <csignal>
 #include <mpdecimal.h>
 
 // The tables of the compilation go with the process, which takes less time than to free their entries one by
@@ -8,8 +8,8 @@
 FileCompilerParser* parser_at_exit;
 
 int main(int argc, char** argv) {
+    Run_Guard::Begin(ConsoleApplication::Base_Name(argv[0]));
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
-    std::signal(SIGPIPE, SIG_IGN); // an output that nobody reads any more is a failed write like others
     UNIXCompilerApplication application(argc, argv);
     int status = application.Go();
     parser_at_exit = application.Release_Parser();

@@ -3,6 +3,8 @@
 
 #include "app/compiler_application.h"
 
+class UNIXFileManager;
+
 // The compiler with the services of a UNIX system, which it owns.
 class UNIXCompilerApplication : public CompilerApplication {
   public:
@@ -12,11 +14,12 @@ class UNIXCompilerApplication : public CompilerApplication {
     FileManager* filemanager() override;
     ExternalLibraryManager* librarymanager() override;
     const char* lasterror() override;
+    bool OpenOutput() override;
     ExternalCallManager* externalcallmanager() override;
 
   private:
     // The order of the fields is part of the binary interface; the destructor deletes them in this order.
-    FileManager* file_manager;
+    UNIXFileManager* file_manager;
     ExternalLibraryManager* library_manager;
     ExternalCallManager* call_manager;
 };

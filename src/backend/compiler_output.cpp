@@ -44,13 +44,18 @@ int FileOutput::Write(const char* text, int length) {
 
 int FileOutput::DoWrite(const char* text, int length) {
     for (int written = 0; written < length && !failed_;) {
-        const auto result = file->Write(text + written, static_cast<unsigned long>(length - written));
+        const long result = file->Write(text + written, static_cast<unsigned long>(length - written));
         failed_ = result <= 0;
         written += failed_ ? 0 : static_cast<int>(result);
     }
     if (failed_ && error_.length() == 0)
         error_ = file->error();
     return failed_ ? -1 : length;
+}
+
+void FileOutput::Abandon() {
+    fill = 0;
+    failed_ = true;
 }
 
 StringOutput::StringOutput() : CompilerOutput(fragment_capacity) {

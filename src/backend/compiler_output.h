@@ -53,6 +53,9 @@ class FileOutput : public CompilerOutput {
     // After a failed write nothing more is written, so that the first failure is the one kept.
     int DoWrite(const char* text, int length) override;
 
+    // Drops what is buffered and whatever is written from now on.
+    void Abandon();
+
     // The system's text of the write that failed, empty while all went well. Flush first to know about all.
     const String& error() const { return error_; }
     bool failed() const { return failed_; }

@@ -1,7 +1,6 @@
 #include "backend/coverage_compiler_parser.h"
 
 #include "backend/assembly_item.h"
-#include "core/list.h"
 
 CoverageCompilerParser::CoverageCompilerParser(Tokenizer* tokenizer, CompilerOutput* output,
                                                ExternalCallManager* external_calls,
@@ -15,9 +14,7 @@ CoverageCompilerParser::CoverageCompilerParser(Tokenizer* tokenizer, CompilerOut
 }
 
 CoverageCompilerParser::~CoverageCompilerParser() {
-    List<int> sorted(0);
-    lines.AppendToList(sorted);
-    for (const int* line = sorted.First(); line; line = sorted.Next())
+    for (const int* line = lines.First(); line; line = lines.Next(*line))
         Assembly_Item(output).Number(*line).Text("\n");
     output->Flush();
 }

@@ -130,9 +130,9 @@ int StandardOutput::Write(const char* text, int length) {
 int StandardOutput::DoWrite(const char* text, int length) {
     for (int written = 0; written < length;) {
         const ssize_t result = write(STDOUT_FILENO, text + written, length - written);
-        if (result >= 0)
+        if (result > 0)
             written += static_cast<int>(result);
-        else if (errno != EINTR)
+        else if (result == 0 || errno != EINTR)
             return -1;
     }
     return length;

@@ -5,6 +5,7 @@
 #include "compiler/compiler_parser.h"
 #include "files/file.h"
 #include "files/file_manager.h"
+#include "files/file_status.h"
 #include "frontend/tokenizer.h"
 
 #include <cerrno>
@@ -30,6 +31,8 @@ ParserStatus CompilerParser::Generate_Include(int) {
         (void)Report<Message::Include_Recursive>();
         return PARSER_FATAL;
     }
+    if (application->Is_Output(name.text()))
+        return Report<Message::Include_Not_Opened>(name, "it is the output");
     return include_interpret ? Include_Source(name) : Include_Text(name);
 }
 
@@ -43,6 +46,8 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
 
 ParserStatus CompilerParser::Include_Text(const String& name) {
     FileManager* manager = application->filemanager();
+    if (Is_Stream(name.text()))
+        return Report<Message::Include_Not_Opened>(name, std::strerror(ESPIPE));
     std::unique_ptr<File> file(manager->Open(name.text(), FILE_MODE_READ));
     if (!file)
         return Report<Message::Include_Not_Opened>(name, manager->error());

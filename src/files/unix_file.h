@@ -33,6 +33,9 @@ class UNIXFile : public File {
     bool Deactivate() override;
     bool Stat(struct stat* status) override;
 
+    // The descriptor, which stays the file's; -1 while parked.
+    int Handle() const { return descriptor.get(); }
+
     using File::Read;
     using File::Write;
 

@@ -50,6 +50,16 @@ int UNIXFileManager::OpenMode(int mode) {
     return flags;
 }
 
+const char* UNIXFileManager::Mapped_Path(const void* address) {
+    for (const File* entry = active.First(); entry; entry = active.Next()) {
+        const auto* file = static_cast<const UNIXFile*>(entry);
+        const auto* const start = static_cast<const char*>(file->mapping);
+        if (start && address >= start && address < start + file->mapping_length)
+            return file->path.get();
+    }
+    return nullptr;
+}
+
 File* UNIXFileManager::Enter(File* file, int mode) {
     return mode & FILE_MODE_UNMANAGED ? file : FileOpened(file);
 }

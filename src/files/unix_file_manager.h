@@ -119,6 +119,10 @@ class UNIXFileManager : public FileManager {
 
     virtual bool Stat(Tarn_PathType type, const char* path, struct stat* status);
 
+    // The path of the open file that is mapped at the address, null when none is. May be called by a handler
+    // of the signal that a lost page raises.
+    const char* Mapped_Path(const void* address);
+
     // Flags of the operating system for FILE_MODE_ bits.
     static int OpenMode(int mode);
 

@@ -3,6 +3,7 @@
 #include "core/text_search.h"
 #include "files/file.h"
 #include "files/file_manager.h"
+#include "files/file_status.h"
 
 #include <algorithm>
 #include <array>
@@ -149,6 +150,10 @@ bool Tokenizer::Open(const String& path) {
     }
     if (is_directory) {
         lasterror = "Is a directory";
+        return false;
+    }
+    if (Is_Stream(path.text())) {
+        lasterror = std::strerror(ESPIPE);
         return false;
     }
     file = filemanager->Open(path.text(), FILE_MODE_READ);

@@ -1,5 +1,6 @@
 #include "app/unix_compiler_application.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
@@ -8,8 +9,28 @@
 #include <sstream>
 #include <string>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
+
+namespace {
+
+// The descriptor of this file is closed, but can't keep what was written.
+std::string file_that_fails_late;
+
+} // namespace
+
+extern "C" int close(int descriptor) {
+    char path[4096];
+    const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
+    const ssize_t length = file_that_fails_late.empty() ? 0 : readlink(link.c_str(), path, sizeof path);
+    const int result = static_cast<int>(syscall(SYS_close, descriptor));
+    if (length <= 0 || std::string(path, length) != file_that_fails_late)
+        return result;
+    file_that_fails_late.clear();
+    errno = EIO;
+    return -1;
+}
 
 namespace {
 
@@ -78,6 +99,8 @@ class Driver : public testing::Test {
         fs::current_path(folder);
         std::ofstream("good.tn") << "Hi";
         std::ofstream("bad.tn") << "<TnELSE>";
+        fs::create_symlink("good.tn", "link.tn");
+        fs::create_hard_link("good.tn", "hard.tn");
         fs::create_directory("folder");
     }
     void TearDown() override {
@@ -157,12 +180,16 @@ TEST_F(Driver, Refused_Options_Leave_No_Output) {
         {"folder", "Unable to open 'folder': Is a directory"},
         {"-o none/x good.tn", "Unable to create 'none/x': No such file or directory"},
         {"-o folder good.tn", "Unable to create 'folder': Is a directory"},
+        {"-o good.tn none.tn good.tn", "Unable to write 'good.tn': it is one of the sources"},
+        {"-o link.tn good.tn", "Unable to write 'link.tn': it is one of the sources"},
+        {"-o good.tn hard.tn", "Unable to write 'good.tn': it is one of the sources"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Run(c.options), 1) << c.options;
         EXPECT_EQ(out, "") << c.options;
         EXPECT_EQ(err, "tnc: " + c.error + "\n") << c.options;
         EXPECT_FALSE(fs::exists("output.tna")) << c.options;
+        EXPECT_EQ(fs::file_size("good.tn"), 2u) << c.options;
     }
 }
 
@@ -219,6 +246,36 @@ TEST_F(Driver, Compile_Error_Removes_The_Output_And_Skips_The_Files_Behind) {
     EXPECT_EQ(Run("good.tn bad.tn none.tn"), 1);
     EXPECT_EQ(err, "bad.tn:1: CE_122: TnELSE without TnIF\n");
     EXPECT_FALSE(fs::exists("output.tna"));
+}
+
+TEST_F(Driver, Failed_Output_Is_Empty_Under_All_Its_Names) {
+    std::ofstream("target") << "of an earlier run";
+    fs::create_symlink("target", "link");
+    fs::create_hard_link("target", "other");
+    EXPECT_EQ(Run("-o link good.tn bad.tn"), 1);
+    EXPECT_FALSE(fs::is_symlink("link"));
+    EXPECT_EQ(fs::file_size("target"), 0u);
+    EXPECT_EQ(Run("-o target good.tn bad.tn"), 1);
+    EXPECT_FALSE(fs::exists("target"));
+    EXPECT_EQ(fs::file_size("other"), 0u);
+}
+
+TEST_F(Driver, Output_That_Fails_At_Its_End_Fails_The_Run) {
+    std::ofstream("output.tna").close();
+    fs::create_hard_link("output.tna", "other");
+    file_that_fails_late = folder / "output.tna";
+    EXPECT_EQ(Run("good.tn"), 1);
+    EXPECT_EQ(err, "tnc: Unable to write 'output.tna': Input/output error\n");
+    EXPECT_FALSE(fs::exists("output.tna"));
+    EXPECT_EQ(fs::file_size("other"), 0u);
+}
+
+TEST_F(Driver, Output_Is_Not_Included) {
+    for (const char* interpret : {"on", "off"}) {
+        std::ofstream("page.tn") << "<TnINCLUDE FILE=\"./out\" INTERPRET=\"" << interpret << "\">";
+        EXPECT_EQ(Run("-o out page.tn"), 1);
+        EXPECT_EQ(err, "page.tn:1: CE_186: TnINCLUDE cannot open file './out': it is the output\n");
+    }
 }
 
 TEST_F(Driver, Output_That_Is_No_Regular_File_Stays) {

@@ -1,10 +1,36 @@
-#include "backend/output.h"
+#include "backend/compiler_output.h"
+#include "files/unix_file_manager.h"
 
-#include <fcntl.h>
+#include <cerrno>
+#include <deque>
 #include <gtest/gtest.h>
+#include <memory>
 #include <string>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
+
+namespace {
+
+// What write() does in place of writing, from the front.
+enum Write_Result { Write_Interrupted, Write_Nothing, Write_One_Byte };
+std::deque<Write_Result> write_results;
+
+} // namespace
+
+extern "C" ssize_t write(int descriptor, const void* bytes, size_t length) {
+    if (!write_results.empty()) {
+        const Write_Result result = write_results.front();
+        write_results.pop_front();
+        if (result == Write_Nothing)
+            return 0;
+        errno = EINTR;
+        if (result == Write_Interrupted)
+            return -1;
+        length = 1;
+    }
+    return syscall(SYS_write, descriptor, bytes, length);
+}
 
 namespace {
 
@@ -109,46 +135,40 @@ TEST(Output, Header_Frees_The_Texts_It_Is_Given) {
     EXPECT_EQ(output.All(), "");
 }
 
-// Puts a pipe in the place of standard output.
-class Standard_Output_Test : public testing::Test {
-  protected:
-    void SetUp() override {
-        int ends[2];
-        ASSERT_EQ(pipe(ends), 0);
-        reading = ends[0];
-        fcntl(reading, F_SETFL, O_NONBLOCK);
-        saved = dup(STDOUT_FILENO);
-        dup2(ends[1], STDOUT_FILENO);
-        close(ends[1]);
-    }
-    void TearDown() override {
-        dup2(saved, STDOUT_FILENO);
-        close(saved);
-        close(reading);
-    }
-    std::string Arrived() const {
-        char text[64];
-        const ssize_t length = read(reading, text, sizeof text);
-        return std::string(text, length > 0 ? length : 0);
-    }
-
-    int reading;
-    int saved;
-};
-
-TEST_F(Standard_Output_Test, Unbuffered_Text_Arrives_With_Each_Write) {
+TEST(StandardOutput, Unbuffered_Text_Goes_Out_With_Each_Write) {
     StandardOutput output(0, 16);
+    testing::internal::CaptureStdout();
     output.Write("abc", 3);
-    EXPECT_EQ(Arrived(), "abc");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc");
 }
 
-TEST_F(Standard_Output_Test, Buffered_Text_Arrives_When_The_Output_Goes) {
+TEST(StandardOutput, Buffered_Text_Goes_Out_When_The_Output_Goes) {
+    testing::internal::CaptureStdout();
     {
         StandardOutput output(1, 16);
         output.Write("abc", 3);
-        EXPECT_EQ(Arrived(), "");
+        EXPECT_EQ(lseek(STDOUT_FILENO, 0, SEEK_CUR), 0);
     }
-    EXPECT_EQ(Arrived(), "abc");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "abc");
+}
+
+TEST(StandardOutput, Writing_Goes_On_After_Interruptions_And_Ends_At_Nothing_Written) {
+    StandardOutput output(1, 16);
+    testing::internal::CaptureStdout();
+    write_results = {Write_Interrupted, Write_One_Byte, Write_Interrupted};
+    EXPECT_EQ(output.DoWrite("abc", 3), 3);
+    write_results = {Write_One_Byte, Write_Nothing};
+    EXPECT_EQ(output.DoWrite("def", 3), -1);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "abcd");
+}
+
+TEST(FileOutput, Writing_Goes_On_After_Interruptions) {
+    UNIXFileManager manager(nullptr);
+    const std::unique_ptr<File> file(manager.Open("/dev/null", FILE_MODE_WRITE));
+    FileOutput output(file.get(), 16);
+    write_results = {Write_Interrupted, Write_One_Byte, Write_Interrupted};
+    EXPECT_EQ(output.DoWrite("abc", 3), 3);
+    EXPECT_FALSE(output.failed());
 }
 
 TEST(NullOutput, Hands_Text_To_Its_Function) {
