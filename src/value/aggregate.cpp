@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
-#include <cstdio>
 #include <vector>
 
 AggregateIndex::AggregateIndex() : number(-1) {
@@ -40,10 +39,8 @@ void AggregateIndex::Renumber(int n) {
 }
 
 AggregateIndex::operator String&() {
-    if (number >= 0 && !name.length()) {
-        char digits[16];
-        name.assign(digits, std::snprintf(digits, sizeof digits, "%d", number));
-    }
+    if (number >= 0 && !name.length())
+        name = String() + number;
     return name;
 }
 
@@ -134,7 +131,29 @@ void Shift(AggregateElement* element, int delta) {
     element->index().Renumber(static_cast<int>(std::clamp<int64_t>(number, 0, INT_MAX)));
 }
 
+// Each element ahead of those below it, first to its right and then to its left, without recursion.
+template <class Visit>
+void For_Each_From_The_Top(SplayTreeNode<AggregateElement>* top, Visit visit) {
+    Stack<SplayTreeNode<AggregateElement>> open(0);
+    if (top)
+        open.Push(top);
+    while (const SplayTreeNode<AggregateElement>* node = open.Pop()) {
+        visit(node->element);
+        if (node->left)
+            open.Push(node->left);
+        if (node->right)
+            open.Push(node->right);
+    }
+}
+
 } // namespace
+
+void AggregateElementTree::AppendToList_For_Copy(List<AggregateElement>& list) const {
+    if (entries > most_recursive_entries)
+        For_Each_From_The_Top(root, [&](AggregateElement* element) { list.Insert(element, LIST_LAST); });
+    else
+        AppendToList(list);
+}
 
 void AggregateElementTree::Displace(int from, int delta) {
     if (!delta || !root)
@@ -157,15 +176,5 @@ void AggregateElementTree::DisplaceRecurse(int delta, SplayTreeNode<AggregateEle
 }
 
 void AggregateElementTree::DisplaceStack(int delta, SplayTreeNode<AggregateElement>* node) {
-    if (!node)
-        return;
-    Stack<Node> open(0);
-    open.Push(node);
-    while ((node = open.Pop())) {
-        Shift(node->element, delta);
-        if (node->left)
-            open.Push(node->left);
-        if (node->right)
-            open.Push(node->right);
-    }
+    For_Each_From_The_Top(node, [delta](AggregateElement* element) { Shift(element, delta); });
 }

@@ -89,6 +89,10 @@ class AggregateElementTree : public SplayTree<AggregateElement, const AggregateI
     virtual void DisplaceRecurse(int delta, SplayTreeNode<AggregateElement>* node);
     virtual void DisplaceStack(int delta, SplayTreeNode<AggregateElement>* node);
 
+    // Inserts every element at the end of the list, in the order in which SplayTree's copy takes them: a copy
+    // that is put together otherwise gets the same shape by it.
+    void AppendToList_For_Copy(List<AggregateElement>& list) const;
+
   private:
     Node* Detach();
 };

@@ -6,7 +6,10 @@ bool ElementWalk::Enter(AggregateElementTree* tree) {
     if (!entered.insert(tree).second)
         return false;
     auto elements = std::make_unique<List<AggregateElement>>(0);
-    tree->AppendToList(*elements);
+    if (order == ElementOrder::Of_Copies)
+        tree->AppendToList_For_Copy(*elements);
+    else
+        tree->AppendToList(*elements);
     elements->First();
     levels.push_back({tree, std::move(elements)});
     return true;

@@ -26,14 +26,13 @@ void Insert_Element(AggregateElementTree* tree, std::unique_ptr<AggregateElement
 }
 
 // Moves the elements from the number from on up by count. False, and nothing moves, if the last one would go
-// too far.
+// too far. A number behind the last one is no exception: a tree that lost its order may hold greater ones.
 bool Open_Gap(AggregateElementTree* tree, int64_t from, int64_t count) {
-    int64_t last = Number_Of(tree->Last());
-    if (from > last)
-        return true;
-    if (last + count > highest_index)
+    const int64_t last = Number_Of(tree->Last());
+    if (from <= last && last + count > highest_index)
         return false;
-    tree->Displace(static_cast<int>(from), static_cast<int>(count));
+    if (from <= highest_index)
+        tree->Displace(static_cast<int>(from), static_cast<int>(count));
     return true;
 }
 
@@ -125,7 +124,7 @@ void Variable::InsertElement(int position, Variable* variable) {
         return;
     auto element = std::make_unique<AggregateElement>(static_cast<int>(number), variable);
     Convert_Aggregate(AGGREGATE_ARRAY);
-    if (Open_Gap(elements, number, 1))
+    if (append || Open_Gap(elements, number, 1))
         Insert_Element(elements, std::move(element));
 }
 
@@ -167,7 +166,8 @@ void Variable::MergeElements(Variable* source, int start, int count, int dest, b
     int64_t offset = target - first;
     // The gap has moved what of this array's own range stood behind it.
     if (source == this && end > target) {
-        Store_Forward(this, elements, first, target, offset, clone);
+        if (first < target)
+            Store_Forward(this, elements, first, target, offset, clone);
         first = std::max(first, target) + wanted;
         end += wanted;
         offset -= wanted;
@@ -236,7 +236,7 @@ bool Variable::Convert_Aggregate(AggregateType type) {
 
 AggregateElementTree* Variable::Copy_Tree(AggregateElementTree& source, ElementCopies copies) {
     auto copy = std::make_unique<AggregateElementTree>();
-    ElementWalk walk;
+    ElementWalk walk(ElementOrder::Of_Copies);
     walk.Enter(&source);
     std::vector<AggregateElementTree*> open{copy.get()};
     while (!open.empty()) {

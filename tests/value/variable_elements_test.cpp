@@ -51,6 +51,49 @@ TEST_F(ElementsTest, No_Element_Goes_Beyond_The_Highest_Index) {
     EXPECT_EQ(array->CollapseElements(), 1);
 }
 
+// Removing an element can leave greater keys ahead of lesser ones: what a tree then finds, and the order in
+// which it is read, follow from the shape that every step before has left.
+TEST_F(ElementsTest, Each_Step_Leaves_Its_Shape) {
+    const struct {
+        const char* inserted; // as they come, 1 with the value a
+        int position;         // inserted at or, if negative, merged from within the array
+        int looked_up;
+        int deleted;
+        const char* text;
+    } cases[] = {
+        {"3241", 4, 4, 2, "a,v,d,c"}, {"3241", 0, 4, 2, "a,d,v,c"}, {"54123", -5, 3, 4, "e,a,b,d,e"}};
+    for (const auto& c : cases) {
+        VariableHold array = New();
+        for (const char* digit = c.inserted; *digit; digit++) {
+            const char letter = static_cast<char>('a' + *digit - '1');
+            array->Element(*digit - '0', 1)->SetValue(&letter, 1);
+        }
+        if (c.position < 0)
+            array->MergeElements(array.get(), -c.position, 1, 1, true);
+        (void)array->Element(c.looked_up, 0);
+        array->DeleteElement(c.deleted, false);
+        if (c.position >= 0)
+            array->InsertElement(c.position, New("v").get());
+        EXPECT_EQ(Text(array), c.text);
+    }
+}
+
+// A copy of more than 99 elements has another shape, and loses its order elsewhere.
+TEST_F(ElementsTest, Copies_Have_The_Shape_Of_Trees) {
+    for (const int count : {99, 100}) {
+        const VariableHold outer = New();
+        for (int i = 1; i <= count; i++)
+            outer->Element(1, 1)->Element(i, 1);
+        const VariableHold copy(new Variable(*outer->Element(1, 0)));
+        const VariableHold deep(new Variable(*outer));
+        for (Variable* array : {copy.get(), deep->Element(1, 0)}) {
+            (void)array->Element(count, 0);
+            array->DeleteElement(3, false);
+            EXPECT_EQ(array->Max(), 99) << count;
+        }
+    }
+}
+
 TEST_F(ElementsTest, Elements_Are_Shared_Unless_Cloned) {
     VariableHold array = Make("ab");
     VariableHold element = Hold(array->Element(1, 0));
