@@ -11,51 +11,69 @@ class ReferenceVariable : public Variable {
     ReferenceVariable(const char* name, int name_length, Variable* target);
     ReferenceVariable(const ReferenceVariable&) = delete;
 
-    Variable* Clone(TarnApplication* application) override;
-    Variable* NextIdentity() override;
-    Variable* RealIdentity() override;
-    const String& value() override;
-    int value_integer() override;
-    mpd_t* value_mpd() override;
-    mpd_t* value_compare(int* error) override;
-    int type() const override;
-    int primary_type() override;
-    int preferred_type() override;
-    bool IsTrue() override;
-    bool IsNULL() override;
-    bool SetNULL() override;
-    AggregateElementTree* aggregateelements() override;
-    AggregateType aggregatetype() override;
-    bool SetValue(const char* text, int length) override;
-    bool SetValue(Variable& source) override;
-    bool SetValue_Nocopy(char* text, int length, int capacity) override;
-    bool SetValue_Integer(int number) override;
-    bool SetValue_mpd(mpd_t* number) override;
-    bool SetValue_mpd_Nocopy(mpd_t* number) override;
-    Variable* Element(const AggregateIndex& index, int create) override;
-    bool SetElement(const AggregateIndex& index, Variable* variable) override;
-    void InsertElement(int position, Variable* variable) override;
-    void DeleteElement(const AggregateIndex& index, bool collapse) override;
-    void DeleteElements(int start, int count, bool collapse) override;
-    void MergeElements(Variable* source, int start, int count, int dest, bool clone) override;
-    void CopyElements(Variable* source, int start, int count, int dest, bool clone) override;
-    int CollapseElements() override;
-    int Max() override;
-    int Min() override;
-    int Next(int index) override;
-    int Previous(int index) override;
-    int ElementsUsed() override;
+    Variable* Clone(TarnApplication*) override { return new Variable(*this); }
+    Variable* NextIdentity() override { return link.target; }
+    Variable* RealIdentity() override { return Referent()->RealIdentity(); }
+    const String& value() override { return Referent()->value(); }
+    int value_integer() override { return Referent()->value_integer(); }
+    mpd_t* value_mpd() override { return Referent()->value_mpd(); }
+    mpd_t* value_compare(int* error) override { return Referent()->value_compare(error); }
+    int type() const override { return VARIABLE_REFERENCE; }
+    int primary_type() override { return Referent()->primary_type(); }
+    int preferred_type() override { return Referent()->preferred_type(); }
+    bool IsTrue() override { return Referent()->IsTrue(); }
+    bool IsNULL() override { return Referent()->IsNULL(); }
+    bool SetNULL() override { return Referent()->SetNULL(); }
+    AggregateElementTree* aggregateelements() override { return Referent()->aggregateelements(); }
+    AggregateType aggregatetype() override { return Referent()->aggregatetype(); }
+    bool SetValue(const char* text, int length) override { return Referent()->SetValue(text, length); }
+    bool SetValue(Variable& source) override { return Referent()->SetValue(source); }
+    bool SetValue_Nocopy(char* text, int length, int capacity) override {
+        return Referent()->SetValue_Nocopy(text, length, capacity);
+    }
+    bool SetValue_Integer(int number) override { return Referent()->SetValue_Integer(number); }
+    bool SetValue_mpd(mpd_t* number) override { return Referent()->SetValue_mpd(number); }
+    bool SetValue_mpd_Nocopy(mpd_t* number) override { return Referent()->SetValue_mpd_Nocopy(number); }
+    Variable* Element(const AggregateIndex& index, int create) override {
+        return Referent()->Element(index, create);
+    }
+    bool SetElement(const AggregateIndex& index, Variable* variable) override {
+        return Referent()->SetElement(index, variable);
+    }
+    void InsertElement(int position, Variable* variable) override {
+        Referent()->InsertElement(position, variable);
+    }
+    void DeleteElement(const AggregateIndex& index, bool collapse) override {
+        Referent()->DeleteElement(index, collapse);
+    }
+    void DeleteElements(int start, int count, bool collapse) override {
+        Referent()->DeleteElements(start, count, collapse);
+    }
+    void MergeElements(Variable* source, int start, int count, int dest, bool clone) override {
+        Referent()->MergeElements(source, start, count, dest, clone);
+    }
+    void CopyElements(Variable* source, int start, int count, int dest, bool clone) override {
+        Referent()->CopyElements(source, start, count, dest, clone);
+    }
+    int CollapseElements() override { return Referent()->CollapseElements(); }
+    int Max() override { return Referent()->Max(); }
+    int Min() override { return Referent()->Min(); }
+    int Next(int index) override { return Referent()->Next(index); }
+    int Previous(int index) override { return Referent()->Previous(index); }
+    int ElementsUsed() override { return Referent()->ElementsUsed(); }
     void IncRefCount() override;
     void DecRefCount() override;
-    bool Convert_Aggregate(AggregateType type) override;
-    void Serialize(String& out) override;
+    bool Convert_Aggregate(AggregateType type) override { return Referent()->Convert_Aggregate(type); }
+    void Serialize(String& out) override { Referent()->Serialize(out); }
     // Moves all counts over to another target, unless that is at the end the same variable.
     void Make_Reference(Variable* target) override;
-    void Make_CallbackStruct(CallbackVariableCallback* callback) override;
+    void Make_CallbackStruct(CallbackVariableCallback* callback) override {
+        Referent()->Make_CallbackStruct(callback);
+    }
 
     // The order of the virtual operations is part of the binary interface: add at the end.
     // What the target's type() answers.
-    [[nodiscard]] virtual int TypeReferredTo();
+    [[nodiscard]] virtual int TypeReferredTo() { return link.target->type(); }
 
   private:
     friend class Variable;
