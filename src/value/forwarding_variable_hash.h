@@ -9,6 +9,9 @@
 //
 // Size, error, Read, Write and Dump are the table's own; Insert and Seek are the target's, so slots of its
 // own come from copying or from Read.
+//
+// Mind that Index and SetVariable_Reference take a slot of this table, as compiled code has it, while Seek
+// and Insert answer slots of the target: what Seek found is for the Index of RealIdentity().
 class ForwardingVariableHash : public VariableHash {
   public:
     int Insert(Variable* variable) override;

@@ -28,8 +28,7 @@ T* Resize(T* array, int count) {
 
 VariableHash::VariableHash(Dictionary* dictionary, int bucket_bits, int capacity, int variable_count)
     : buckets(bucket_bits, std::max({capacity, variable_count, 0})), bucket_bits(bucket_bits),
-      bucket_size(1 << (bucket_bits & 31)), bucket_entries(0), capacity(0), variable_count(variable_count),
-      dictionary_(dictionary) {
+      bucket_size(1 << (bucket_bits & 31)), variable_count(variable_count), dictionary_(dictionary) {
     Reserve(std::max({capacity, variable_count, 0}));
 }
 

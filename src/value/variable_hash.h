@@ -47,10 +47,9 @@ class VariableHash {
     // The order of the virtual operations is part of the binary interface: add at the end.
     virtual ~VariableHash();
     // Insert makes a slot, also for a name that has one, and answers its number. The table takes over the
-    // caller's count of the variable. The last form adds the name to the dictionary if id is -1; with a null
-    // name it takes the name from the dictionary by id, and an id that isn't there gets a slot that no search
-    // finds.
+    // caller's count of the variable, which goes by its own name.
     virtual int Insert(Variable* variable);
+    // For a variable to be made when it is needed: by its name, and by the name's number in the dictionary.
     virtual int Insert(const char* name, int name_length);
     virtual int Insert(int id);
     // Makes slot and variable where they are missing.
@@ -65,6 +64,8 @@ class VariableHash {
                                   int append);
     // The slot of a name, or of the name with that id if name is null; -1 without one. entry may be null.
     virtual int Seek(int id, const char* name, int name_length, _VH_Entry** entry);
+    // All of the above. With an id of -1 the name goes into the dictionary; with a null name it comes from
+    // there by id, and an id that isn't there gets a slot that no search finds. variable may be null.
     virtual int Insert(int id, const char* name, int name_length, Variable* variable);
     // Marks what is stored now: the depth of Push.
     virtual int Version();
@@ -107,7 +108,7 @@ class VariableHash {
     [[nodiscard]] Dictionary* dictionary() const { return dictionary_; }
 
   protected:
-    // An array from calloc, so that it can grow where it stands and costs no memory before it is used.
+    // An array from realloc, so that it can grow where it stands.
     struct Free_Array {
         void operator()(void* array) const { std::free(array); }
     };
@@ -119,16 +120,16 @@ class VariableHash {
     const char* Name_Of(int slot, int* length) const;
     // A new variable with the slot's name, counted for the caller.
     [[nodiscard]] Variable* New_Variable(int slot) const;
-    // A new reference under the slot's name, counted likewise.
+    // A new reference under the slot's name, counted for the caller, too.
     [[nodiscard]] Variable* New_Reference(int slot, Variable* target) const;
 
     // The order of the members is part of the binary interface.
     ChainHeads buckets; // the head slot of each chain
     int bucket_bits;
-    int bucket_size;    // 1 << bucket_bits
-    int bucket_entries; // buckets in use
-    Array<int> next;    // next slot in the chain, -1 at its end
-    int capacity;       // of next and entries
+    int bucket_size;        // 1 << bucket_bits
+    int bucket_entries = 0; // buckets in use
+    Array<int> next;        // next slot in the chain, -1 at its end
+    int capacity = 0;       // of next and entries
     Array<_VH_Entry> entries;
     int variable_count; // slots in use
     Dictionary* dictionary_;
