@@ -7,18 +7,17 @@
 #include <cstdint>
 #include <vector>
 
-AggregateIndex::AggregateIndex() : number(-1) {
-}
+AggregateIndex::AggregateIndex() = default;
 
 AggregateIndex::AggregateIndex(const AggregateIndex& other) : number(other.number) {
     name = other.name;
 }
 
-AggregateIndex::AggregateIndex(const String& name) : number(-1) {
+AggregateIndex::AggregateIndex(const String& name) {
     this->name = name;
 }
 
-AggregateIndex::AggregateIndex(const char* name, int name_length) : name(name, name_length), number(-1) {
+AggregateIndex::AggregateIndex(const char* name, int name_length) : name(name, name_length) {
 }
 
 AggregateIndex::AggregateIndex(int number) : number(std::max(number, 0)) {
@@ -56,8 +55,7 @@ const String& AggregateIndex::serialized() {
 }
 
 AggregateElement::AggregateElement(const AggregateIndex& index, Variable* variable)
-    : index_(index), var_(variable) {
-    var_->IncRefCount();
+    : index_(index), var_(Hold(variable)) {
 }
 
 AggregateElement::AggregateElement(const AggregateIndex& index) : index_(index), var_(new Variable) {
@@ -67,23 +65,18 @@ AggregateElement::AggregateElement(const AggregateElement& other)
     : index_(other.index_), var_(new Variable(*other.var_)) {
 }
 
-AggregateElement::~AggregateElement() {
-    var_->DecRefCount();
-}
+AggregateElement::~AggregateElement() = default;
 
 AggregateIndex& AggregateElement::index() {
     return index_;
 }
 
 Variable* AggregateElement::var() {
-    return var_;
+    return var_.get();
 }
 
 void AggregateElement::SetVariable(Variable* variable) {
-    variable->IncRefCount();
-    Variable* old = var_;
-    var_ = variable;
-    old->DecRefCount();
+    var_ = Hold(variable);
 }
 
 AggregateElementTree::AggregateElementTree() : SplayTree(1) {

@@ -39,7 +39,7 @@ class AggregateIndex {
     [[nodiscard]] int Compare_Names(const AggregateIndex& other) const;
 
     String name;        // of a number its digits, once they were asked for
-    int number;         // -1 for a name
+    int number = -1;    // -1 for a name
     String serialized_; // unassigned until asked for
 };
 
@@ -65,7 +65,7 @@ class AggregateElement {
 
   private:
     AggregateIndex index_;
-    Variable* var_;
+    VariableHold var_;
 };
 
 inline int Splay_Compare(const AggregateIndex& key, const AggregateElement& element) {

@@ -5,13 +5,11 @@
 // A variable becomes a callback structure where it stands.
 static_assert(sizeof(CallbackStructVariable) == sizeof(Variable));
 
-CallbackVariableCallback::CallbackVariableCallback() : attached(nullptr), result(new Variable) {
-}
+CallbackVariableCallback::CallbackVariableCallback() = default;
 
 CallbackVariableCallback::~CallbackVariableCallback() {
     if (attached)
         attached->Detach();
-    result->DecRefCount();
 }
 
 void CallbackVariableCallback::Attach(CallbackVariable* variable) {
@@ -31,7 +29,7 @@ void CallbackVariableCallback::Discard() {
 }
 
 Variable* CallbackVariableCallback::return_value() {
-    return result;
+    return result.get();
 }
 
 CallbackVariable::CallbackVariable(CallbackVariableCallback* callback) {

@@ -10,6 +10,11 @@ class CallbackVariable;
 // What an engine or an extension supplies to answer for the members of a CallbackStructVariable. Made on the
 // heap by its supplier, and then owned by the variable that it is attached to, which discards it when it
 // goes.
+//
+// Callback and variable know each other, and both have a Detach: whichever is called first takes back both
+// links by calling the other one, and the callback is the caller's then. Suppliers call it to take a callback
+// back. Besides, the variable's is called when its callback is attached to another variable, is replaced or
+// deleted, and by its own destructor, which discards the callback right after it.
 class CallbackVariableCallback {
   public:
     CallbackVariableCallback();
@@ -20,9 +25,9 @@ class CallbackVariableCallback {
     virtual ~CallbackVariableCallback();
     // Called by the variable that takes the callback. A variable that had it before is detached.
     virtual void Attach(CallbackVariable* variable);
-    // Takes the callback from its variable, if it has one: it is the caller's then.
+    // Nothing without a variable.
     virtual void Detach();
-    // Deletes the callback.
+    // Deletes the callback. Called by the owner that lets it go: a variable, or who has detached it.
     virtual void Discard();
     // Whether there is a member of that name: it is stored in variable, or its value put in return_value().
     virtual bool Lookup(CallbackStructVariable* variable, AggregateIndex index) = 0;
@@ -31,8 +36,8 @@ class CallbackVariableCallback {
 
   protected:
     // The order of the members is part of the binary interface.
-    CallbackVariable* attached; // null without one
-    Variable* result;           // counted
+    CallbackVariable* attached = nullptr; // null without one
+    VariableHold result{new Variable};
 };
 
 // A variable with a callback, which it owns.
@@ -47,7 +52,7 @@ class CallbackVariable : public Variable {
     void Make_Reference(Variable* target) override;
     // Puts another callback in place and discards the old one.
     void Make_CallbackStruct(CallbackVariableCallback* callback) override;
-    // Forgets the callback, which is then the caller's.
+    // Nothing without a callback.
     virtual void Detach();
 
   protected:

@@ -13,13 +13,14 @@ bool Holds_Its_Variables(VariableHash& table) {
 
 ClonedVariableHash::ClonedVariableHash(TarnApplication* application, Dictionary* dictionary,
                                        VariableHash& source, bool clone)
-    : ForwardingVariableHash(application, dictionary, source, clone && Holds_Its_Variables(source)),
-      target_dictionary(nullptr) {
+    : ForwardingVariableHash(application, dictionary, source, clone && Holds_Its_Variables(source)) {
     if (Holds_Its_Variables(source))
         return;
     VariableHash* real = source.RealIdentity();
-    if (real != &source)
-        dictionary = target_dictionary = new Dictionary(*real->dictionary());
+    if (real != &source) {
+        target_dictionary = std::make_unique<Dictionary>(*real->dictionary());
+        dictionary = target_dictionary.get();
+    }
     if (real->AsSystem())
         target = new SystemVariableHash(application, dictionary, *real, clone);
     else
@@ -29,5 +30,4 @@ ClonedVariableHash::ClonedVariableHash(TarnApplication* application, Dictionary*
 ClonedVariableHash::~ClonedVariableHash() {
     if (target != this)
         delete target;
-    delete target_dictionary;
 }

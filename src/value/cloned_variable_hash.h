@@ -3,6 +3,8 @@
 
 #include "value/forwarding_variable_hash.h"
 
+#include <memory>
+
 // A private version of a table for one execution. A clone of an ordinary table holds its variables itself; a
 // clone of a table that looks through to another one has a private version of that one too, which it owns and
 // looks through to; so has a clone of a SystemVariableHash.
@@ -15,8 +17,8 @@ class ClonedVariableHash : public ForwardingVariableHash {
     ~ClonedVariableHash() override;
 
   private:
-    Dictionary*
-        target_dictionary; // owned: the one of the private version; null if that has ours or there is none
+    // Of the private version; null if that has ours or there is none.
+    std::unique_ptr<Dictionary> target_dictionary;
 };
 
 #endif

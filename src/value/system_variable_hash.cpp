@@ -1,25 +1,18 @@
 #include "value/system_variable_hash.h"
 
-#include "value/variable.h"
-
 #include <memory>
 #include <utility>
 
 SystemVariableHash::SystemVariableHash(Dictionary* dictionary, int bucket_bits, int capacity)
-    : VariableHash(dictionary, bucket_bits, capacity, 0), level(0), scopes(1), current(nullptr) {
+    : VariableHash(dictionary, bucket_bits, capacity, 0) {
 }
 
 SystemVariableHash::SystemVariableHash(TarnApplication* application, Dictionary* dictionary,
                                        VariableHash& source, bool clone)
-    : VariableHash(application, dictionary, source, clone), level(0), scopes(1), current(nullptr) {
+    : VariableHash(application, dictionary, source, clone) {
 }
 
-SystemVariableHash::~SystemVariableHash() {
-    for (List<_SVH_Entry>* scope = scopes.Top(); scope; scope = scopes.Peek())
-        for (_SVH_Entry* entry = scope->First(); entry; entry = scope->Next())
-            if (entry->var)
-                entry->var->DecRefCount();
-}
+SystemVariableHash::~SystemVariableHash() = default;
 
 void SystemVariableHash::SetVariable(Variable* variable) {
     const int slot = Seek(-1, variable->name().text(), variable->name().length(), nullptr);
@@ -86,7 +79,7 @@ SystemVariableHash* SystemVariableHash::AsSystem() {
 }
 
 void SystemVariableHash::Record(int slot, int version, Variable* variable) {
-    current->Insert(new _SVH_Entry{slot, version, variable}, LIST_LAST);
+    current->Insert(new _SVH_Entry{slot, version, VariableHold(variable)}, LIST_LAST);
 }
 
 void SystemVariableHash::Store(int slot, Variable* variable) {
@@ -96,12 +89,9 @@ void SystemVariableHash::Store(int slot, Variable* variable) {
 }
 
 // The slot may be gone if the table was read anew since.
-void SystemVariableHash::Restore(const _SVH_Entry& entry) {
-    Variable* released = entry.var;
-    if (Is_Slot(entry.slot)) {
-        released = std::exchange(entries[entry.slot].var, entry.var);
-        entries[entry.slot].version = entry.version;
-    }
-    if (released)
-        released->DecRefCount();
+void SystemVariableHash::Restore(_SVH_Entry& entry) {
+    if (!Is_Slot(entry.slot))
+        return;
+    entries[entry.slot].version = entry.version;
+    const VariableHold present(std::exchange(entries[entry.slot].var, entry.var.release()));
 }

@@ -3,13 +3,14 @@
 
 #include "core/list.h"
 #include "core/stack.h"
+#include "value/variable.h"
 #include "value/variable_hash.h"
 
 // What a slot held before a change within an open scope.
 struct _SVH_Entry {
     int slot;
     int version;
-    Variable* var; // the table's count went here; null for none
+    VariableHold var; // has the table's count; null for none
 };
 
 // The system variables: a table with scopes. While one is open, whatever stores another variable in a slot
@@ -42,15 +43,16 @@ class SystemVariableHash : public VariableHash {
     SystemVariableHash* AsSystem() override;
 
   private:
+    // Takes over the count of variable, which may be null.
     void Record(int slot, int version, Variable* variable);
     // Stores variable and keeps what was there for Pop.
     void Store(int slot, Variable* variable);
-    void Restore(const _SVH_Entry& entry);
+    void Restore(_SVH_Entry& entry);
 
     // The order of the members is part of the binary interface.
-    int level; // scopes open
-    Stack<List<_SVH_Entry>> scopes;
-    List<_SVH_Entry>* current; // the top of scopes, null without
+    int level = 0; // scopes open
+    Stack<List<_SVH_Entry>> scopes{1};
+    List<_SVH_Entry>* current = nullptr; // the top of scopes, null without
 };
 
 #endif

@@ -10,10 +10,7 @@
 #include <new>
 #include <utility>
 
-Variable::Variable()
-    : integer(0), decimal(nullptr), valid(0), primary(VALUE_NONE), aggregate(AGGREGATE_NONE),
-      elements(nullptr), refcount_(1), link() {
-}
+Variable::Variable() = default;
 
 Variable::Variable(const char* name, int name_length) : Variable() {
     name_.assign(name, name_length);
@@ -57,12 +54,11 @@ Variable::Variable(const Variable& other) : Variable() {
 Variable::Variable(Variable&& other) noexcept
     : name_(std::move(other.name_)), string(std::move(other.string)), integer(other.integer),
       decimal(std::exchange(other.decimal, nullptr)), valid(other.valid), primary(other.primary),
-      aggregate(std::exchange(other.aggregate, AGGREGATE_NONE)),
-      elements(std::exchange(other.elements, nullptr)), refcount_(other.refcount_), link(other.link) {
+      aggregate(std::exchange(other.aggregate, AGGREGATE_NONE)), elements(std::move(other.elements)),
+      refcount_(other.refcount_), link(other.link) {
 }
 
 Variable::~Variable() {
-    delete elements;
     if (decimal)
         mpd_del(decimal);
 }
@@ -132,7 +128,7 @@ bool Variable::SetNULL() {
 }
 
 AggregateElementTree* Variable::aggregateelements() {
-    return elements;
+    return elements.get();
 }
 
 AggregateType Variable::aggregatetype() {
@@ -203,7 +199,7 @@ void Variable::Serialize(String& out) {
         return;
     }
     ElementWalk walk;
-    walk.Enter(elements);
+    walk.Enter(elements.get());
     for (int depth = 1; depth;) {
         AggregateElement* element = walk.Next();
         if (!element) {
@@ -236,13 +232,12 @@ ImmutableVariable* Variable::AsImmutable() {
     return nullptr;
 }
 
-void Variable::Replace_Elements(AggregateElementTree* tree, AggregateType type) {
-    AggregateElementTree* old = elements;
-    elements = tree;
+// What goes may hang on the variable, so it goes last.
+void Variable::Replace_Elements(std::unique_ptr<AggregateElementTree> tree, AggregateType type) {
+    const auto old = std::exchange(elements, std::move(tree));
     aggregate = type;
     valid = 0;
     primary = VALUE_NONE;
-    delete old;
 }
 
 void Variable::Set_Scalar(unsigned char representation, int type) {

@@ -45,6 +45,9 @@ enum VariableKind {
 // DecRefCount takes the last one. Tables, lists and aggregates that are given a variable add a count of their
 // own.
 //
+// Tarn_MPD_Context has to be set up before the first decimal is made, by mpd_ieee_context: all decimals,
+// those that text and comparisons take along included, are computed in it.
+//
 // No operation fails: text that is no number reads as 0, and element operations that make no sense for the
 // variable do nothing or answer 0 or null. Lengths of -1 mean up to the NUL.
 class Variable {
@@ -138,7 +141,8 @@ class Variable {
     virtual void IncRefCount();
     virtual void DecRefCount();
 
-    // Make a representation valid. The primary type stays.
+    // Make a representation valid, out of the others; the primary type stays. What the value has only in the
+    // form asked for is lost: text becomes "", a number 0. The readings above call these only at need.
     virtual void Convert_String();
     virtual void Convert_Integer();
     virtual void Convert_mpd();
@@ -156,9 +160,7 @@ class Variable {
     // The variable itself if it is an ImmutableVariable, else null.
     [[nodiscard]] virtual ImmutableVariable* AsImmutable();
 
-    friend std::string_view Hash_Key(const Variable& variable) {
-        return {variable.name_.text(), static_cast<size_t>(variable.name_.length())};
-    }
+    friend std::string_view Hash_Key(const Variable& variable) { return variable.name_.view(); }
 
   protected:
     friend class AggregateElementTree;
@@ -178,8 +180,8 @@ class Variable {
 
     // A copy of what the source has at the end of its references.
     void Set_From(Variable& source, ElementCopies copies);
-    // The variable becomes that aggregate without a value, or NULL. Takes tree.
-    void Replace_Elements(AggregateElementTree* tree, AggregateType type);
+    // The variable becomes that aggregate without a value, or NULL.
+    void Replace_Elements(std::unique_ptr<AggregateElementTree> tree, AggregateType type);
     // The variable becomes a scalar with this one representation.
     void Set_Scalar(unsigned char representation, int type);
     // The elements that go when one more count of this variable does, at the end of references if it is one;
@@ -189,20 +191,21 @@ class Variable {
     // The order of the members is part of the binary interface.
     String name_;
     String string;
-    int integer;
-    mpd_t* decimal; // owned; null until needed, kept for reuse when not valid
-    unsigned char valid;
-    int primary;
-    AggregateType aggregate;
-    AggregateElementTree* elements; // owned; null exactly for AGGREGATE_NONE
-    int refcount_;
+    int integer = 0;
+    mpd_t* decimal = nullptr; // owned; null until needed, kept for reuse when not valid
+    unsigned char valid = 0;
+    int primary = VALUE_NONE;
+    AggregateType aggregate = AGGREGATE_NONE;
+    std::unique_ptr<AggregateElementTree> elements; // null exactly for AGGREGATE_NONE
+    int refcount_ = 1;
     union {
         Variable* target;                   // of a ReferenceVariable
         CallbackVariableCallback* callback; // of a CallbackVariable, owned
-    } link;
+    } link{};
 
   private:
-    [[nodiscard]] static AggregateElementTree* Copy_Tree(AggregateElementTree& source, ElementCopies copies);
+    [[nodiscard]] static std::unique_ptr<AggregateElementTree> Copy_Tree(AggregateElementTree& source,
+                                                                         ElementCopies copies);
     void Copy_Scalar(Variable& source);
     void Copy_Representations(Variable& source);
     void Copy_Preferred(Variable& source);

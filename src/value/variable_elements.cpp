@@ -1,5 +1,9 @@
 // Arrays and structures: the element operations of Variable. A variable that is being stored may hang on what
 // the operation drops, so it is held until it stands at its place.
+//
+// Removing an element can leave greater keys to the left of lesser ones (see SplayTree::Remove). First, Last,
+// Next and Previous then answer what stands where the least, the greatest or a neighbour should be, and Find
+// misses keys. Scripts see that, so nothing here mends it; loops over such a tree only have to end.
 
 #include "value/aggregate.h"
 #include "value/element_walk.h"
@@ -20,25 +24,25 @@ int Number_Of(AggregateElement* element) {
     return element ? element->index().Number() : 0;
 }
 
-void Insert_Element(AggregateElementTree* tree, std::unique_ptr<AggregateElement> element) {
-    tree->Insert(element.get());
+void Insert_Element(AggregateElementTree& tree, std::unique_ptr<AggregateElement> element) {
+    tree.Insert(element.get());
     (void)element.release();
 }
 
 // Moves the elements from the number from on up by count. False, and nothing moves, if the last one would go
-// too far. A number behind the last one is no exception: a tree that lost its order may hold greater ones.
-bool Open_Gap(AggregateElementTree* tree, int64_t from, int64_t count) {
-    const int64_t last = Number_Of(tree->Last());
+// too far. A number behind the last one is no exception, since the last one need not be the greatest.
+bool Open_Gap(AggregateElementTree& tree, int64_t from, int64_t count) {
+    const int64_t last = Number_Of(tree.Last());
     if (from <= last && last + count > highest_index)
         return false;
     if (from <= highest_index)
-        tree->Displace(static_cast<int>(from), static_cast<int>(count));
+        tree.Displace(static_cast<int>(from), static_cast<int>(count));
     return true;
 }
 
 // The last element below the number end.
-AggregateElement* Last_Below(AggregateElementTree* tree, int64_t end) {
-    return end > highest_index ? tree->Last() : tree->Previous(static_cast<int>(end));
+AggregateElement* Last_Below(const AggregateElementTree& tree, int64_t end) {
+    return end > highest_index ? tree.Last() : tree.Previous(static_cast<int>(end));
 }
 
 // Puts an element's variable, or a copy of it, at a place of target.
@@ -49,14 +53,13 @@ void Store(Variable* target, int64_t number, Variable* variable, bool clone) {
     target->SetElement(static_cast<int>(number), stored.get());
 }
 
-// Stores the elements of tree from start up to but excluding end, each offset places further on. Both walks
-// stop where the numbers don't rise or fall as they should: a tree that lost its order must not make them go
-// in a circle.
-void Store_Forward(Variable* target, AggregateElementTree* tree, int64_t start, int64_t end, int64_t offset,
-                   bool clone) {
+// Stores the elements of tree from start up to but excluding end, each offset places further on; backward
+// begins with the last of them. Both stop at a number that is no further than the one before.
+void Store_Forward(Variable* target, const AggregateElementTree& tree, int64_t start, int64_t end,
+                   int64_t offset, bool clone) {
     int64_t number = start - 1;
     while (number < highest_index) {
-        AggregateElement* element = tree->Next(static_cast<int>(number));
+        AggregateElement* element = tree.Next(static_cast<int>(number));
         if (!element || element->index().Number() <= number || element->index().Number() >= end)
             return;
         number = element->index().Number();
@@ -64,23 +67,23 @@ void Store_Forward(Variable* target, AggregateElementTree* tree, int64_t start, 
     }
 }
 
-void Store_Backward(Variable* target, AggregateElementTree* tree, int64_t start, int64_t end, int64_t offset,
-                    bool clone) {
+void Store_Backward(Variable* target, const AggregateElementTree& tree, int64_t start, int64_t end,
+                    int64_t offset, bool clone) {
     int64_t number = end;
     AggregateElement* element = Last_Below(tree, end);
     while (element && element->index().Number() < number && element->index().Number() >= start) {
         number = element->index().Number();
         Store(target, number + offset, element->var(), clone);
-        element = tree->Previous(static_cast<int>(number));
+        element = tree.Previous(static_cast<int>(number));
     }
 }
 
-// False if there is no element there, and if a tree that lost its order doesn't find it.
-bool Delete_Last_Between(AggregateElementTree* tree, int start, int64_t end) {
+// False if there is no element there, or if it isn't found again by its number.
+bool Delete_Last_Between(AggregateElementTree& tree, int start, int64_t end) {
     AggregateElement* last = Last_Below(tree, end);
     if (!last || last->index().Number() < start)
         return false;
-    std::unique_ptr<AggregateElement> removed(tree->Remove(last->index()));
+    std::unique_ptr<AggregateElement> removed(tree.Remove(last->index()));
     return removed != nullptr;
 }
 
@@ -101,7 +104,7 @@ Variable* Variable::Element(const AggregateIndex& index, int create) {
     auto element = std::make_unique<AggregateElement>(index);
     Variable* variable = element->var();
     Convert_Aggregate(index.Kind());
-    Insert_Element(elements, std::move(element));
+    Insert_Element(*elements, std::move(element));
     return variable;
 }
 
@@ -113,7 +116,7 @@ bool Variable::SetElement(const AggregateIndex& index, Variable* variable) {
         }
     auto element = std::make_unique<AggregateElement>(index, variable);
     Convert_Aggregate(index.Kind());
-    Insert_Element(elements, std::move(element));
+    Insert_Element(*elements, std::move(element));
     return true;
 }
 
@@ -124,8 +127,8 @@ void Variable::InsertElement(int position, Variable* variable) {
         return;
     auto element = std::make_unique<AggregateElement>(static_cast<int>(number), variable);
     Convert_Aggregate(AGGREGATE_ARRAY);
-    if (append || Open_Gap(elements, number, 1))
-        Insert_Element(elements, std::move(element));
+    if (append || Open_Gap(*elements, number, 1))
+        Insert_Element(*elements, std::move(element));
 }
 
 void Variable::DeleteElement(const AggregateIndex& index, bool collapse) {
@@ -142,7 +145,7 @@ void Variable::DeleteElements(int start, int count, bool collapse) {
         return;
     Convert_Aggregate(AGGREGATE_ARRAY);
     const int64_t end = count == -1 ? highest_index + 1 : int64_t{start} + count;
-    while (Delete_Last_Between(elements, start, end)) {
+    while (Delete_Last_Between(*elements, start, end)) {
     }
     if (collapse && count > 0 && end <= highest_index)
         elements->Displace(static_cast<int>(end), -count);
@@ -160,19 +163,19 @@ void Variable::MergeElements(Variable* source, int start, int count, int dest, b
             wanted += 1 - first;
     }
     const int64_t target = dest < 1 ? int64_t{Variable::Max()} + 1 : dest;
-    if (wanted < 1 || !Open_Gap(elements, target, wanted) || source->aggregatetype() != AGGREGATE_ARRAY)
+    if (wanted < 1 || !Open_Gap(*elements, target, wanted) || source->aggregatetype() != AGGREGATE_ARRAY)
         return;
     int64_t end = first + wanted;
     int64_t offset = target - first;
     // The gap has moved what of this array's own range stood behind it.
     if (source == this && end > target) {
         if (first < target)
-            Store_Forward(this, elements, first, target, offset, clone);
+            Store_Forward(this, *elements, first, target, offset, clone);
         first = std::max(first, target) + wanted;
         end += wanted;
         offset -= wanted;
     }
-    Store_Forward(this, source->aggregateelements(), first, end, offset, clone);
+    Store_Forward(this, *source->aggregateelements(), first, end, offset, clone);
 }
 
 void Variable::CopyElements(Variable* source, int start, int count, int dest, bool clone) {
@@ -190,7 +193,7 @@ void Variable::CopyElements(Variable* source, int start, int count, int dest, bo
         return;
     // The order in which an overlap is read before it is overwritten.
     auto store = first <= target ? Store_Backward : Store_Forward;
-    store(this, source->aggregateelements(), first, end, target - first, clone);
+    store(this, *source->aggregateelements(), first, end, target - first, clone);
 }
 
 int Variable::CollapseElements() {
@@ -230,11 +233,12 @@ int Variable::ElementsUsed() {
 
 bool Variable::Convert_Aggregate(AggregateType type) {
     if (aggregate != type)
-        Replace_Elements(type == AGGREGATE_NONE ? nullptr : new AggregateElementTree, type);
+        Replace_Elements(type == AGGREGATE_NONE ? nullptr : std::make_unique<AggregateElementTree>(), type);
     return true;
 }
 
-AggregateElementTree* Variable::Copy_Tree(AggregateElementTree& source, ElementCopies copies) {
+std::unique_ptr<AggregateElementTree> Variable::Copy_Tree(AggregateElementTree& source,
+                                                          ElementCopies copies) {
     auto copy = std::make_unique<AggregateElementTree>();
     ElementWalk walk(ElementOrder::Of_Copies);
     walk.Enter(&source);
@@ -248,7 +252,7 @@ AggregateElementTree* Variable::Copy_Tree(AggregateElementTree& source, ElementC
         Variable* original = element->var();
         const bool shared = copies == ElementCopies::Immutable_Shared && original->AsImmutable();
         VariableHold stored = shared ? Hold(original) : Empty_Copy(*original, copies != ElementCopies::Plain);
-        Insert_Element(open.back(), std::make_unique<AggregateElement>(element->index(), stored.get()));
+        Insert_Element(*open.back(), std::make_unique<AggregateElement>(element->index(), stored.get()));
         if (shared)
             continue;
         Variable* real = original->RealIdentity();
@@ -257,15 +261,15 @@ AggregateElementTree* Variable::Copy_Tree(AggregateElementTree& source, ElementC
             stored->Variable::SetValue(*original);
         else if (walk.Enter(inner)) {
             stored->Variable::Convert_Aggregate(real->aggregatetype());
-            open.push_back(stored->elements);
+            open.push_back(stored->elements.get());
         }
     }
-    return copy.release();
+    return copy;
 }
 
 AggregateElementTree* Variable::Dying_Elements() {
     Variable* last = this;
     while (last->type() == VARIABLE_REFERENCE)
         last = last->NextIdentity();
-    return last->refcount_ == 1 ? last->elements : nullptr;
+    return last->refcount_ == 1 ? last->elements.get() : nullptr;
 }
