@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
+#include <malloc.h>
 #include <memory>
 #include <new>
 
@@ -14,8 +15,7 @@ namespace {
 constexpr int capacity_unit = 24;
 
 // The size of the array when text was appended beyond its capacity: the next power of two, or the middle
-// between two. A capacity that grows within that size finds the same size again, so it needs no field of its
-// own.
+// between two.
 size_t Size_With_Spare(size_t capacity) {
     const size_t step = std::bit_floor(capacity) / 2;
     return (capacity + step - 1) / step * step;
@@ -52,7 +52,7 @@ String& String::operator=(const String& other) {
 
 // Takes the other's buffer only where a copy would have made just the same one.
 String& String::operator=(String&& other) {
-    if (other.buffer && capacity() <= other.length_ && other.capacity() == Capacity_For(other.length_)) {
+    if (other.buffer && capacity_ <= other.length_ && other.capacity_ == Capacity_For(other.length_)) {
         delete[] buffer;
         Take(other);
     } else
@@ -69,22 +69,21 @@ String& String::operator+=(const String& other) {
 void String::Take(String& other) noexcept {
     buffer = other.buffer;
     capacity_ = other.capacity_;
-    has_spare = other.has_spare;
     length_ = other.length_;
     other.Forget_Buffer();
+    if (buffer)
+        End_At(length_);
 }
 
 void String::Forget_Buffer() {
     buffer = nullptr;
-    capacity_ = has_spare = 0;
-    length_ = 0;
+    capacity_ = length_ = 0;
 }
 
 void String::Replace_Buffer(char* p, int len, int cap) {
     delete[] buffer;
     buffer = p;
-    capacity_ = static_cast<uint32_t>(cap);
-    has_spare = 0;
+    capacity_ = cap;
     End_At(len);
 }
 
@@ -94,7 +93,7 @@ void String::assign(char c) {
 
 void String::assign(const char* s, int len) {
     len = Text_Length(s, len);
-    if (capacity() <= len) {
+    if (capacity_ <= len) {
         const int new_capacity = Capacity_For(len);
         char* p = new char[static_cast<size_t>(new_capacity)];
         Copy_To(p, s, len);
@@ -121,7 +120,7 @@ char* String::release(int* len, int* cap) {
     if (len)
         *len = length_;
     if (cap)
-        *cap = capacity();
+        *cap = capacity_;
     char* p = buffer;
     Forget_Buffer();
     return p;
@@ -135,7 +134,7 @@ void String::Cat_Slowly(char c) {
     if (!buffer)
         assign(c);
     else
-        Grow_To(Rounded_Capacity(int64_t{capacity()} + 1), &c, 1);
+        Grow_To(Rounded_Capacity(int64_t{capacity_} + 1), &c, 1);
 }
 
 void String::Cat_Slowly(const char* s, int len) {
@@ -145,7 +144,7 @@ void String::Cat_Slowly(const char* s, int len) {
     }
     len = Text_Length(s, len);
     const int64_t new_length = int64_t{length_} + len;
-    if (capacity() <= new_length)
+    if (capacity_ <= new_length)
         Grow_To(Capacity_For(new_length), s, len);
     else if (len > 0)
         Append_In_Place(s, len);
@@ -153,24 +152,25 @@ void String::Cat_Slowly(const char* s, int len) {
         End_At(length_);
 }
 
-// Appends s, which the new capacity holds, and goes over to that capacity.
+// Appends s, which the new capacity holds, and goes over to that capacity. The array is made longer than
+// that, so that a long text that grows by small pieces need not move each time. No field is left to tell how
+// long it is; the allocator knows, also of an array that was released and adopted in between.
 void String::Grow_To(int new_capacity, const char* s, int len) {
-    const auto wanted = static_cast<uint32_t>(new_capacity);
-    if (has_spare && wanted <= Size_With_Spare(capacity_)) {
-        capacity_ = wanted;
+    const size_t size = Size_With_Spare(static_cast<size_t>(new_capacity));
+    if (malloc_usable_size(buffer) >= size) {
+        capacity_ = new_capacity;
         Append_In_Place(s, len);
         return;
     }
-    char* grown = new char[Size_With_Spare(wanted)];
+    char* grown = new char[size];
     Copy_To(Copy_To(grown, buffer, length_), s, len);
     Replace_Buffer(grown, length_ + len, new_capacity);
-    has_spare = 1;
 }
 
 void String::prepend(const char* s, int len) {
     len = Text_Length(s, len);
     const int64_t new_length = int64_t{length_} + len;
-    const int new_capacity = new_length < capacity() ? capacity() : Capacity_For(new_length);
+    const int new_capacity = new_length < capacity_ ? capacity_ : Capacity_For(new_length);
     char* p = new char[static_cast<size_t>(new_capacity)];
     Copy_To(Copy_To(p, s, len), buffer, length_);
     Replace_Buffer(p, length_ + len, new_capacity);

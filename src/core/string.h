@@ -19,10 +19,11 @@
 // throw std::bad_alloc and leave the String as it was.
 class String {
   public:
-    String() : capacity_(0), has_spare(0) {}
+    String() = default;
     // Always gets a buffer, for an empty text and for an unassigned String too.
     String(const char* s, int len = -1) : String() { assign(s, len); }
     String(const String& other) : String() { assign(other.buffer, other.length_); }
+    // Takes the buffer and leaves the other String unassigned. A NUL stands behind the text again.
     String(String&& other) noexcept : String() { Take(other); }
     // Adopts p as assign_nocopy does.
     String(char* p, int len, int cap) : String() { assign_nocopy(p, len, cap); }
@@ -40,7 +41,7 @@ class String {
     const char* text() const { return buffer ? buffer : ""; }
     int length() const { return length_; }
     // Bytes of the buffer, 0 without one.
-    int capacity() const { return static_cast<int>(capacity_); }
+    int capacity() const { return capacity_; }
     std::string_view view() const { return {text(), static_cast<size_t>(length_)}; }
 
     void assign(char c);
@@ -55,13 +56,13 @@ class String {
 
     // Keeps one byte more than it needs: grows when length + 2 reaches the capacity.
     void cat(char c) {
-        if (length_ + 2 < capacity())
+        if (length_ + 2 < capacity_)
             Append_In_Place(&c, 1);
         else
             Cat_Slowly(c);
     }
     void cat(const char* s, int len) {
-        if (len > 0 && s && capacity() - length_ > len)
+        if (len > 0 && s && capacity_ - length_ > len)
             Append_In_Place(s, len);
         else
             Cat_Slowly(s, len);
@@ -136,10 +137,7 @@ class String {
 
     // The order of the fields is part of the binary interface.
     char* buffer = nullptr;
-    uint32_t capacity_ : 31;
-    // The array is longer than the capacity says, by a rule that string.cpp knows: long texts that grow by
-    // small pieces need not move each time. The bit would be the sign of the capacity.
-    uint32_t has_spare : 1;
+    int32_t capacity_ = 0; // what the rule says, see Grow_To; the array may be longer
     int32_t length_ = 0;
 };
 

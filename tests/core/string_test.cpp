@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::string_literals;
 
-String Text(const std::string& text) {
+String Text(std::string_view text) {
     return String(text.data(), static_cast<int>(text.size()));
 }
 
@@ -68,6 +68,9 @@ TEST(String, Appending_Follows_The_Rule_At_Any_Length) {
             expected.resize(expected.size() - std::min<size_t>(expected.size(), random() % 200));
             s.truncate(static_cast<unsigned>(expected.size()));
         }
+        int32_t field; // that stands behind the pointer
+        std::memcpy(&field, reinterpret_cast<const char*>(&s) + sizeof(char*), sizeof field);
+        ASSERT_EQ(field, capacity);
         ASSERT_EQ(s.capacity(), capacity);
         ASSERT_EQ(s.view(), expected);
     }
@@ -110,6 +113,13 @@ TEST(String, Chop_And_Truncate_Write_No_NUL) {
     EXPECT_STREQ(s.from(0).text(), "a");
     s.cat("x", -1);
     EXPECT_STREQ(s.text(), "ax");
+    // A move stores the text anew, NUL included.
+    String longer(std::string(30, 'y').c_str()), target("z");
+    longer.truncate(26);
+    target = std::move(longer);
+    EXPECT_EQ(std::strlen(target.text()), 26u);
+    target.truncate(20);
+    EXPECT_EQ(std::strlen(String(std::move(target)).text()), 20u);
 }
 
 TEST(String, Length_Beyond_31_Bits_Throws_And_Changes_Nothing) {
