@@ -2,6 +2,7 @@
 #define CORE_HASH_TABLE_H
 
 #include "core/index_hash.h"
+#include "core/resized_array.h"
 #include "core/text_length.h"
 #include "core/text_search.h"
 
@@ -18,8 +19,12 @@ class String;
 // What a table has to know about the class of its elements stands beside that class, as an overload found by
 // argument:
 //     std::string_view Hash_Key(const T& element);
-// The key must not change while the element is in a table. A class whose keys compare without regard to case
-// even in a table that hashes by case says so here.
+// and is called afresh at each use. What the key points to must live, unchanged, as long as the element is in
+// a table, also in one that doesn't own it.
+//
+// A class whose keys compare without regard to case whatever the table's flag says has this set. In a table
+// that regards case, two of its keys that differ in case alone are then equals if hash() puts them in one
+// bucket, and strangers if it doesn't: few buckets make more of them equal.
 template <class T>
 inline constexpr bool Hash_Key_Ignores_Case = false;
 
@@ -31,17 +36,19 @@ inline constexpr bool Hash_Key_Ignores_Case<String> = true;
 // Duplicates are not refused: of elements with equal keys the one inserted first is found, then the next
 // after its removal.
 //
-// Beneath, an index by the full hash of the key leads to the slots; it grows with the number of distinct keys
-// and is filled by open addressing. Elements with equal keys share one place of the index and are chained
-// through `next`. A lookup allocates nothing; insertion takes constant time, behind any number of equals too;
-// Dump costs what was in use.
+// Beneath, an index leads from a hash of the key, of its own, to the slots; it grows with the number of
+// distinct keys and is filled by open addressing, so that bucket_bits bounds no speed: it only says what
+// hash() answers. Elements with equal keys share one place of the index and are chained through `next`. A
+// lookup allocates nothing; insertion takes constant time, behind any number of equals too; Dump costs what
+// was in use.
 //
 // The elements are deleted by Dump and by the destructor when the table owns them.
 template <class T>
 class HashTable {
   public:
     // As a rule (1, 1, 12, 512): owning, regardless of case, hash() of 12 bits, room for 512 elements at
-    // first. The room grows by 512 whatever it was; 0 is good.
+    // first. bucket_bits counts as 0 below 0, and as 30 above 30. The room grows by 512 whatever it was; 0 is
+    // good.
     HashTable(int own, int case_insensitive, int bucket_bits, int initial_slots);
     // Shares the elements, with the cursor at 0. The own flag is copied as it stands: of an owning table and
     // its copy only one may be dumped or destroyed with elements in it.
@@ -55,8 +62,12 @@ class HashTable {
     // The bucket of the element's key, as below. The index goes by the key itself: overriding this moves
     // nothing.
     virtual unsigned hash(T* e) const { return Bucket(Hash_Key(*e)); }
+    // Below 0 when the first sorts ahead of the second, 0 when they are equal: by length, the shorter first,
+    // then byte by byte, regardless of case as the table or the class has it. Searches ask only whether the
+    // answer is 0, and only of elements whose keys have one index hash: an override can tell such keys apart,
+    // but can't make others equal.
     virtual int Compare(T* a, T* b) const;
-    virtual int Compare(T* e, const char* key, int len) const { return Compare_Key(e, Key(key, len)); }
+    virtual int Compare(T* e, const char* key, int len) const { return Compare_Key(e, View(key, len)); }
 
     // The low bucket_bits bits of hash or hashi of the key. Here and below a length of -1 means up to the
     // NUL, and a null key is the empty one.
@@ -94,12 +105,13 @@ class HashTable {
         bool has_equals() const { return link & 1; }
     };
 
+    // The order of the fields is part of the binary interface.
     int own;
     int case_insensitive;
     Place* buckets = nullptr; // the index, null until something is inserted
     int bucket_bits;          // of hash()
     int bucket_count;         // 1 << bucket_bits
-    int buckets_used = 0;     // places taken in the index
+    int buckets_used = 0;     // up by each insertion into a free place, down by each removal; decides nothing
     int* next = nullptr;      // meaningful for elements with equals only
     T** slots = nullptr;
     int capacity; // of next and slots, by the rule of 512
@@ -108,16 +120,13 @@ class HashTable {
     bool behind_last = false; // the cursor waits behind the last slot for what comes
     int room = 0;             // what is allocated for next and slots
     size_t places = 0;        // size of the index, a power of two
+    size_t places_used = 0;
 
   private:
     static constexpr int slot_growth = 512;
     static constexpr int least_room = 32;
     static constexpr size_t least_places = 64;
 
-    template <class E>
-    static E* Resize(E* array, size_t count);
-
-    static std::string_view Key(const char* key, int len);
     unsigned Bucket(std::string_view key) const;
     uint32_t Index_Hash(std::string_view key) const;
     uint32_t Index_Hash(T* e) const { return Index_Hash(Hash_Key(*e)); }
@@ -148,15 +157,16 @@ template <class T>
 HashTable<T>::HashTable(const HashTable& other)
     : HashTable(0, other.case_insensitive, other.bucket_bits, other.capacity) {
     if (other.entries) {
-        slots = Resize(slots, other.room);
-        next = Resize(next, other.room);
-        buckets = Resize(buckets, other.places);
+        slots = Resized_Array(slots, static_cast<size_t>(other.room));
+        next = Resized_Array(next, static_cast<size_t>(other.room));
+        buckets = Resized_Array(buckets, other.places);
         std::copy_n(other.slots, other.entries, slots);
         // Parts of it were never set.
         std::memcpy(next, other.next, static_cast<unsigned>(other.entries) * sizeof *next);
         std::copy_n(other.buckets, other.places, buckets);
         room = other.room;
         places = other.places;
+        places_used = other.places_used;
     }
     entries = other.entries;
     buckets_used = other.buckets_used;
@@ -185,7 +195,7 @@ int HashTable<T>::Compare(T* a, T* b) const {
 
 template <class T>
 unsigned HashTable<T>::hash(const char* key, int len) const {
-    return Bucket(Key(key, len));
+    return Bucket(View(key, len));
 }
 
 template <class T>
@@ -199,6 +209,7 @@ void HashTable<T>::Insert(T* e) {
         Append_Equal(*place, slot);
     else {
         *place = {hash, static_cast<uint32_t>(slot + 1) << 1};
+        places_used++;
         buckets_used++;
     }
     entries++;
@@ -206,26 +217,26 @@ void HashTable<T>::Insert(T* e) {
 
 template <class T>
 T* HashTable<T>::Find(const char* key, int len) const {
-    if (!buckets_used)
+    if (!places_used)
         return nullptr;
-    const std::string_view text = Key(key, len);
-    const int length = static_cast<int>(text.size());
+    const std::string_view text = View(key, len);
+    const int length = Length_Of(text);
     return Find_Element(Look_Up(Index_Hash(text), [&](T* e) { return Compare(e, text.data(), length); }));
 }
 
 template <class T>
 T* HashTable<T>::Find(T* e) const {
-    if (!buckets_used)
+    if (!places_used)
         return nullptr;
     return Find_Element(Look_Up(Index_Hash(e), [&](T* other) { return Compare(e, other); }));
 }
 
 template <class T>
 T* HashTable<T>::Remove(const char* key, int len) {
-    if (!buckets_used)
+    if (!places_used)
         return nullptr;
-    const std::string_view text = Key(key, len);
-    const int length = static_cast<int>(text.size());
+    const std::string_view text = View(key, len);
+    const int length = Length_Of(text);
     Place* place = Look_Up(Index_Hash(text), [&](T* e) { return Compare(e, text.data(), length); });
     if (!place->link)
         return nullptr;
@@ -233,25 +244,12 @@ T* HashTable<T>::Remove(const char* key, int len) {
     T* e = slots[slot];
     Remove_First(*place);
     slots[slot] = nullptr;
+    buckets_used--;
     while (entries && !slots[entries - 1])
         entries--;
     if (behind_last)
         cursor = std::min(cursor, entries);
     return e;
-}
-
-template <class T>
-template <class E>
-E* HashTable<T>::Resize(E* array, size_t count) {
-    void* resized = std::realloc(static_cast<void*>(array), count * sizeof(E));
-    if (!resized)
-        throw std::bad_alloc();
-    return static_cast<E*>(resized);
-}
-
-template <class T>
-std::string_view HashTable<T>::Key(const char* key, int len) {
-    return {key ? key : "", static_cast<size_t>(Text_Length(key, len))};
 }
 
 template <class T>
@@ -265,8 +263,9 @@ template <class T>
 uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
     if (case_insensitive)
         return index_hash(key, Joining_Cases());
-    // Keys that differ in case alone are then equals where they meet in one bucket, and strangers elsewhere.
-    return Hash_Key_Ignores_Case<T> ? Bucket(key) : index_hash(key, string_hash_detail::As_Written());
+    // Of keys that differ in case alone those of one bucket have one hash, and those of two buckets two.
+    return Hash_Key_Ignores_Case<T> ? index_hash(key, Joining_Cases()) ^ Bucket(key)
+                                    : index_hash(key, string_hash_detail::As_Written());
 }
 
 // Shorter keys sort first.
@@ -313,11 +312,11 @@ void HashTable<T>::Make_Room() {
     }
     if (entries == room) {
         const int grown = room > INT_MAX / 2 ? INT_MAX : std::max(2 * room, least_room);
-        slots = Resize(slots, grown);
-        next = Resize(next, grown);
+        slots = Resized_Array(slots, static_cast<size_t>(grown));
+        next = Resized_Array(next, static_cast<size_t>(grown));
         room = grown;
     }
-    if ((static_cast<size_t>(buckets_used) + 1) * 4 > places * 3)
+    if ((places_used + 1) * 4 > places * 3)
         Grow_Index();
 }
 
@@ -370,20 +369,21 @@ void HashTable<T>::Free_Place(Place& place) {
         gap = i;
     }
     buckets[gap] = {};
-    buckets_used--;
+    places_used--;
 }
 
 // An index much larger than what was in it is given up, so that clearing it again and again costs no more
 // than its use.
 template <class T>
 void HashTable<T>::Clear_Index() {
-    if (places > least_places + 4 * static_cast<size_t>(buckets_used)) {
+    if (places > least_places + 4 * places_used) {
         std::free(buckets);
         buckets = nullptr;
         places = 0;
     }
     std::fill_n(buckets, places, Place{});
     buckets_used = 0;
+    places_used = 0;
 }
 
 template <class T>

@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 #include <new>
+#include <string_view>
 
 // The number of bytes of a text that is given by pointer and length, where -1 means up to the NUL: 0 for a
 // null text, and never below 0. A text that doesn't fit 31 bits throws std::bad_alloc.
@@ -14,6 +15,15 @@ inline int Text_Length(const char* text, int length) {
     if (found > INT_MAX)
         throw std::bad_alloc();
     return static_cast<int>(found);
+}
+
+// The same text in one, and back: the length of a text that is known to fit 31 bits.
+inline std::string_view View(const char* text, int length) {
+    return {text ? text : "", static_cast<std::size_t>(Text_Length(text, length))};
+}
+
+inline int Length_Of(std::string_view text) {
+    return static_cast<int>(text.size());
 }
 
 #endif

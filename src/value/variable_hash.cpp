@@ -1,5 +1,6 @@
 #include "value/variable_hash.h"
 
+#include "core/resized_array.h"
 #include "core/string_hash.h"
 #include "core/text_search.h"
 #include "image/dictionary.h"
@@ -8,21 +9,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
 
 namespace {
 
 constexpr int slot_growth = 512;
-
-// The array with room for count elements, its old elements in place.
-template <class T>
-T* Resize(T* array, int count) {
-    void* resized = std::realloc(static_cast<void*>(array), static_cast<size_t>(count) * sizeof(T));
-    if (!resized)
-        throw std::bad_alloc();
-    return static_cast<T*>(resized);
-}
 
 } // namespace
 
@@ -259,8 +250,9 @@ void VariableHash::Link(const char* name, int name_length, int slot) {
 void VariableHash::Reserve(int slots) {
     if (slots <= capacity)
         return;
-    next.reset(Resize(next.release(), slots));
-    entries.reset(Resize(entries.release(), slots));
+    const auto size = static_cast<size_t>(slots);
+    next.reset(Resized_Array(next.release(), size));
+    entries.reset(Resized_Array(entries.release(), size));
     std::fill(next.get() + capacity, next.get() + slots, -1);
     std::fill(entries.get() + capacity, entries.get() + slots, _VH_Entry{});
     capacity = slots;

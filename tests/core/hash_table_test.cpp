@@ -2,10 +2,12 @@
 #include "core/string.h"
 
 #include <algorithm>
+#include <cctype>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -22,13 +24,24 @@ std::string_view Hash_Key(const Word& word) {
     return word.key;
 }
 
+template <class T>
+struct Watched : HashTable<T> {
+    using HashTable<T>::HashTable;
+    mutable int compared = 0;
+    int Compare(T* a, T* b) const override { return compared++, HashTable<T>::Compare(a, b); }
+    int Compare(T* e, const char* key, int len) const override { return HashTable<T>::Compare(e, key, len); }
+    int Used() const { return this->buckets_used; }
+    int Capacity() const { return this->capacity; }
+};
+
 // Beside slots in the order of insertion that are searched one by one.
 template <class T>
 void Compare_With_Model(int case_insensitive, int bucket_bits) {
     std::mt19937 random(3);
-    HashTable<T> table(0, case_insensitive, bucket_bits, 4);
+    Watched<T> table(0, case_insensitive, bucket_bits, 4);
     std::vector<T*> slots;
     std::vector<std::unique_ptr<T>> made;
+    int used = 0; // up by each new key, down by each removal
     for (int step = 0; step < 8000; step++) {
         std::string key(random() % 5, 'a');
         for (char& c : key)
@@ -45,27 +58,33 @@ void Compare_With_Model(int case_insensitive, int bucket_bits) {
         if (choice == 0) {
             table.Dump();
             slots.clear();
+            used = 0;
         } else if (choice < 200) {
             table.Insert(e);
             slots.push_back(e);
+            used += !expected;
         } else if (choice < 400) {
             ASSERT_EQ(table.Remove(key.data(), len), expected);
             if (expected)
-                *found = nullptr;
+                used--, *found = nullptr;
             while (!slots.empty() && !slots.back())
                 slots.pop_back();
         } else {
             ASSERT_EQ(table.Find(key.data(), len), expected);
             ASSERT_EQ(table.Find(e), expected);
         }
+        ASSERT_EQ(table.Used(), used);
         ASSERT_EQ(table.Entries(), static_cast<int>(slots.size()));
         const int index = static_cast<int>(random() % 64);
         ASSERT_EQ(table.Index(index), index < table.Entries() ? slots[index] : nullptr);
     }
-    const HashTable<T> copy(table);
+    const Watched<T> copy(table);
     EXPECT_EQ(copy.Current(), table.Index(0));
-    for (int i = 0; i < copy.Entries(); i++)
+    EXPECT_EQ(copy.Used(), used);
+    for (int i = 0; i < copy.Entries(); i++) {
         ASSERT_EQ(copy.Index(i), table.Index(i));
+        ASSERT_EQ(copy.Index(i) && !copy.Find(copy.Index(i)), false);
+    }
 }
 
 TEST(HashTable, Does_What_A_Searched_Array_Does) {
@@ -73,8 +92,8 @@ TEST(HashTable, Does_What_A_Searched_Array_Does) {
     Compare_With_Model<Word>(0, 12);
     Compare_With_Model<Word>(0, 0);
     Compare_With_Model<String>(1, 12);
-    Compare_With_Model<String>(0,
-                               2); // hashed by case but compared without: equals where they meet in a bucket
+    // Hashed by case but compared without: equals where they meet in a bucket.
+    Compare_With_Model<String>(0, 2);
 }
 
 TEST(HashTable, Keys_Compare_By_Length_And_Then_By_Case_Where_It_Counts) {
@@ -85,6 +104,17 @@ TEST(HashTable, Keys_Compare_By_Length_And_Then_By_Case_Where_It_Counts) {
     String string("a");
     EXPECT_EQ(HashTable<String>(0, 0, 12, 0).Compare(&string, "A", -1), 0);
     EXPECT_EQ(HashTable<String>(0, 1, 12, 0).hash("ABCDx", 4), 0x5ae61fa5u & 0xfff);
+    EXPECT_EQ(HashTable<String>(0, 1, 31, 0).hash("abcd", -1), 0x5ae61fa5u & 0x3fffffff); // 30 at most
+}
+
+TEST(HashTable, Different_Keys_Stay_Apart_Whatever_The_Buckets) {
+    for (const int case_insensitive : {0, 1}) {
+        Watched<String> table(1, case_insensitive, 12, 10);
+        for (int i = 0; i < 40000; i++)
+            table.Insert(new String(String("name_") + i));
+        EXPECT_LT(table.compared, 10);
+        EXPECT_EQ(table.Capacity(), 10 + 79 * 512);
+    }
 }
 
 TEST(HashTable, Cursor_Skips_Gaps_And_Meets_What_Comes) {
@@ -100,6 +130,10 @@ TEST(HashTable, Cursor_Skips_Gaps_And_Meets_What_Comes) {
     for (String* e : {&c, nothing, nothing})
         EXPECT_EQ(table.Next(), e);
     EXPECT_EQ(table.Current(), nullptr);
+    table.Insert(&d);
+    for (String* e : {&d, nothing})
+        EXPECT_EQ(table.Next(), e);
+    table.Remove("d", 1); // what comes takes its slot
     table.Insert(&d);
     for (String* e : {&d, nothing})
         EXPECT_EQ(table.Next(), e);
@@ -136,6 +170,34 @@ TEST(HashTable, Files_Are_Known_By_Device_And_Inode) {
     EXPECT_EQ(table.Find(&other), nullptr);
     std::swap(other.st_dev, other.st_ino);
     EXPECT_EQ(table.Find(&other), nullptr);
+}
+
+// Values of the published lookup2, as other libraries that offer it have them.
+TEST(StringHash, Published_Results_And_The_Same_Of_Lower_Case) {
+    std::string bytes;
+    for (int byte = 0x80; byte < 0xa8; byte++)
+        bytes += static_cast<char>(byte);
+    const std::tuple<std::string, uint32_t, uint32_t> cases[] = {
+        {"", 0, 0xbd49d10d},
+        {"a", 0, 0x29eec818},
+        {"abcd", 0, 0x5ae61fa5},
+        {"abcdefgh", 0, 0x053f775e},
+        {"abcdefghi", 0, 0x3a7b0a5f},
+        {"abcdefghijk", 0, 0xe52b8e4c},
+        {"abcdefghijkl", 0, 0x0b1b3ea5},
+        {"abcdefghijklm", 1, 0x9cf6da4e},
+        {"This is the time for all good men to come to the aid of their country...", 0, 0xc9291ecd},
+        {bytes, 0, 0xd8bfcb63},
+    };
+    for (const auto& [key, seed, expected] : cases)
+        EXPECT_EQ(hash(key.data(), static_cast<uint32_t>(key.size()), seed), expected) << key;
+    // Every byte at every offset of the blocks and of the rest: what tolower leaves alone is left alone.
+    for (int i = 0; i < 256 * 23; i++) {
+        std::string key(23, 'Q'), lower(23, 'q');
+        key[i % 23] = static_cast<char>(i / 23);
+        lower[i % 23] = static_cast<char>(std::tolower(i / 23));
+        ASSERT_EQ(hashi(key.data(), 23, 7), hash(lower.data(), 23, 7)) << i;
+    }
 }
 
 } // namespace
