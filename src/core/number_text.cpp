@@ -3,6 +3,7 @@
 // stays untouched.
 
 #include "app/tarn_application.h"
+#include "core/integer_text.h"
 #include "core/shortest_double.h"
 #include "core/text_length.h"
 #include "core/text_search.h"
@@ -10,7 +11,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <charconv>
 #include <climits>
 #include <cmath>
 #include <cstdint>
@@ -20,6 +20,7 @@
 #include <memory>
 #include <mpdecimal.h>
 #include <new>
+#include <string>
 #include <string_view>
 
 namespace {
@@ -72,7 +73,7 @@ mpd_t* Set_Integer(mpd_t* target, int64_t value) {
 
 // A new array with the text, a NUL and further spare bytes.
 char* New_Text(std::string_view text, int spare, int* len, int* size) {
-    const int text_length = static_cast<int>(text.size());
+    const int text_length = Length_Of(text);
     const int text_size = text_length + 1 + spare;
     char* copy = new char[static_cast<size_t>(text_size)];
     std::memcpy(copy, text.data(), text.size());
@@ -89,24 +90,16 @@ char* New_Text(std::string_view text, int spare, int* len, int* size) {
 class Terminated_Text {
   public:
     Terminated_Text(const char* text, int len, int size) : text(text) {
-        if (len < size && text[len] == '\0')
-            return;
-        char* copy = local;
-        if (len >= static_cast<int>(sizeof local)) {
-            heap.reset(new char[static_cast<size_t>(len) + 1]);
-            copy = heap.get();
-        }
-        std::memcpy(copy, text, static_cast<size_t>(len));
-        copy[len] = '\0';
-        this->text = copy;
+        if (len >= size || text[len] != '\0')
+            this->text = copy.assign(text, static_cast<size_t>(len)).c_str();
     }
+    Terminated_Text(const Terminated_Text&) = delete;
 
     const char* get() const { return text; }
 
   private:
     const char* text;
-    char local[106];
-    std::unique_ptr<char[]> heap;
+    std::string copy;
 };
 
 void Set_Error(int* error, int value) {
@@ -157,9 +150,7 @@ std::string_view Special_Word(const mpd_t* value) {
 } // namespace
 
 char* TarnApplication::itos(int value, int* len, int* size) {
-    char digits[12];
-    const char* end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-    return New_Text({digits, static_cast<size_t>(end - digits)}, 0, len, size);
+    return New_Text(Integer_Text(value).view(), 0, len, size);
 }
 
 char* TarnApplication::dtos(double value, int* len, int* size) {
@@ -167,7 +158,7 @@ char* TarnApplication::dtos(double value, int* len, int* size) {
         return New_Text(Special_Word(std::isnan(value), value < 0), 0, len, size);
     char text[shortest_double_size];
     const int text_length = shortest_double_text(value, text);
-    return New_Text({text, static_cast<size_t>(text_length)}, 1, len, size);
+    return New_Text(View(text, text_length), 1, len, size);
 }
 
 char* TarnApplication::mpdtos(mpd_t* value, int* len, int* size) {
@@ -182,7 +173,7 @@ char* TarnApplication::mpdtos(mpd_t* value, int* len, int* size) {
 
 // Wraps at 32 bits.
 int TarnApplication::stoi(const char* text, int len, int* error) {
-    std::string_view digits(text ? text : "", static_cast<size_t>(Text_Length(text, len)));
+    std::string_view digits = View(text, len);
     Set_Error(error, 0);
     const bool negative = digits.starts_with('-');
     int base = 10;
@@ -212,7 +203,7 @@ double TarnApplication::stod(const char* text, int len, int size, int* error) {
     if (text_length == 0)
         return 0;
     if (len != -1) {
-        if (const Number_Word* found = Find_Number_Word({text, static_cast<size_t>(text_length)}))
+        if (const Number_Word* found = Find_Number_Word(View(text, text_length)))
             return found->value;
     }
     const Terminated_Text terminated(text, text_length, len == -1 ? text_length + 1 : size);
@@ -245,7 +236,7 @@ mpd_t* TarnApplication::stompd(mpd_t* target, const char* text, int len, int siz
     status.Check_Memory();
     if (!(status.bits & MPD_Conversion_syntax))
         return target;
-    if (Begins_Hexadecimal({text, static_cast<size_t>(text_length)})) {
+    if (Begins_Hexadecimal(View(text, text_length))) {
         char* end;
         const int64_t value = std::strtoll(terminated.get(), &end, 16);
         if (end == terminated.get() + text_length)
@@ -291,7 +282,7 @@ int TarnApplication::mpdtoi(mpd_t* value) {
 double TarnApplication::mpdtod(mpd_t* value) {
     if (mpd_isspecial(value)) {
         const std::string_view word = Special_Word(value);
-        return stod(word.data(), static_cast<int>(word.size()), static_cast<int>(word.size()) + 1, nullptr);
+        return stod(word.data(), Length_Of(word), Length_Of(word) + 1, nullptr);
     }
     int len, size;
     const std::unique_ptr<char[]> text(mpdtos(value, &len, &size));

@@ -1,12 +1,12 @@
 // Pieces, queries, operators and what else makes new texts. Storing and editing are in string.cpp.
 
 #include "core/base64.h"
+#include "core/integer_text.h"
 #include "core/string.h"
 #include "core/text_length.h"
 #include "core/text_search.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <new>
 
@@ -25,6 +25,12 @@ String Converted(const String& s, Base64_Conversion* convert, int64_t size) {
     return String(out, length, static_cast<int>(size));
 }
 
+String Sum(const String& left, std::string_view right) {
+    String sum(left);
+    sum.cat(right.data(), Length_Of(right));
+    return sum;
+}
+
 } // namespace
 
 std::string_view String::C_Text() const {
@@ -37,7 +43,7 @@ String String::C_Tail(int64_t position) const {
         return String("", 0);
     std::string_view tail = view().substr(static_cast<size_t>(std::max<int64_t>(position, 0)));
     tail = tail.substr(0, tail.find('\0'));
-    return String(tail.data(), static_cast<int>(tail.size()));
+    return String(tail.data(), Length_Of(tail));
 }
 
 String String::before(int n) const {
@@ -140,21 +146,15 @@ bool String::matches(const char* s, int pos) const {
 }
 
 String operator+(const String& left, const String& right) {
-    String sum(left);
-    sum += right;
-    return sum;
+    return Sum(left, right.view());
 }
 
 String operator+(const String& left, const char* right) {
-    String sum(left);
-    sum.cat(right, -1);
-    return sum;
+    return Sum(left, View(right, -1));
 }
 
 String operator+(const char* left, const String& right) {
-    String sum(left);
-    sum += right;
-    return sum;
+    return Sum(left, right.view());
 }
 
 String operator+(const String& left, char right) {
@@ -164,11 +164,7 @@ String operator+(const String& left, char right) {
 }
 
 String operator+(const String& left, int right) {
-    char digits[12];
-    const char* end = std::to_chars(digits, digits + sizeof digits, right).ptr;
-    String sum(left);
-    sum.cat(digits, static_cast<int>(end - digits));
-    return sum;
+    return Sum(left, Integer_Text(right).view());
 }
 
 String operator+(const String& left, double right) {
@@ -180,9 +176,7 @@ String operator+(const String& left, double right) {
         if (number.back() == '.')
             number.remove_suffix(1);
     }
-    String sum(left);
-    sum.cat(number.data(), static_cast<int>(number.size()));
-    return sum;
+    return Sum(left, number);
 }
 
 char* tarn_strdup(const char* s) {

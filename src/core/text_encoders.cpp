@@ -129,7 +129,7 @@ char* TarnApplication::EncodeEntities(const char* text, int length, int* result_
             const auto* const entity = std::find_if(std::begin(entities), std::end(entities),
                                                     [at](const Entity& row) { return row.character == *at; });
             result.cat("&", 1);
-            result.cat(entity->name.data(), static_cast<int>(entity->name.size()));
+            result.cat(entity->name.data(), Length_Of(entity->name));
             result.cat(";", 1);
             return at + 1;
         });
