@@ -17,6 +17,7 @@ class LinkBuffer_Block {
     LinkBuffer_Block(const LinkBuffer_Block&) = delete;
     LinkBuffer_Block& operator=(const LinkBuffer_Block&) = delete;
 
+    // The order of the fields is part of the binary interface.
     char* data;
     int used;
     int capacity;
@@ -28,8 +29,9 @@ class LinkBuffer_Block {
 // At the end it is written out, or made into one array with data or release.
 //
 // Blocks are made in multiples of first_size (the first one) and of block_size (all others), always with a
-// spare byte at least; sizes below 1 count as 1. Who knows about how long a result will be passes 512 more
-// than that, and 512, and the result will stand in one block.
+// spare byte at least; sizes below 1 count as 1. A result that is built by cat, and fits first_size less one
+// byte, stands in the first block, from which data and release(…, 1) hand it out without a copy. So a result
+// of about n bytes is built in LinkBuffer(n + 512, 512).
 //
 // Lengths are real counts: -1 is not taken for "up to the NUL". Arrays taken were allocated with new[], and
 // are freed also when taking them fails. A text that no longer fits an int throws std::bad_alloc and leaves
@@ -37,6 +39,7 @@ class LinkBuffer_Block {
 class LinkBuffer {
   public:
     LinkBuffer(int first_size, int block_size);
+    // The destructor's place is part of the binary interface: add other virtual operations behind it.
     virtual ~LinkBuffer();
     LinkBuffer(const LinkBuffer&) = delete;
     LinkBuffer& operator=(const LinkBuffer&) = delete;
@@ -56,7 +59,8 @@ class LinkBuffer {
     // Takes over other's blocks, and deletes other.
     void cat_destroy(LinkBuffer* other);
 
-    // The same in front. Each text gets a block of its own.
+    // Put in front what cat, cat_nocopy and cat_destroy put at the end. Each copied text gets a block of its
+    // own, except that the first text of all goes by cat; of another buffer each block does.
     void prepend(const char* text, int text_length);
     void prepend_nocopy(const char* text, int text_length, int capacity);
     void prepend(int number);
@@ -89,6 +93,7 @@ class LinkBuffer {
     void Link_First(std::unique_ptr<LinkBuffer_Block> block);
     void Link_Last(std::unique_ptr<LinkBuffer_Block> block);
 
+    // The order of the fields is part of the binary interface.
     LinkBuffer_Block* head;
     LinkBuffer_Block* tail;
     int length; // of all blocks

@@ -4,6 +4,7 @@
 // Where in a List an operation acts.
 enum ListPosition { LIST_FIRST = 0, LIST_CURRENT = 1, LIST_LAST = 2 };
 
+// The order of the fields is part of the binary interface.
 template <class T>
 struct ListNode {
     ListNode* previous;
@@ -52,6 +53,7 @@ class List {
     virtual void RemoveAll();
 
   protected:
+    // The order of the fields is part of the binary interface.
     int own;         // Dump purges the elements
     int entries = 0; // -1 and below after taking from an empty list
     ListNode<T>* head = nullptr;

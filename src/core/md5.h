@@ -32,6 +32,7 @@ class MD5Encoder {
     static void Decode_Block(const unsigned char* bytes, unsigned int* words);
 
   private:
+    // The order of the fields is part of the binary interface.
     std::uint32_t state[4];
     std::uint32_t count; // bytes so far
 };

@@ -12,6 +12,10 @@
 //     static void operator delete(void* memory) { Recycled_Memory<Operator>::Give_Back(memory); }
 //
 // For classes without descendants that one thread at a time uses. Nothing goes back to the system.
+//
+// Without it a page of code takes 5.9 % more instructions:
+//     bench/gen_pages.py code 200K > code.tn; valgrind --tool=callgrind tnc -o /dev/null code.tn
+// and in time: tnc_bench --benchmark_filter=Compile_Page/code
 template <class T>
 class Recycled_Memory {
   public:

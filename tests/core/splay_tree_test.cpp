@@ -1,10 +1,10 @@
 #include "core/splay_tree.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <set>
+#include <string>
 #include <vector>
 
 namespace {
@@ -24,6 +24,13 @@ struct Watched_Tree : SplayTree<int, int> {
     bool Would_Lose_Order(int k) const {
         Splay(k);
         return root->left && root->right && root->right->left && !root->right->right;
+    }
+    // The keys, a node's children in brackets around it.
+    std::string Shape() const { return Shape(root); }
+    int Root() const { return *root->element; }
+    static std::string Shape(const Node* node) {
+        return node ? "(" + Shape(node->left) + std::to_string(*node->element) + Shape(node->right) + ")"
+                    : "";
     }
 };
 
@@ -59,16 +66,59 @@ TEST(SplayTree, Does_What_A_Sorted_Set_Does) {
     EXPECT_EQ(In_Order(tree), std::vector<int>(model.begin(), model.end()));
 }
 
-// Both sides of the limit between the recursive walks and those by a stack, and a shape as deep as it gets.
+// Users' data depend on what a removal leaves, and so on every rotation ahead of it.
+TEST(SplayTree, Shapes_That_Searches_And_Removals_Leave) {
+    int numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
+    const struct {
+        std::vector<int> inserted, searched;
+        int removed;
+        const char* shape;
+    } cases[] = {
+        // Ascending keys hang to the left; a search folds its path to half the length.
+        {{1, 2, 3, 4, 5, 6, 7}, {}, -1, "(((((((1)2)3)4)5)6)7)"},
+        {{1, 2, 3, 4, 5, 6, 7}, {1}, -1, "(1(((2(3))4(5))6(7)))"},
+        {{7, 6, 5, 4, 3, 2, 1}, {7}, -1, "(((1)2((3)4((5)6)))7)"},
+        {{1, 2, 3, 4}, {2}, -1, "((1)2(3(4)))"},
+        {{1, 3, 5, 7}, {4}, -1, "((1)3(5(7)))"},
+        {{4, 3, 2, 1}, {4}, -1, "(((1)2(3))4)"},
+        // Removed: without a right child, without a left one, with a right one that has a right child, two
+        // children, the least of them further down; and with a left child alone, which loses order.
+        {{1, 2, 3}, {}, 3, "((1)2)"},
+        {{1, 2, 3, 4, 5, 6, 7}, {}, 1, "(((2(3))4(5))6(7))"},
+        {{1, 2, 3, 4}, {2}, 2, "((1)3(4))"},
+        {{1, 2, 3, 4, 5, 6, 7}, {}, 4, "((((1)2)3)5(6(7)))"},
+        {{0, 1, 2, 3, 4, 5, 6, 7}, {}, 1, "((0)2(((3)4(5))6(7)))"},
+        {{4, 3, 2, 1}, {4}, 2, "((1)4(3))"},
+    };
+    for (const auto& c : cases) {
+        Watched_Tree tree(0);
+        for (const int k : c.inserted)
+            tree.Insert(&numbers[k]);
+        for (const int k : c.searched)
+            tree.Find(k);
+        if (c.removed >= 0) {
+            EXPECT_EQ(tree.Remove(c.removed), &numbers[c.removed]);
+        }
+        EXPECT_EQ(tree.Shape(), c.shape);
+    }
+}
+
+// Both sides of the limit between the walks by recursion, which copy in the order of keys, and those by a
+// stack, which copy the root, then what is right of it, then what is left; and a shape too deep to recurse.
 TEST(SplayTree, Walks_Trees_Of_Any_Size) {
-    for (const int size : {0, 1, 99, 100, 100000}) {
-        SplayTree<int, int> tree(1);
+    for (const int size : {0, 1, 99, 100, 400000}) {
+        Watched_Tree tree(1);
         std::vector<int> expected;
         for (int k = 0; k < size; k++) {
             tree.Insert(new int(k));
             expected.push_back(k);
         }
-        SplayTree<int, int> copy(tree);
+        if (size == 99 || size == 100)
+            tree.Find(1);
+        Watched_Tree copy(tree);
+        if (size == 99 || size == 100) {
+            EXPECT_EQ(copy.Root(), size == 99 ? 98 : 0); // what was copied last
+        }
         EXPECT_EQ(In_Order(tree), expected);
         tree.Dump();
         EXPECT_EQ(tree.Entries(), 0);
@@ -77,26 +127,14 @@ TEST(SplayTree, Walks_Trees_Of_Any_Size) {
 }
 
 TEST(SplayTree, Equal_Keys_Follow_Each_Other_And_The_Copy_Of_A_Guest_Shares) {
-    int first = 5, second = 5;
-    SplayTree<int, int> tree(0);
-    tree.Insert(&first);
-    tree.Insert(&second);
-    const SplayTree<int, int> copy(tree);
-    EXPECT_EQ(copy.First(), &first);
-    EXPECT_EQ(copy.Last(), &second);
-}
-
-TEST(SplayTree, Removal_Above_A_Lone_Left_Grandchild_Loses_Order) {
-    int numbers[] = {0, 1, 2, 3, 4};
+    int first = 5, second = 5, third = 7;
     Watched_Tree tree(0);
-    for (const int k : {4, 3, 2, 1})
-        tree.Insert(&numbers[k]);          // 1 to 4, a chain to the right
-    tree.Find(4);                          // 4 over (2 over 1 and 3)
-    ASSERT_TRUE(tree.Would_Lose_Order(2)); // 2 over 1 and (4 over 3)
-    EXPECT_EQ(tree.Remove(2), &numbers[2]);
-    EXPECT_EQ(tree.Entries(), 3);
-    EXPECT_EQ(In_Order(tree), (std::vector<int>{1, 4, 3}));
-    EXPECT_EQ(tree.Find(3), nullptr);
+    for (int* e : {&first, &third, &second})
+        tree.Insert(e);
+    EXPECT_EQ(tree.Shape(), "((5)5(7))");
+    const Watched_Tree copy(tree);
+    EXPECT_EQ(copy.First(), &first);
+    EXPECT_EQ(copy.Last(), &third);
 }
 
 } // namespace
