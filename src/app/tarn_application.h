@@ -138,31 +138,47 @@ class TarnApplication {
     // What SSL_Initialize set up, null before.
     void* ssl_state() const { return ssl_state_; }
 
-    // Number conversions. A failed conversion to a number sets *error, which may be null, and answers 0. A
-    // length of -1 means up to NUL; size counts the readable bytes at the pointer. A null target makes a new
-    // decimal.
+    // Number conversions. Those from text set *error, which may be null, to 0, or to 1 where they fail and
+    // answer 0. A length of -1 means up to NUL; size counts the readable bytes at the pointer and isn't
+    // looked at when the length is -1. Where a target is null a new decimal is made. Texts are plain, without
+    // an exponent.
     static char* itos(int value, int* length, int* size);
     static char* dtos(double value, int* length, int* size);
     static char* mpdtos(mpd_t* value, int* length, int* size);
+    // Decimal, or hexadecimal behind 0x. Too large a number wraps at 32 bits without an error.
     static int stoi(const char* text, int length, int* error);
+    // What strtod reads, if that is the whole text. Of too large a number the answer is infinity, with the
+    // error set; with a length of -1 also of an infinity spelled out while errno says ERANGE from before.
     static double stod(const char* text, int length, int size, int* error);
+    // Rounds to the context's 16 digits; overflow is infinity. Neither is an error.
     static mpd_t* stompd(mpd_t* target, const char* text, int length, int size, int* error);
     static mpd_t* itompd(mpd_t* target, int value);
     static mpd_t* dtompd(mpd_t* target, double value);
     static mpd_t* mpdtompd(mpd_t* target, mpd_t* source);
+    // Cuts off the fraction; 0 of what is no number, INT_MAX and -INT_MAX of the infinities.
     static int mpdtoi(mpd_t* value);
     static double mpdtod(mpd_t* value);
     // Digits in all and behind the point of a decimal's plain text; 0 and 0 for what is no finite number.
     static void mpdsize(mpd_t* value, int* digits, int* fraction);
 
-    // Text encoders. A length of -1 means up to NUL, except for StripNULLs; below 1 the result is empty.
+    // Text encoders. A length of -1 means up to NUL; of any other length below 1, and in StripNULLs of -1
+    // too, the result is empty.
+    //
+    // To the form of URLs: space becomes +; letters, digits and * - . @ _ stay; any other byte becomes % and
+    // two upper-case hexadecimal digits. Back again a % without two such digits, of either case, stays.
     static char* EncodeAttribute(const char* text, int length, int* result_length, int* result_size);
     static char* DecodeAttribute(const char* text, int length, int* result_length, int* result_size);
+    // The characters " & < > ( ) to entities, and those six entities back, their names in any case. An entity
+    // ends with its ; or with the text.
     static char* EncodeEntities(const char* text, int length, int* result_length, int* result_size);
     static String EncodeEntities(const String& text);
     static char* DecodeEntities(const char* text, int length, int* result_length, int* result_size);
     static char* StripNULLs(const char* text, int length, int* result_length, int* result_size);
-    // Appends to the buffer and returns it; a null buffer makes a new one, which is the caller's.
+    // The body of a script's string: \b \t \n \f \r, a backslash ahead of " / and \; space $ + , - . : @ _,
+    // letters and digits stay; any other byte becomes \u00 and two digits. With UTF-8 as the application's
+    // character set, sequences of two to four bytes become one or two \u with four digits instead.
+    //
+    // The first form appends to the buffer and returns it; a null buffer makes a new one, the caller's.
     static LinkBuffer* EncodeJavaScriptString(TarnApplication* application, const char* text, int length,
                                               LinkBuffer* buffer);
     char* EncodeJavaScriptString(const char* text, int length, int* result_length, int* result_size);

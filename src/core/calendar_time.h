@@ -28,8 +28,8 @@ void tn_gettimevalues(TNTIME* time);
 // Fields out of range carry into the next one, as with mktime; -1 when there is no such time.
 std::time_t tn_mktime_t(int year, int month, int day, int hour, int minute, int second);
 
-// The same, read as universal time. The date goes through the local zone first, so one that the zone skips
-// when daylight saving begins comes out as mktime moves it.
+// The time of such a date read as universal time. The date goes through the local zone first, so one that the
+// zone skips when daylight saving begins comes out as mktime moves it.
 std::time_t tn_to_time_t(int year, int month, int day, int hour, int minute, int second);
 
 #endif

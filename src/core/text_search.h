@@ -23,7 +23,7 @@ int bf_searchi_reverse(const char* pattern, int pattern_length, const char* text
 int bm_search(const char* pattern, int pattern_length, const char* text, int text_length);
 int bm_searchi(const char* pattern, int pattern_length, const char* text, int text_length);
 
-// The same from the end, last match. An empty pattern is not found. bm_searchi_reverse looks up how far to
+// Boyer-Moore from the end, last match. An empty pattern is not found. bm_searchi_reverse looks up how far to
 // move by the byte of the text as it stands, not by its folded form, so an upper-case letter counts as absent
 // from the pattern and a match that holds one may be passed over.
 int bm_search_reverse(const char* pattern, int pattern_length, const char* text, int text_length);
