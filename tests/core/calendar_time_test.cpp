@@ -1,9 +1,8 @@
 #include "core/calendar_time.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <string>
 
 namespace {
@@ -33,21 +32,19 @@ TEST(CalendarTime, Reads_Dates_As_Local_And_As_Universal_Time) {
 }
 
 TEST(CalendarTime, Takes_The_Present_Moment_Apart) {
-    Set_Zone("EST5EDT,0/0,J365/25"); // daylight saving all the year
-    TNTIME now;
-    tn_gettimevalues(&now);
-    EXPECT_LE(std::time(nullptr) - now.epoch_seconds, 60);
-    EXPECT_EQ(tn_mktime_t(now.year, now.month, now.day, now.hour, now.minute, now.second), now.epoch_seconds);
-    EXPECT_EQ(tn_mktime_t(now.year, 1, now.day_of_year, now.hour, now.minute, now.second), now.epoch_seconds);
-    EXPECT_EQ(now.weekday,
-              ((now.epoch_seconds / 3600 - 4) / 24 + 4) % 7 + 1); // the epoch began on a Thursday
-    const std::string date = std::ctime(&now.epoch_seconds);
-    EXPECT_EQ(date.substr(0, 7), std::string(now.weekday_name) + " " + now.month_name);
-    EXPECT_STREQ(now.zone_name, "EDT");
-    Set_Zone("UTC0");
-    tn_gettimevalues(&now);
-    EXPECT_EQ(now.daylight_saving, 0);
-    EXPECT_STREQ(now.zone_name, "UTC");
+    for (const bool daylight_saving : {true, false}) {
+        Set_Zone(daylight_saving ? "EST5EDT,0/0,J365/25" : "EDT4"); // both are four hours behind
+        TNTIME now;
+        tn_gettimevalues(&now);
+        const std::time_t epoch = now.epoch_seconds;
+        EXPECT_LE(std::time(nullptr) - epoch, 60);
+        EXPECT_EQ(tn_mktime_t(now.year, now.month, now.day, now.hour, now.minute, now.second), epoch);
+        EXPECT_EQ(tn_mktime_t(now.year, 1, now.day_of_year, now.hour, now.minute, now.second), epoch);
+        EXPECT_EQ(now.weekday, ((epoch / 3600 - 4) / 24 + 4) % 7 + 1); // the epoch began on a Thursday
+        EXPECT_EQ(std::string(std::ctime(&epoch), 7), std::string(now.weekday_name) + " " + now.month_name);
+        EXPECT_EQ(now.daylight_saving > 0, daylight_saving);
+        EXPECT_STREQ(now.zone_name, "EDT");
+    }
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "core/md5.h"
 
 #include <gtest/gtest.h>
-
 #include <string>
 
 namespace {
@@ -16,8 +15,8 @@ const unsigned char* Bytes(const std::string& text) {
 
 std::string Converted(int (*convert)(const unsigned char*, unsigned char*, int), const std::string& text) {
     std::string out(text.size() * 2 + 4, '?');
-    const int length =
-        convert(Bytes(text), reinterpret_cast<unsigned char*>(out.data()), static_cast<int>(text.size()));
+    auto* const target = reinterpret_cast<unsigned char*>(out.data());
+    const int length = convert(Bytes(text), target, static_cast<int>(text.size()));
     EXPECT_EQ(out[length], '?') << "wrote behind the result";
     return out.substr(0, length);
 }
@@ -46,30 +45,30 @@ TEST(Crc32, Catalogue_Value_In_Pieces) {
     EXPECT_EQ(crc32_final(crc32_data(begun, Bytes("56789"), 5)), 0xFC891918u);
 }
 
-// The digest as text; by HMAC where there is a key.
-std::string Digest(const std::string& text, const std::string& key = "") {
-    MD5Encoder encoder;
-    unsigned char digest[16];
-    if (key.empty())
-        encoder.Encode(Bytes(text), text.size(), digest);
-    else
-        encoder.HMAC(Bytes(text), text.size(), Bytes(key), key.size(), digest);
-    std::string printable(32, '?');
-    MD5Encoder::Make_Printable(digest, printable.data());
-    return printable;
-}
-
 TEST(MD5, Vectors_Of_RFC_1321_And_RFC_2202_And_Ends_Of_Blocks) {
-    EXPECT_EQ(Digest(""), "d41d8cd98f00b204e9800998ecf8427e");
-    EXPECT_EQ(Digest("message digest"), "f96b697d7cb7938d525a2f31aaf161d0");
-    EXPECT_EQ(Digest("what do ya want for nothing?", "Jefe"), "750c783e6ab0b503eaa86e310a5db738");
-    EXPECT_EQ(Digest("Test Using Larger Than Block-Size Key and Larger Than One Block-Size Data",
-                     std::string(80, '\xaa')),
-              "6f630fad67cda0ee1fb1f562db3aa53e");
-    EXPECT_EQ(Digest(std::string(55, 'a')), "ef1772b6dff9a122358552954ad0df65"); // these by md5sum
-    EXPECT_EQ(Digest(std::string(56, 'a')), "3b0c8ac703f828b04c6c197006d17218");
-    EXPECT_EQ(Digest(std::string(64, 'a')), "014842d480b571495a4a0363793f7367");
-    EXPECT_EQ(Digest(std::string(120, 'a')), "5f61c0ccad4cac44c75ff505e1f1e537");
+    const std::string long_text = "Test Using Larger Than Block-Size Key and Larger Than One Block-Size Data";
+    const std::string cases[][3] = {
+        // The text, the key of an HMAC, the digest; those of repeated letters by md5sum.
+        {"", "", "d41d8cd98f00b204e9800998ecf8427e"},
+        {"message digest", "", "f96b697d7cb7938d525a2f31aaf161d0"},
+        {"what do ya want for nothing?", "Jefe", "750c783e6ab0b503eaa86e310a5db738"},
+        {long_text, std::string(80, '\xaa'), "6f630fad67cda0ee1fb1f562db3aa53e"},
+        {std::string(55, 'a'), "", "ef1772b6dff9a122358552954ad0df65"},
+        {std::string(56, 'a'), "", "3b0c8ac703f828b04c6c197006d17218"},
+        {std::string(64, 'a'), "", "014842d480b571495a4a0363793f7367"},
+        {std::string(120, 'a'), "", "5f61c0ccad4cac44c75ff505e1f1e537"},
+    };
+    MD5Encoder encoder;
+    for (const auto& [text, key, expected] : cases) {
+        unsigned char digest[16];
+        if (key.empty())
+            encoder.Encode(Bytes(text), text.size(), digest);
+        else
+            encoder.HMAC(Bytes(text), text.size(), Bytes(key), key.size(), digest);
+        std::string printable(32, '?');
+        MD5Encoder::Make_Printable(digest, printable.data());
+        EXPECT_EQ(printable, expected);
+    }
 }
 
 } // namespace

@@ -4,11 +4,10 @@
 #include "backend/output.h"
 #include "value/variable.h"
 
-#include <gtest/gtest.h>
-#include <mpdecimal.h>
-
 #include <climits>
+#include <gtest/gtest.h>
 #include <memory>
+#include <mpdecimal.h>
 #include <new>
 #include <random>
 #include <string>
@@ -29,14 +28,13 @@ std::string Blocks_Of(const LinkBuffer& buffer) {
 }
 
 TEST(LinkBuffer, Blocks_Are_Multiples_Of_Their_Size) {
-    const int cases[][2] = {{0, 10}, {9, 10}, {10, 20}, {25, 30}};
     LinkBuffer buffer(10, 5); // used anew after each release
     int length, capacity;
-    for (const auto& [wanted_length, wanted_capacity] : cases) {
-        buffer.cat(std::string(wanted_length, 'x').data(), wanted_length);
+    for (const auto& [wanted, size] : {std::pair(0, 10), {9, 10}, {10, 20}, {25, 30}}) {
+        buffer.cat(std::string(wanted, 'x').data(), wanted);
         delete[] buffer.release(&length, &capacity, 0);
-        EXPECT_EQ(length, wanted_length);
-        EXPECT_EQ(capacity, wanted_capacity);
+        EXPECT_EQ(length, wanted);
+        EXPECT_EQ(capacity, size);
     }
     for (const std::string piece : {"abcde", "fghij", "klm", "nopqrstu"})
         buffer.cat(piece.data(), static_cast<int>(piece.size()));
@@ -61,8 +59,8 @@ TEST(LinkBuffer, Adopts_Arrays_And_Gives_Them_Back) {
     buffer.cat("f", 1);
     EXPECT_EQ(Blocks_Of(buffer), "abcde|f|");
     delete[] buffer.release(&length, nullptr, 0);
-    buffer.cat_nocopy(new char[0], 0, 0);
-    EXPECT_STREQ(buffer.data(&length, nullptr), "");
+    buffer.cat_nocopy(std::make_unique<char[]>(0).release(), 0, 0);
+    EXPECT_STREQ(buffer.data(&length, nullptr), ""); // room is made for the NUL
 }
 
 TEST(LinkBuffer, Numbers_And_Variables) {
@@ -74,9 +72,13 @@ TEST(LinkBuffer, Numbers_And_Variables) {
     buffer.cat(decimal);
     buffer.cat_hex(0xA9);
     buffer.cat(&variable);
+    buffer.cat(8);
     buffer.prepend(-12);
+    buffer.prepend(decimal);
+    buffer.prepend(&variable);
+    buffer.prepend(0.5);
     int length;
-    EXPECT_STREQ(buffer.data(&length, nullptr), "-122.577A9text");
+    EXPECT_STREQ(buffer.data(&length, nullptr), "0.5text77-122.577A9text8");
     mpd_del(decimal);
 }
 
@@ -112,9 +114,8 @@ TEST(LinkBuffer, Behaves_Like_A_String) {
     }
 }
 
-TEST(LinkBuffer, Length_Beyond_An_Int_Is_Refused) {
-    LinkBuffer buffer(10, 5);
-    LinkBuffer other(10, 5);
+TEST(LinkBuffer, Refuses_Lengths_Beyond_An_Int_And_Frees_Long_Chains_Without_Recursion) {
+    LinkBuffer buffer(10, 5), other(10, 5), chain(1, 1);
     buffer.cat_nocopy(new char[1], INT_MAX, INT_MAX); // the text isn't looked at
     other.cat("x", 1);
     int length;
@@ -122,12 +123,8 @@ TEST(LinkBuffer, Length_Beyond_An_Int_Is_Refused) {
     EXPECT_THROW(buffer.prepend_destroy(&other), std::bad_alloc);
     EXPECT_THROW(buffer.data(&length, nullptr), std::bad_alloc);
     EXPECT_STREQ(other.data(&length, nullptr), "x");
-}
-
-TEST(LinkBuffer, Long_Chain_Is_Freed_Without_Recursion) {
-    LinkBuffer buffer(1, 1);
     for (int i = 0; i < 300000; ++i)
-        buffer.prepend("x", 1);
+        chain.prepend("x", 1);
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 #include "core/text_search.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
 
@@ -31,21 +30,18 @@ const struct Searcher {
     {"rk_searchi", rk_searchi, true, false, 1, -1, -1},
 };
 
-int Naive_Search(const Searcher& wanted, const std::string& pattern, const std::string& text) {
-    const auto matches = [&](std::size_t at) {
-        for (const char byte : pattern) {
-            const char other = text[at++];
-            if (byte != other && !(wanted.ignores_case && std::isalpha(static_cast<unsigned char>(byte)) &&
-                                   (byte ^ other) == 0x20))
-                return false;
-        }
-        return true;
-    };
-    int found = -1;
-    for (std::size_t at = wanted.first_offset; at + pattern.size() <= text.size(); ++at)
-        if ((found == -1 || wanted.takes_last) && matches(at))
-            found = static_cast<int>(at);
-    return found;
+std::string Folded(std::string text) {
+    for (char& byte : text)
+        byte = static_cast<char>(std::tolower(static_cast<unsigned char>(byte)));
+    return text;
+}
+
+int Expected(const Searcher& wanted, const std::string& pattern, const std::string& text) {
+    if (wanted.ignores_case)
+        return Expected({"", nullptr, false, wanted.takes_last, wanted.first_offset, 0, 0}, Folded(pattern),
+                        Folded(text));
+    return static_cast<int>(wanted.takes_last ? text.rfind(pattern)
+                                              : text.find(pattern, wanted.first_offset));
 }
 
 std::string Random_Text(std::mt19937& random, int longest, std::string_view alphabet) {
@@ -55,16 +51,16 @@ std::string Random_Text(std::mt19937& random, int longest, std::string_view alph
     return text;
 }
 
-TEST(TextSearch, Agrees_With_Naive_Search) {
+TEST(TextSearch, Agrees_With_The_Standard_Library) {
     std::mt19937 random(6);
     for (int round = 0; round < 8000; ++round) {
         const bool lower_case = round % 4 == 0;
         const std::string pattern = Random_Text(random, 5, "aAbB\xE9") + "b";
         const std::string text =
-            Random_Text(random, round % 50 == 0 ? 400 : 12, lower_case ? "ab\xE9" : "aAbB\xE9");
+            Random_Text(random, round % 50 ? 12 : 400, lower_case ? "ab\xE9" : "aAbB\xE9");
         for (const Searcher& searcher : searchers)
             if (lower_case || searcher.search != bm_searchi_reverse) {
-                ASSERT_EQ(searcher(pattern, text), Naive_Search(searcher, pattern, text))
+                ASSERT_EQ(searcher(pattern, text), Expected(searcher, pattern, text))
                     << searcher.name << " of " << pattern << " in " << text;
             }
     }
@@ -72,12 +68,10 @@ TEST(TextSearch, Agrees_With_Naive_Search) {
         EXPECT_EQ(searcher("", "text"), searcher.empty_pattern) << searcher.name;
         EXPECT_EQ(searcher("", ""), searcher.empty_pattern_in_empty_text) << searcher.name;
     }
-}
-
-TEST(TextSearch, Oddities_That_Stay) {
+    // Oddities that stay: the raw B counts as absent from the pattern, the byte behind the text takes part.
     EXPECT_EQ(bm_searchi_reverse("ab", 2, "xxAB", 4), 2);
-    EXPECT_EQ(bm_searchi_reverse("ab", 2, "ABx", 3), -1); // the raw B counts as absent from the pattern
-    EXPECT_EQ(rk_search("bc", 2, "abc", 2), 1);           // the byte behind the text takes part
+    EXPECT_EQ(bm_searchi_reverse("ab", 2, "ABx", 3), -1);
+    EXPECT_EQ(rk_search("bc", 2, "abc", 2), 1);
 }
 
 TEST(TextSearch, Compares_Without_Case) {
