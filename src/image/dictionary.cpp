@@ -168,14 +168,15 @@ bool Dictionary::Read_Section(TaggedFile* file) {
         return Error(file->error());
     // The entries are judged by the data that is there, before its size is.
     Dictionary read;
-    const int64_t remaining = file->Section_Remaining();
-    const int available = static_cast<int>(file->Section_Holds(data_size) ? data_size : remaining);
+    const int available = static_cast<int>(std::min<int64_t>(data_size, file->Section_Remaining()));
     DictionaryDataBlock* block = read.Add_Block(Block_Capacity(available));
     block->used = file->Section_Read(block->data.get(), available);
+    if (block->used < 0)
+        return Error(file->error());
     if (const char* fault = read.Add_Records(table))
         return Error(fault);
     if (block->used != static_cast<int>(data_size))
-        return Error(file->error());
+        return Error(TaggedFile::end_of_file);
     Swap_Texts(read);
     header_word = Get_Little_Endian<int32_t>(header + 8);
     return true;

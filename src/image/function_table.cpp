@@ -16,15 +16,11 @@ constexpr int function_capacity = 64;
 
 // Adds one parameter as it is written, perhaps with "var" behind its name.
 void Add_Written_Parameter(Function& function, std::string_view written) {
-    String text(written.data(), static_cast<int>(written.size()));
-    text.StripWhitespace();
-    int name_length = 0;
-    while (name_length < text.length() && !Is_Space(text.text()[name_length]))
-        name_length++;
-    int rest = name_length;
-    while (rest < text.length() && Is_Space(text.text()[rest]))
-        rest++;
-    function.AddParameter(text.matches("var", rest), text.text(), name_length);
+    written = Trimmed(written);
+    const auto name_end = std::find_if(written.begin(), written.end(), Is_Space);
+    const auto name_length = static_cast<size_t>(name_end - written.begin());
+    const bool by_reference = Same_Word(Trimmed(written.substr(name_length)), "var");
+    function.AddParameter(by_reference, written.data(), static_cast<int>(name_length));
 }
 
 } // namespace
@@ -59,12 +55,12 @@ int Function::AddParameter(int flags, const char* name, int length) {
 }
 
 void Function::SetParameters(const char* text, int length) {
-    std::string_view rest(text, static_cast<size_t>(Text_Length(text, length)));
-    while (!rest.empty()) {
-        const std::string_view written = rest.substr(0, rest.find(','));
-        Add_Written_Parameter(*this, written);
-        rest.remove_prefix(std::min(written.size() + 1, rest.size()));
-    }
+    std::string_view list(text, static_cast<size_t>(Text_Length(text, length)));
+    if (list.empty())
+        return;
+    if (list.back() == ',')
+        list.remove_suffix(1);
+    For_Each_Comma_Piece(list, [this](std::string_view piece) { Add_Written_Parameter(*this, piece); });
 }
 
 FunctionManager::FunctionManager(Dictionary* dictionary, int bucket_bits)

@@ -23,7 +23,7 @@ class FunctionParameter {
 
     int name_index; // in the dictionary
     String name;
-    int flags; // other than 0 for a reference, the word "var" behind the name
+    int flags; // other than 0 for a reference, which the word "var" behind the name asks for
     int ident; // slot in the function's locals
 };
 
@@ -50,8 +50,8 @@ class Function {
 
     int index = -1; // its place in the manager
     int flags;
-    int name_index = -1; // in the dictionary
-    String name;
+    int name_index = -1; // in the dictionary; what Write puts down for the name
+    String name;         // what the table goes by
     List<FunctionParameter> parameters;
     int body_a = -1; // where the body is, for the engine; both are -1 without one
     int body_b = -1;
@@ -62,7 +62,11 @@ class Function {
 
 // The functions of a compiled image, by name, in the hash table that stands in the file. Names ignore case;
 // equal names aren't refused, and the first that was added is found. Owns the functions, but not the
-// dictionary.
+// dictionary, which outlives it.
+//
+// The section holds no names but their indices in the dictionary, so a dictionary is read ahead of the table
+// over it, and written in the same state. A bucket's number takes 15 bits there: a table of more bits can be
+// written as long as no function falls into a bucket above 32767.
 class FunctionManager {
   public:
     // For 1 << bucket_bits buckets.
@@ -79,8 +83,9 @@ class FunctionManager {
     virtual const String& error();
     virtual bool Error(const String& text); // answers false
 
-    // All answer the function, and number it. The first takes a function over with the name that it has, the
-    // second with a new one, the others make it.
+    // All answer the function, and number it. The first takes a function over with the name and the
+    // name_index that it has; the second takes it over with a new name, which it enters in the dictionary;
+    // the others make it. The third adds flag_by_name to the flags.
     Function* Function_Add(Function* function);
     Function* Function_Add(Function* function, const char* name, int length);
     Function* Function_Add(const char* name, int length, int flags);
@@ -91,7 +96,7 @@ class FunctionManager {
     [[nodiscard]] int Entries() const { return static_cast<int>(functions.size()); }
 
     // The section "func". False with the text in error() on failure; a failed Read leaves the table as it
-    // was. Write leaves the section open.
+    // was. Write leaves the section open, for the caller to end.
     bool Read(TaggedFile* file);
     bool Write(TaggedFile* file);
 

@@ -22,11 +22,6 @@ constexpr int link_size = 4;
 constexpr int function_header_size = 20;
 constexpr int parameter_size = 12;
 
-// The bytes of the names, for each byte of the file, and ahead of that. Very many things of a damaged file
-// may have one long text of the dictionary as their name.
-constexpr int64_t name_bytes_per_byte = 3;
-constexpr int64_t name_bytes = 1 << 19;
-
 constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
 constexpr uint32_t most_buckets = 0x1fffffff;
 constexpr uint32_t most_functions = 0xfffffff;
@@ -144,7 +139,7 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     std::vector<int> read_next;
     if (const char* fault = Read_Chains(file, header, read_buckets, read_next))
         return Error(fault);
-    int64_t name_room = file->Length() * name_bytes_per_byte + name_bytes;
+    int64_t name_room = file->Copy_Room();
     std::vector<std::unique_ptr<Function>> read_functions;
     while (read_functions.size() < header.function_count) {
         auto function = std::make_unique<Function>(dictionary, 0);
@@ -195,7 +190,8 @@ bool FunctionManager::Read_Parameters(TaggedFile* file, int64_t& name_room, uint
     return true;
 }
 
-// A name of the dictionary, as long as there is room for the names of a file of this length.
+// A name of the dictionary, as long as there is room for names: very many things of a damaged file may have
+// one long text as their name.
 bool FunctionManager::Read_Name(int index, const char* unknown, int64_t& room, String& name) {
     int length = 0;
     const char* text = dictionary->Entry(index, &length);

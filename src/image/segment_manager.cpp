@@ -8,8 +8,6 @@
 #include "image/little_endian.h"
 #include "image/tagged_file.h"
 
-#include <climits>
-
 namespace {
 
 constexpr int section_tag = Section_Tag("segs");
@@ -107,16 +105,17 @@ bool SegmentManager::Read_Segments(TaggedFile* file, size_t entries, Segments& r
     const int length = static_cast<int>(headers.size());
     if (file->Section_Read(section_tag, header_size, headers.data(), length) != length)
         return Error(file->error());
-    int64_t total = 0;
+    int64_t room = file->Copy_Room();
     for (const char* record = headers.data(); read.size() < entries; record += segment_header_size) {
         const int64_t offset = data_start + Get_Little_Endian<uint32_t>(record);
         const auto size = Get_Little_Endian<int32_t>(record + 4);
         if (size < 0)
             return Error("segment_header.size out of range");
-        // Segments that share bytes would fill more memory than the file.
-        total += size;
-        if (!file->Section_Holds(offset, size) || !file->Section_Holds(data_start, total))
+        if (!file->Section_Holds(offset, size))
             return Error(file->error());
+        room -= size;
+        if (room < 0)
+            return Error(TaggedFile::end_of_file);
         const int id = static_cast<int>(read.size());
         read.push_back(std::make_unique<Segment>(id, new char[static_cast<size_t>(size)], size, size));
         if (file->Section_Read(section_tag, static_cast<int>(offset), read.back()->data.get(), size) != size)

@@ -17,17 +17,19 @@
 namespace {
 
 constexpr char magic[4] = {'T', 'a', 'r', 'n'};
-constexpr int header_size = 32;
 constexpr int directory_entry_size = 12;
 constexpr int directory_growth = 16;
 constexpr int oldest_version = file_version_major << 16 | FILE_VERSION_SECOND;
 constexpr int newest_version = file_version_major << 16 | FILE_VERSION_ISOLATION;
 constexpr uint32_t most_entries = 0xaaaaaaa;
 
+// What may be copied for each byte of the file, and ahead of that.
+constexpr int64_t copies_per_byte = 3;
+constexpr int64_t copies_ahead = 1 << 19;
+
 } // namespace
 
-TaggedFile::TaggedFile(FileManager* manager)
-    : manager(manager), start(header_size), running_position(header_size) {
+TaggedFile::TaggedFile(FileManager* manager) : manager(manager) {
 }
 
 TaggedFile::~TaggedFile() = default;
@@ -96,6 +98,8 @@ void TaggedFile::Deactivate() {
 }
 
 void TaggedFile::Section_Start(int tag) {
+    if (!Is_Open())
+        return;
     Section_End();
     write_tag = tag;
     start = running_position;
@@ -103,6 +107,8 @@ void TaggedFile::Section_Start(int tag) {
 }
 
 int TaggedFile::Section_Write(const char* data, int length) {
+    if (!Is_Open())
+        return -1;
     if (length < 0 || length > INT_MAX - running_position) {
         Error("Invalid size");
         return -1;
@@ -120,13 +126,15 @@ bool TaggedFile::Section_Write_All(const std::vector<char>& bytes) {
 }
 
 void TaggedFile::Section_End() {
-    if (!write_tag)
+    if (!Is_Open() || !write_tag)
         return;
     directory.push_back({*write_tag, start, written_size});
     write_tag.reset();
 }
 
 bool TaggedFile::Section_Flush() {
+    if (!Is_Open())
+        return false;
     Section_End();
     directory_offset = running_position;
     return Directory_Write() && Header_Write();
@@ -172,13 +180,11 @@ bool TaggedFile::Section_Holds(int64_t size) {
 }
 
 bool TaggedFile::Section_Holds(int64_t offset, int64_t size) {
-    if (offset + size <= Extent())
-        return true;
-    return In_Range(offset, size) && Error(end_of_file);
+    return In_Range(offset, size) && (offset + size <= Extent() || Error(end_of_file));
 }
 
-int64_t TaggedFile::Length() {
-    return file ? file->Length() : 0;
+int64_t TaggedFile::Copy_Room() {
+    return file ? copies_per_byte * file->Length() + copies_ahead : 0;
 }
 
 bool TaggedFile::Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size) {
@@ -187,6 +193,10 @@ bool TaggedFile::Section_Read_Records(std::vector<char>& records, uint32_t count
         return false;
     records.resize(static_cast<size_t>(size));
     return Section_Read(records.data(), static_cast<int>(size)) == size;
+}
+
+bool TaggedFile::Is_Open() {
+    return file || Error("The file is not open");
 }
 
 bool TaggedFile::Adopt(const char* path) {
@@ -252,8 +262,11 @@ bool TaggedFile::Directory_Write() {
     return Write_At(directory_offset, bytes.data(), static_cast<long>(bytes.size()));
 }
 
-// Makes the section with this tag the current one. One that is current stays so when there is none.
+// Makes the first section with this tag the current one. Where there is none, the section that is current
+// goes on being used, and only without one does the search fail.
 bool TaggedFile::Find_Section(int tag) {
+    if (!Is_Open())
+        return false;
     if (current >= 0 && directory[current].tag == tag)
         return true;
     const auto found = std::find_if(directory.begin(), directory.end(),
@@ -273,6 +286,8 @@ int64_t TaggedFile::Extent() {
 
 // Refuses what begins outside the current section, and a length that no file can have behind its start.
 bool TaggedFile::In_Range(int64_t offset, int64_t length) {
+    if (!Is_Open())
+        return false;
     if (current < 0)
         return Error("Invalid section");
     const Directory_Entry& section = directory[current];
@@ -314,8 +329,6 @@ long TaggedFile::Read_At(long at, char* data, long length) {
 }
 
 bool TaggedFile::Write_At(long at, const char* data, long length) {
-    if (!file)
-        return Error("The file is not open");
     if (file->Seek(at) != at)
         return Error(file->error());
     for (long done = 0; done < length;) {

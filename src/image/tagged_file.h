@@ -23,7 +23,8 @@ constexpr int Section_Tag(const char (&letters)[5]) {
 // section by its tag. Nothing that stands in a file is trusted.
 //
 // Operations answer false, 0 or -1 on failure, with the text in error(). A read that answers fewer bytes than
-// were asked for is no failure, but leaves a text, too, for the caller that needed all of them.
+// were asked for is no failure, but leaves a text, too, for the caller that needed all of them. While nothing
+// is open, everything but Create, Open, Close and Deactivate fails with "The file is not open".
 class TaggedFile {
   public:
     static constexpr int signature_size = 16;
@@ -76,19 +77,23 @@ class TaggedFile {
     // count in the file announces asks this first. False leaves the text that the read would leave.
     bool Section_Holds(int64_t size);
     bool Section_Holds(int64_t offset, int64_t size);
-    // Bytes of the whole file.
-    int64_t Length();
+    // The bytes that a reader may copy out of the file where several things may stand on the same ones, as
+    // names and segments do: a small damaged file could fill the memory otherwise.
+    int64_t Copy_Room();
     // Reads so many records, for which it makes room if the section has them. False, with a text, without
     // them.
     bool Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size);
 
   private:
+    static constexpr int header_size = 32;
+
     struct Directory_Entry {
         int tag;
         int offset; // from the start of the file
         int size;
     };
 
+    bool Is_Open();
     bool Adopt(const char* path);
     bool Header_Read();
     bool Header_Write();
@@ -109,12 +114,12 @@ class TaggedFile {
     char signature_[signature_size] = {};
     int directory_offset = 0;
     std::vector<Directory_Entry> directory;
-    int current = -1;             // entry that is being read, -1 for none
-    int64_t position = 0;         // within it
-    std::optional<int> write_tag; // of the section that is being written
-    int start;                    // of that section in the file
-    int running_position;         // where writing goes on
-    int written_size = 0;         // of that section
+    int current = -1;                   // entry that is being read, -1 for none
+    int64_t position = 0;               // within it
+    std::optional<int> write_tag;       // of the section that is being written
+    int start = header_size;            // of that section in the file
+    int running_position = header_size; // where writing goes on
+    int written_size = 0;               // of that section
 };
 
 #endif

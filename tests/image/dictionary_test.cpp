@@ -2,8 +2,6 @@
 
 #include "image_fixture.h"
 
-#include <climits>
-
 namespace {
 
 class DictionaryTest : public ImageTest {
@@ -34,36 +32,33 @@ TEST(DictionaryDataBlock, Shares_What_It_Has) {
         EXPECT_EQ(block.Add(text.data(), static_cast<int>(text.size())), offset) << text;
 }
 
-TEST_F(DictionaryTest, Equal_Names_Have_Their_Own_Indices) {
+TEST_F(DictionaryTest, Names_Keep_Their_Indices_Through_Blocks_And_Copies) {
     EXPECT_EQ(names.Entry_Add("abc", 1), 5);
     EXPECT_EQ(names.Entry_Add("b\0m", 3), 6);
     EXPECT_EQ(names.Entry_Add("", -1), 7);
-    EXPECT_EQ(Texts(names), std::string("main sum max a b a b\0m  ", 24));
-    int size = -1;
-    EXPECT_EQ(names.Entry(-1, &size), nullptr);
-    EXPECT_EQ(size, 0);
-}
-
-TEST_F(DictionaryTest, Long_Texts_Get_A_Block) {
-    std::string texts = Texts(names);
-    for (int length : {8180, 8191, 8192, 8193, 100000}) {
+    std::string texts("main sum max a b a b\0m  ", 24);
+    for (const int length : {8180, 8191, 8192, 8193, 100000}) {
         const std::string text(length, static_cast<char>('a' + length % 26));
         names.Entry_Add(text.data(), -1);
         texts += text + " ";
     }
     Dictionary copy(names);
+    EXPECT_EQ(Written(copy), Written(names));
     names.Entry_Add("new", -1);
+    names.Compress(); // frees what a copy must not share
     EXPECT_EQ(Texts(copy), texts);
     EXPECT_EQ(Texts(names), texts + "new ");
+    int size = -1;
+    EXPECT_EQ(names.Entry(-1, &size), nullptr);
+    EXPECT_EQ(size, 0);
 }
 
 TEST_F(DictionaryTest, Compress_Shares_Across_Blocks) {
     const std::string filler(8181, '-'); // for the first block
     for (const char* text : {filler.data(), "summary", "mmary", "main"})
         names.Entry_Add(text, -1);
-    const std::string texts = Texts(names);
     names.Compress();
-    EXPECT_EQ(Texts(names), texts);
+    EXPECT_EQ(Texts(names), "main sum max a b " + filler + " summary mmary main ");
     EXPECT_EQ(Written(names).substr(32, 8), Dwords({9, 11 + 8181 + 7})); // one "main"
     Dictionary empty;
     empty.Compress();
@@ -79,7 +74,8 @@ TEST_F(DictionaryTest, Has_The_Bytes_Of_The_Format) {
     read.Entry_Add("gone", -1);
     ASSERT_TRUE(Read(read, {"dict", Bytes(0x01020304)}));
     EXPECT_EQ(Texts(read), "main sum max a b ");
-    EXPECT_EQ(Written(read), Image({{"dict", Bytes(0x01020304)}}));
+    Dictionary copy(read);
+    EXPECT_EQ(Written(copy), Image({{"dict", Bytes(0x01020304)}}));
     read.Entry_Add("insu", -1); // found in what was read
     read.Entry_Add("inS", -1);
     EXPECT_EQ(Written(read).substr(32, 8), Dwords({7, 14}));
@@ -87,17 +83,27 @@ TEST_F(DictionaryTest, Has_The_Bytes_Of_The_Format) {
 
 TEST_F(DictionaryTest, Fields_Out_Of_Range_Are_Refused) {
     constexpr int64_t blocks = 0x3ffff * 8192LL;
-    const std::vector<Refusal> refusals = {
-        {"dictionary_header.entries out of range", {{0, 0x8000000}, {0, 0x10000000}, {0, -1}}},
-        {"( dictionary_header.data_size / TF_DATA_BLOCK_SIZE ) + 1 out of range", {{4, blocks}, {4, -1}}},
-        {"Unexpected end of file", {{0, 0x7ffffff}, {4, blocks - 1}, {4, 12}}},
-        // Behind the last byte not even an empty text may stand.
-        {"dictionary_entry.offset out of range", {{4, 10}, {12, -1}, {12, 11}, {44, 11, 8}}},
-        // One entry more leaves three bytes of data; sizes count unsigned.
-        {"dictionary_entry.offset + dictionary_entry.size out of range",
-         {{0, 6}, {12, 8}, {16, 12}, {16, INT_MAX}, {24, -1}}},
-    };
-    Expect_Refused(names, {"dict", Bytes(0)}, refusals);
+    Expect_Refused(
+        names, {"dict", Bytes(0)},
+        {{"dictionary_header.entries out of range", {{0, 0x8000000}, {0, 0x10000000}, {0, -1}}},
+         {"( dictionary_header.data_size / TF_DATA_BLOCK_SIZE ) + 1 out of range", {{4, blocks}, {4, -1}}},
+         {"Unexpected end of file", {{0, 0x7ffffff}, {4, blocks - 1}, {4, 12}}},
+         // Behind the last byte not even an empty text may stand.
+         {"dictionary_entry.offset out of range", {{4, 10}, {12, -1}, {12, 11}, {44, 11, 8}}},
+         // One entry more leaves three bytes of data; sizes count unsigned.
+         {"dictionary_entry.offset + dictionary_entry.size out of range",
+          {{0, 6}, {12, 8}, {16, 12}, {16, INT_MAX}, {24, -1}}}});
+}
+
+// Where the data can't be read it isn't the entries that are at fault.
+TEST_F(DictionaryTest, Failed_Read_Tells_What_The_File_Says) {
+    const std::string section = Dwords({1, 100, 0, 0, 5}) + std::string(100, 'x');
+    const int64_t at = INT_MAX - 30; // too near the end of all files for a hundred bytes
+    TaggedFile file(&files);
+    ASSERT_TRUE(Open(file, Patch{28, 1}(Image({})) + "dict" + Dwords({at, std::ssize(section)})));
+    ASSERT_EQ(pwrite(descriptor, section.data(), section.size(), at), std::ssize(section));
+    EXPECT_FALSE(names.Read(&file));
+    EXPECT_EQ(names.error().view(), "Invalid size");
 }
 
 } // namespace

@@ -2,20 +2,19 @@
 
 #include "image_fixture.h"
 
-#include <climits>
-
 namespace {
 
 class FunctionTableTest : public ImageTest {
   protected:
-    // "name(flags: parameter slot/flags ...)" for a function, "" for none.
+    // "index name(flags: parameter slot/flags ...)" for a function, "" for none.
     static std::string Told(Function* function) {
         if (!function)
             return "";
-        std::string text = function->name.text() + ("(" + std::to_string(function->flags)) + ":";
+        std::string text = std::to_string(function->index) + " " + function->name.text() + "(" +
+                           std::to_string(function->flags) + ":";
         for (auto* p = function->parameters.First(); p; p = function->parameters.Next())
-            text +=
-                " " + (p->name.text() + (" " + std::to_string(p->ident))) + "/" + std::to_string(p->flags);
+            text += std::string(" ") + p->name.text() + " " + std::to_string(p->ident) + "/" +
+                    std::to_string(p->flags);
         return text + ")";
     }
     // The chain of a table of one bucket, by name.
@@ -45,14 +44,14 @@ TEST_F(FunctionTableTest, Chains_Are_Sorted_And_Ignore_Case) {
     for (const char* name : {"bb", "c", "BA", "aa", "_a", "ccc", "bB"})
         table.Function_Add(name, -1, 4);
     EXPECT_EQ(Chain(table), "c _a aa BA bb bB ccc ");
-    EXPECT_EQ(table.Function_Get("BB", -1), table.Function_At(0));
-    EXPECT_EQ(Told(table.Function_Get("ba..", 2)), "BA(5:)");
+    EXPECT_EQ(Told(table.Function_Get("BB", -1)), "0 bb(5:)");
+    EXPECT_EQ(Told(table.Function_Get("ba..", 2)), "2 BA(5:)");
     for (const char* name : {"", "ab", "bc", "dddd"})
         EXPECT_EQ(table.Function_Get(name, -1), nullptr) << name;
     Function* const named = new Function(&names, 0);
     named->name = "Max";
     named->name_index = 2;
-    table.Function_Add(named);
+    EXPECT_EQ(Told(table.Function_Add(named)), "7 Max(0:)");
     EXPECT_EQ(table.Function_Get("maX", -1), named);
 }
 
@@ -60,28 +59,24 @@ TEST_F(FunctionTableTest, Many_Functions_Are_Found) {
     FunctionManager many(&names, 4);
     for (int i = 0; i < 300; i++)
         many.Function_Add(("f" + std::to_string(i)).c_str(), -1, 0);
-    const std::string image = Written(many);
-    TaggedFile file(&files);
-    ASSERT_TRUE(Open(file, image) && table.Read(&file));
+    ASSERT_TRUE(Read(table, {"func", Written(many).substr(32)}));
     for (int i = 0; i < 300; i++)
         EXPECT_EQ(table.Function_Get(("F" + std::to_string(i)).c_str(), -1), table.Function_At(i));
-    EXPECT_EQ(Written(table), image);
+    EXPECT_EQ(Written(table), Written(many));
 }
 
 TEST_F(FunctionTableTest, Parameters_Are_Split_As_Written) {
-    const struct {
-        const char* text;
-        const char* told;
-    } cases[] = {
-        {"", "f(0:)"},
-        {" x ,\ty var, z\n", "f(0: x 0/0 y 1/1 z 2/0)"},
-        {"x \t VAR ,", "f(0: x 0/1)"},
-        {"x variable,y va,z a var", "f(0: x 0/0 y 1/0 z 2/0)"},
-        {"x,,x", "f(0: x 0/0  1/0 x 2/0)"},
-        {"var", "f(0: var 0/0)"},
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "0 f(0:)"},
+        {" x ,\ty var, z\n", "1 f(0: x 0/0 y 1/1 z 2/0)"},
+        {"x \t VAR ,", "2 f(0: x 0/1)"},
+        {"x variable,y va,z a var", "3 f(0: x 0/0 y 1/0 z 2/0)"},
+        {"x,,x", "4 f(0: x 0/0  1/0 x 2/0)"},
+        {"\fvar\v", "5 f(0: var 0/0)"},
+        {"\vx\f\vvar\f", "6 f(0: x 0/1)"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(Told(table.Function_Add(1, 2, "f", 1, c.text, -1, 0)), c.told);
+    for (const auto& [text, told] : cases)
+        EXPECT_EQ(Told(table.Function_Add(1, 2, "f", 1, text, -1, 0)), told);
     const int index = names.Entry_Add("last", -1);
     Function* const function = table.Function_Add(1, 2, "f", -1, "x", -1, 0);
     EXPECT_EQ(function->AddParameter(1, "y...", 1), 1);
@@ -93,23 +88,25 @@ TEST_F(FunctionTableTest, Parameters_Are_Split_As_Written) {
 TEST_F(FunctionTableTest, Section_Is_Read_And_Written_Back) {
     table.Function_Add("gone", -1, 0);
     ASSERT_TRUE(Read(table, {"func", section}));
-    for (const char* told : {"main(1:)", "sum(4: a 0/0 b 1/1)", "max(0:)"})
-        EXPECT_EQ(Told(table.Function_Get(told, static_cast<int>(strcspn(told, "(")))), told);
-    EXPECT_EQ(table.Function_Get("gone", -1), nullptr);
-    EXPECT_EQ(table.Function_At(1)->locals.Seek(-1, "B", 1, nullptr), 1);
-    EXPECT_EQ(Written(table), Image({{"func", section}}));
-
     Dictionary copied_names(names);
     FunctionManager copy(nullptr, &copied_names, table);
-    table.Function_At(1)->AddParameter(0, "c", 1);
-    table.Function_Add("mi", -1, 0);
-    EXPECT_EQ(Chain(table), "mi max sum main ");
-    EXPECT_EQ(Written(copy), Image({{"func", section}}));
+    for (FunctionManager* functions : {&table, &copy}) {
+        for (const char* told : {"0 main(1:)", "1 sum(4: a 0/0 b 1/1)", "2 max(0:)"})
+            EXPECT_EQ(Told(functions->Function_Get(told + 2, static_cast<int>(strcspn(told, "(") - 2))),
+                      told);
+        EXPECT_EQ(functions->Function_Get("gone", -1), nullptr);
+        EXPECT_EQ(functions->Function_At(1)->locals.Seek(-1, "B", 1, nullptr), 1);
+        EXPECT_EQ(Written(*functions), Image({{"func", section}}));
+    }
     EXPECT_EQ(copy.Function_Get("sum", -1)->locals.dictionary(), &copied_names);
+    copy.Function_At(1)->AddParameter(0, "c", 1);
+    copy.Function_Add("mi", -1, 0);
+    EXPECT_EQ(Chain(copy), "mi max sum main ");
+    EXPECT_EQ(Written(table), Image({{"func", section}}));
 
     const std::string wrapped = Patch{2, 32, 1}(section); // to one bucket
     ASSERT_TRUE(Read(table, {"func", wrapped}));
-    EXPECT_EQ(Told(table.Function_Get("max", -1)), "max(0:)");
+    EXPECT_EQ(Told(table.Function_Get("max", -1)), "2 max(0:)");
     EXPECT_EQ(Written(table), Image({{"func", wrapped}}));
 }
 
@@ -135,7 +132,7 @@ TEST_F(FunctionTableTest, Damaged_Chains_End) {
          {Patch{links, 2}, {links, 0}, {links, 3}, {links, INT_MIN}, {head, 3}, {head, -2}}) {
         FunctionManager read(&names, 8);
         ASSERT_TRUE(Read(read, {"func", patch(section)}));
-        EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "sum(4: a 0/0 b 1/1)");
+        EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "1 sum(4: a 0/0 b 1/1)");
         EXPECT_EQ(read.Function_Get("zzzz", -1), nullptr);
         Function* const added = read.Function_Add("mi", -1, 0);
         EXPECT_EQ(read.Function_Get("MI", -1), added);

@@ -5,8 +5,10 @@
 #include "image/dictionary.h"
 #include "image/tagged_file.h"
 
+#include <climits>
 #include <cstdint>
 #include <fstream>
+#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
@@ -32,18 +34,15 @@ inline std::string Dwords(const std::vector<int64_t>& values) {
 
 using Section = std::pair<std::string, std::string>; // tag, bytes
 
-inline std::string Image(const std::vector<Section>& sections, std::string signature = "",
-                         int version = 0x1000d) {
+inline std::string Image(const std::vector<Section>& sections) {
     std::string body;
     std::string directory;
     for (const auto& [tag, bytes] : sections) {
-        directory += tag + Number(32 + static_cast<int64_t>(body.size()), 4) +
-                     Number(static_cast<int64_t>(bytes.size()), 4);
+        directory += tag + Dwords({32 + std::ssize(body), std::ssize(bytes)});
         body += bytes;
     }
-    signature.resize(16);
-    return "Tarn" + Number(version, 4) + signature + Number(32 + static_cast<int64_t>(body.size()), 4) +
-           Number(static_cast<int64_t>(sections.size()), 4) + body + directory;
+    return "Tarn" + Dwords({0x1000d, 0, 0, 0, 0, 32 + std::ssize(body), std::ssize(sections)}) + body +
+           directory;
 }
 
 struct Patch {
@@ -70,38 +69,38 @@ class ImageTest : public testing::Test {
     }
     ~ImageTest() override { close(descriptor); }
 
-    void Put(const std::string& bytes) const { std::ofstream(path, std::ios::binary) << bytes; }
     std::string Get() const {
         std::ifstream file(path, std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
     bool Open(TaggedFile& file, const std::string& bytes) const {
-        Put(bytes);
+        std::ofstream(path, std::ios::binary) << bytes;
         return file.Open(path.c_str(), FILE_MODE_READ);
     }
     template <class Part>
     std::string Written(Part& part) {
         TaggedFile file(&files);
-        EXPECT_TRUE(file.Create(path.c_str(), nullptr, 0));
-        EXPECT_TRUE(part.Write(&file));
-        EXPECT_TRUE(file.Section_Flush());
+        EXPECT_TRUE(file.Create(path.c_str(), nullptr, 0) && part.Write(&file) && file.Section_Flush());
         return Get();
     }
-    // Another section follows, which must not be taken for the rest of this one.
+    // Another section follows, which must not be taken for the rest of this one. Whatever comes of it, the
+    // part leaves no section in use.
     template <class Part>
     bool Read(Part& part, const Section& section) {
         TaggedFile file(&files);
         EXPECT_TRUE(Open(file, Image({section, {"more", std::string(100, '\0')}})));
-        return part.Read(&file);
+        const bool read = part.Read(&file);
+        EXPECT_FALSE(file.Section_Holds(0));
+        return read;
     }
     // The section is refused with each of the changes and cut anywhere, and leaves the part as it was.
     template <class Part>
     void Expect_Refused(Part& part, const Section& section, const std::vector<Refusal>& refusals) {
         const std::string before = Written(part);
-        for (const Refusal& refusal : refusals)
-            for (const Patch& patch : refusal.patches) {
+        for (const auto& [error, patches] : refusals)
+            for (const Patch& patch : patches) {
                 EXPECT_FALSE(Read(part, {section.first, patch(section.second)})) << patch.at;
-                EXPECT_EQ(part.error().view(), refusal.error) << patch.at << ": " << patch.value;
+                EXPECT_EQ(part.error().view(), error) << patch.at << ": " << patch.value;
             }
         for (size_t length = 0; length < section.second.size(); length++)
             EXPECT_FALSE(Read(part, {section.first, section.second.substr(0, length)})) << length;

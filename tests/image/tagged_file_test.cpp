@@ -1,15 +1,13 @@
 #include "image_fixture.h"
 
-#include <climits>
-
 namespace {
 
 class TaggedFileTest : public ImageTest {
   protected:
     static constexpr int abcd = 0x64636261;
     static constexpr int efgh = 0x68676665;
-    const std::string image =
-        Image({{"abcd", "0123456789"}, {"efgh", ""}, {"abcd", "hidden"}}, "sixteen letters!", 0x10005);
+    const std::string image = Image({{"abcd", "0123456789"}, {"efgh", ""}, {"abcd", "hidden"}})
+                                  .replace(4, 20, Number(0x10005, 4) + "sixteen letters!");
     const size_t directory = image.size() - 36;
     TaggedFile file{&files};
     char data[16];
@@ -29,13 +27,13 @@ TEST_F(TaggedFileTest, Is_Written_Byte_For_Byte) {
     EXPECT_EQ(Get(), image);
     ASSERT_TRUE(file.Create(path.c_str(), nullptr, 0));
     EXPECT_EQ(Get(), "Tarn" + Dwords({0x1000d, 0, 0, 0, 0, 0, 0}));
+    ASSERT_TRUE(file.Section_Flush());
+    EXPECT_EQ(Get(), Image({})); // nothing of the file before
 }
 
 TEST_F(TaggedFileTest, Random_Access_Stays_In_The_Section) {
     const struct {
-        int offset;
-        int length;
-        int result;
+        int offset, length, result;
         const char* said; // what was read, or the error
     } cases[] = {
         {0, 4, 4, "0123"},
@@ -92,22 +90,19 @@ TEST_F(TaggedFileTest, Damaged_Files_Are_Refused) {
         {"directory[ entry ].section_offset out of range", {{directory + 4, -1}}},
         {"directory[ entry ].section_size out of range", {{directory + 32, -1}}},
     };
-    for (const Refusal& refusal : refusals)
-        for (const Patch& patch : refusal.patches) {
+    for (const auto& [error, patches] : refusals)
+        for (const Patch& patch : patches) {
             EXPECT_FALSE(Open(file, patch(image))) << patch.at;
-            EXPECT_EQ(file.error().view(), refusal.error);
+            EXPECT_EQ(file.error().view(), error);
         }
     for (size_t length = 0; length < image.size(); length++) {
         EXPECT_FALSE(Open(file, image.substr(0, length)));
         EXPECT_EQ(file.error().view(), length < 32 ? corrupt : no_directory);
     }
-    Put("no image");
     File* const adopted = files.Open(path.c_str(), FILE_MODE_READ);
     EXPECT_FALSE(file.Open(path.c_str(), adopted));
-    Put(Patch{24, INT_MAX}(Image({}, "", 0x10001))); // where no directory is, it may be anywhere
-    EXPECT_TRUE(file.Open(path.c_str(), adopted));   // still the caller's before
-    EXPECT_EQ(file.Section_Read(abcd, 0, data, 1), -1);
-    EXPECT_EQ(file.error().view(), "Invalid section");
+    EXPECT_TRUE(Open(file, Patch{24, INT_MAX}(Patch{4, 0x10001}(Image({}))))); // no entries: anywhere
+    EXPECT_TRUE(file.Open(path.c_str(), adopted));                             // still the caller's before
 }
 
 TEST_F(TaggedFileTest, Failures_Say_What_The_System_Says) {
@@ -115,11 +110,31 @@ TEST_F(TaggedFileTest, Failures_Say_What_The_System_Says) {
     EXPECT_EQ(file.error().view(), "No such file or directory");
     EXPECT_FALSE(file.Create("/dev/full", nullptr, 0));
     EXPECT_EQ(file.error().view(), "No space left on device");
-    EXPECT_EQ(file.Section_Write("x", 1), -1); // nothing is open
     ASSERT_TRUE(Open(file, image));
     EXPECT_EQ(file.Section_Write("x", 1), -1);
     EXPECT_EQ(file.error().view(), "Bad file descriptor");
     EXPECT_FALSE(file.Section_Flush());
+}
+
+TEST_F(TaggedFileTest, Nothing_Goes_On_While_Nothing_Is_Open) {
+    ASSERT_TRUE(Open(file, image) && file.Section_Read_Start(abcd, nullptr));
+    file.Close();
+    const std::function<bool()> operations[] = {
+        [&] { return file.Section_Start(abcd), false; },
+        [&] { return file.Section_End(), false; },
+        [&] { return file.Section_Write(data, -1) >= 0; },
+        [&] { return file.Section_Flush(); },
+        [&] { return file.Section_Read(abcd, 0, data, 1) >= 0; },
+        [&] { return file.Section_Read_Start(abcd, nullptr); },
+        [&] { return file.Section_Read(data, 1) >= 0; },
+        [&] { return file.Section_Holds(0); },
+    };
+    for (const auto& operation : operations) {
+        file.Error("");
+        EXPECT_FALSE(operation());
+        EXPECT_EQ(file.error().view(), "The file is not open") << &operation - operations;
+    }
+    file.Deactivate();
 }
 
 } // namespace
