@@ -66,9 +66,10 @@ void CompilerParser::Declare_External_Functions() {
         if (!external)
             continue;
         Generate_Function_Directive(name.text(), name.length(), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
-        for (int index = 0; index < external->record->parameter_count; ++index) {
-            const _TN_EL_Parameter& parameter = external->record->parameters[index];
-            Output_Parameter_Directive(parameter.name, parameter.name_length, index, !(parameter.flags & 1));
+        int index = 0;
+        for (const _TN_EL_Parameter& parameter : Parameters_Of(*external->record)) {
+            const bool by_value = !(parameter.flags & EXTERNAL_PARAMETER_BY_REFERENCE);
+            Output_Parameter_Directive(parameter.name, parameter.name_length, index++, by_value);
         }
         Output_End_Function_Directive();
     }

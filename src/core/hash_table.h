@@ -74,6 +74,8 @@ class HashTable {
     unsigned hash(const char* key, int len) const;
 
     void Insert(T* e);
+    // From now on the elements are the caller's to delete.
+    void Disown() { own = 0; }
     // The first element with this key, or null.
     T* Find(const char* key, int len) const;
     T* Find(T* e) const;

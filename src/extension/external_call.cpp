@@ -9,11 +9,19 @@
 
 namespace {
 
-constexpr int registered_growth = 16;
+// Takes each element out ahead of its end, in which it may look up others.
+template <class T>
+void Empty(HashTable<T>& table) {
+    while (const T* first = table.First()) {
+        const std::string_view key = Hash_Key(*first);
+        delete table.Remove(key.data(), static_cast<int>(key.size()));
+    }
+}
 
 } // namespace
 
-ExternalCall::ExternalCall(const _TN_EL_Function* record) : record(record), result(new Variable) {
+ExternalCall::ExternalCall(const _TN_EL_Function* record)
+    : record(record), result(new Variable), name(record->name, record->name_length) {
 }
 
 // A library may be gone by now, with the record, unless the function keeps data.
@@ -50,9 +58,7 @@ ExternalCallPersistentData::~ExternalCallPersistentData() {
 }
 
 ExternalCallManager::ExternalCallManager(ExternalLibraryManager* library_manager)
-    : library_manager(library_manager), calls(1, 1, 12, 512),
-      registered(std::make_unique<Registered_Library[]>(registered_growth)),
-      registered_capacity(registered_growth), registered_count(0), persistent(1, 1, 12, 512) {
+    : library_manager(library_manager) {
 }
 
 ExternalCallManager::ExternalCallManager(ExternalLibraryManager* library_manager, ExternalCallManager& other)
@@ -63,7 +69,13 @@ ExternalCallManager::ExternalCallManager(ExternalLibraryManager* library_manager
     }
 }
 
-ExternalCallManager::~ExternalCallManager() = default;
+// No function is found anew from here on. A function that releases its data may still store a value.
+ExternalCallManager::~ExternalCallManager() {
+    registered_count = 0;
+    Empty(persistent);
+    Empty(calls);
+    Empty(persistent);
+}
 
 bool ExternalCallManager::RegisterDSO(const char* path) {
     ExternalLibrary* library = library_manager->Lookup(path, ExternalLibrary::FUNCTIONS);

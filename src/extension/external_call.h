@@ -12,8 +12,8 @@
 class ExternalLibrary;
 class ExternalLibraryManager;
 
-// A function of a library, ready to be called. The record belongs to the library, which must stay loaded
-// while the function keeps data.
+// A function of a library, ready to be called. The record belongs to the library, which may be unloaded ahead
+// of the call's end unless the function keeps data.
 class ExternalCall {
   public:
     explicit ExternalCall(const _TN_EL_Function* record);
@@ -27,11 +27,12 @@ class ExternalCall {
 
     const _TN_EL_Function* record;
     void* data = nullptr;
-    Variable* result; // counted
+    Variable* result;  // counted
+    const String name; // a copy of the record's
 };
 
 inline std::string_view Hash_Key(const ExternalCall& call) {
-    return {call.record->name, static_cast<std::size_t>(call.record->name_length)};
+    return call.name.view();
 }
 
 // A value that extension code keeps under a name. It is released with the record: by free_function, or as a
@@ -70,6 +71,8 @@ class ExternalCallManager {
     ExternalCallManager& operator=(const ExternalCallManager&) = delete;
 
     // The order of the virtual operations is part of the binary interface: add at the end.
+    // Data and values are released one by one, those kept longest first. Whoever is called for that may look
+    // up others: what is released already isn't found any more.
     virtual ~ExternalCallManager();
     // Loads a library and reads its function table. False on failure, with the reason in lasterror.
     [[nodiscard]] virtual bool RegisterDSO(const char* path);
@@ -90,17 +93,20 @@ class ExternalCallManager {
     void Append(ExternalLibrary* library, const _TN_EL_Function* functions);
     const _TN_EL_Function* Find_Record(const char* name, int length) const;
 
+    static constexpr int registered_growth = 16;
+
     ExternalLibraryManager* library_manager;
-    HashTable<ExternalCall> calls; // the functions found so far
+    HashTable<ExternalCall> calls{1, 1, 12, 512}; // the functions found so far
 
   public:
     String lasterror;
 
   private:
-    std::unique_ptr<Registered_Library[]> registered;
-    int registered_capacity;
-    int registered_count;
-    HashTable<ExternalCallPersistentData> persistent;
+    std::unique_ptr<Registered_Library[]> registered =
+        std::make_unique<Registered_Library[]>(registered_growth);
+    int registered_capacity = registered_growth;
+    int registered_count = 0;
+    HashTable<ExternalCallPersistentData> persistent{1, 1, 12, 512};
 };
 
 #endif

@@ -3,6 +3,7 @@
 #define EXTENSION_EXTERNAL_FUNCTION_H
 
 #include <cstddef>
+#include <span>
 
 class TarnVM;
 class Variable;
@@ -28,6 +29,12 @@ struct _TN_EL_Function {
     const _TN_EL_Parameter* parameters;
     External_Entry_Point function;
 };
+
+// A null array is an empty one, whatever the count says.
+inline std::span<const _TN_EL_Parameter> Parameters_Of(const _TN_EL_Function& function) {
+    const bool some = function.parameters && function.parameter_count > 0;
+    return {function.parameters, some ? static_cast<std::size_t>(function.parameter_count) : 0};
+}
 
 struct _TN_EL_Descriptor {
     const void* reserved;

@@ -2,16 +2,13 @@
 
 ExternalLibrary::~ExternalLibrary() = default;
 
-ExternalLibraryManager::ExternalLibraryManager() : libraries(1, 1, 12, 512) {
-}
-
-// Each library is taken out ahead of the table's own end: a lasting one is left alone, loaded as it is.
+// Lasting libraries are left alone, loaded as they are. Nothing is looked up: a file name that was changed
+// leads nowhere.
 ExternalLibraryManager::~ExternalLibraryManager() {
-    while (ExternalLibrary* library = libraries.First()) {
-        (void)libraries.Remove(library->filename.text(), library->filename.length());
+    libraries.Disown();
+    for (ExternalLibrary* library = libraries.First(); library; library = libraries.Next())
         if (library->type < ExternalLibrary::LASTING)
             delete library;
-    }
 }
 
 ExternalLibrary* ExternalLibraryManager::Lookup(const char* path, ExternalLibrary::Type type) {

@@ -2,22 +2,24 @@
 
 #include <dlfcn.h>
 
-#include <memory>
-
-UNIXExternalLibrary::~UNIXExternalLibrary() {
-    if (handle)
-        dlclose(handle);
+void UNIXExternalLibrary::Close_Handle::operator()(void* handle) const {
+    dlclose(handle);
 }
+
+UNIXExternalLibrary::~UNIXExternalLibrary() = default;
 
 bool UNIXExternalLibrary::Load(const char* path, int mode) {
-    handle = dlopen(path, mode);
-    if (!handle)
+    void* loaded = dlopen(path, mode);
+    if (loaded)
+        handle.reset(loaded);
+    else
         lasterror.assign(dlerror(), -1);
-    return handle != nullptr;
+    return loaded != nullptr;
 }
 
+// Without a handle dlsym would search the program itself.
 void* UNIXExternalLibrary::Get_Function(const char* name) {
-    void* function = dlsym(handle, name);
+    void* function = handle ? dlsym(handle.get(), name) : nullptr;
     if (!function) {
         lasterror.assign("Unknown symbol '", -1);
         lasterror.cat(name, -1);

@@ -3,7 +3,10 @@
 
 #include "extension/external_library.h"
 
-// A library opened with dlopen, closed with the object.
+#include <memory>
+
+// A library opened with dlopen, closed with the object. A further Load that succeeds closes what was loaded
+// before, one that fails leaves it.
 class UNIXExternalLibrary : public ExternalLibrary {
   public:
     ~UNIXExternalLibrary() override;
@@ -11,7 +14,11 @@ class UNIXExternalLibrary : public ExternalLibrary {
     [[nodiscard]] void* Get_Function(const char* name) override;
 
   private:
-    void* handle = nullptr;
+    struct Close_Handle {
+        void operator()(void* handle) const;
+    };
+
+    std::unique_ptr<void, Close_Handle> handle; // null until Load
 };
 
 class UNIXExternalLibraryManager : public ExternalLibraryManager {

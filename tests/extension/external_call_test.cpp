@@ -11,103 +11,135 @@
 
 namespace {
 
-std::string Text(const String& string) {
-    return {string.text(), static_cast<std::size_t>(string.length())};
+// Null unless the library is loaded.
+void* Symbol(const char* path, const char* name) {
+    void* const library = dlopen(path, RTLD_LAZY | RTLD_NOLOAD);
+    if (library)
+        dlclose(library);
+    return library ? dlsym(library, name) : nullptr;
 }
 
-int& Counter(const char* name) {
-    void* const library = dlopen(whole_library_path, RTLD_LAZY | RTLD_NOLOAD);
-    int* const counter = static_cast<int*>(dlsym(library, name));
-    dlclose(library);
-    return *counter;
+const char* const missing_path = "/nowhere/at-all.so";
+
+TEST(ExternalLibrary, Is_Loaded_Once_And_Closed_Unless_It_Is_To_Last) {
+    std::unique_ptr<ExternalLibrary> lasting;
+    {
+        UNIXExternalLibraryManager libraries;
+        ExternalLibrary* const whole = libraries.Lookup(whole_library_path, ExternalLibrary::BUILTIN);
+        ASSERT_NE(whole, nullptr);
+        EXPECT_EQ(libraries.Lookup(whole_library_path, ExternalLibrary::LASTING), whole);
+        lasting.reset(libraries.Lookup(symbolless_library_path, ExternalLibrary::LASTING));
+        whole->filename = "of another name";
+    }
+    EXPECT_EQ(Symbol(whole_library_path, "calls"), nullptr);
+    EXPECT_NE(Symbol(symbolless_library_path, "calls"), nullptr);
 }
 
-TEST(ExternalCallManager, Finds_Functions_In_Any_Case_And_The_First_Of_Its_Name) {
+TEST(ExternalLibrary, Loads_Another_In_Place_Of_The_First) {
+    UNIXExternalLibrary library;
+    EXPECT_EQ(library.Get_Function("malloc"), nullptr);
+    for (const char* const path : {whole_library_path, whole_library_path, symbolless_library_path}) {
+        ASSERT_TRUE(library.Load(path, RTLD_LAZY));
+        EXPECT_FALSE(library.Load(missing_path, RTLD_LAZY));
+        EXPECT_EQ(library.Get_Function("calls"), Symbol(path, "calls"));
+    }
+    EXPECT_EQ(Symbol(whole_library_path, "calls"), nullptr);
+}
+
+class ExternalCallTest : public testing::Test {
+  protected:
+    void SetUp() override { ASSERT_TRUE(calls.RegisterDSO(whole_library_path)) << calls.lasterror.text(); }
+    template <class T>
+    static T& Value(const char* name) {
+        return *static_cast<T*>(Symbol(whole_library_path, name));
+    }
     UNIXExternalLibraryManager libraries;
-    ExternalCallManager calls(&libraries);
-    EXPECT_EQ(calls.Lookup_External("keeper", -1), nullptr);
-    ASSERT_TRUE(calls.RegisterDSO(functionless_library_path));
-    ASSERT_TRUE(calls.RegisterDSO(whole_library_path)) << calls.lasterror.text();
-    ASSERT_TRUE(calls.RegisterDSO(whole_library_path));
+    ExternalCallManager calls{&libraries};
+};
 
-    ExternalCall* const keeper = calls.Lookup_External("KEEPERS", 6);
-    ASSERT_NE(keeper, nullptr);
-    EXPECT_EQ(keeper->record->parameter_count, 0);
-    EXPECT_EQ(calls.Lookup_External("keeper", -1), keeper);
-    const ExternalCall* const swap = calls.Lookup_External("Swap_In", -1);
-    ASSERT_NE(swap, nullptr);
-    ASSERT_EQ(swap->record->parameter_count, 2);
-    EXPECT_FALSE(swap->record->parameters[0].flags & EXTERNAL_PARAMETER_BY_REFERENCE);
-    EXPECT_TRUE(swap->record->parameters[1].flags & EXTERNAL_PARAMETER_BY_REFERENCE);
-    EXPECT_EQ(calls.Lookup_External("keep", -1), nullptr);
-    EXPECT_EQ(calls.Lookup_External(nullptr, -1), nullptr);
-
-    ExternalCallManager copy(&libraries, calls);
-    EXPECT_NE(copy.Lookup_External("keeper", -1), nullptr);
-    EXPECT_NE(copy.Lookup_External("keeper", -1), keeper);
-}
-
-TEST(ExternalCallManager, Tells_Why_A_Library_Is_Refused) {
-    UNIXExternalLibraryManager libraries;
-    ExternalCallManager calls(&libraries);
-    EXPECT_FALSE(calls.RegisterDSO(symbolless_library_path));
-    EXPECT_EQ(Text(calls.lasterror), "Unknown symbol 'tarn_function_table'");
-    EXPECT_FALSE(calls.RegisterDSO(tableless_library_path));
-    EXPECT_EQ(Text(calls.lasterror), "Unable to retrieve function descriptor table");
-    EXPECT_FALSE(calls.RegisterDSO("/nowhere/at-all.so"));
-    EXPECT_NE(Text(calls.lasterror).find("/nowhere/at-all.so"), std::string::npos);
-}
-
-TEST(ExternalCallManager, Grows_Beyond_Sixteen_Libraries) {
-    UNIXExternalLibraryManager libraries;
-    ExternalCallManager calls(&libraries);
+TEST_F(ExternalCallTest, Functions_Are_Found_In_Any_Case_And_The_First_Of_Its_Name) {
+    ExternalCallManager later(&libraries);
+    EXPECT_EQ(later.Lookup_External("keeper", -1), nullptr);
+    Value<const void*>("answer") = &Value<char>("functionless");
     for (int count = 0; count < 40; ++count)
-        ASSERT_TRUE(calls.RegisterDSO(count == 39 ? whole_library_path : functionless_library_path));
-    EXPECT_NE(calls.Lookup_External("swap_in", -1), nullptr);
-}
-
-TEST(ExternalCall, Keeps_Data_Between_Calls_And_Releases_It_Once) {
-    UNIXExternalLibraryManager libraries;
-    ASSERT_NE(libraries.Lookup(whole_library_path, ExternalLibrary::FUNCTIONS), nullptr);
-    const int calls_before = Counter("calls");
-    const int releases_before = Counter("releases");
-    {
-        ExternalCallManager calls(&libraries);
-        ASSERT_TRUE(calls.RegisterDSO(whole_library_path));
-        ExternalCall* const keeper = calls.Lookup_External("keeper", -1);
-        EXPECT_EQ(keeper->Call(nullptr, nullptr), 1);
-        Variable* const held = keeper->result;
-        held->IncRefCount();
-        EXPECT_EQ(keeper->Call(nullptr, nullptr), 1);
-        EXPECT_NE(keeper->result, held) << "the result of the first call was still in use";
-        EXPECT_EQ(held->refcount(), 1);
-        held->DecRefCount();
-        EXPECT_EQ(Counter("calls") - calls_before, 2);
+        ASSERT_TRUE(later.RegisterDSO(whole_library_path));
+    EXPECT_EQ(later.Lookup_External("keeper", -1), nullptr);
+    Value<const void*>("answer") = &Value<char>("whole");
+    ExternalCallManager copy(&libraries, later); // registers anew
+    for (ExternalCallManager* const manager : {&calls, &copy}) {
+        ExternalCall* const keeper = manager->Lookup_External("KEEPERS", 6);
+        ASSERT_NE(keeper, nullptr);
+        EXPECT_EQ(keeper->record->parameter_count, 0);
+        EXPECT_EQ(manager->Lookup_External("keeper", -1), keeper);
+        EXPECT_EQ(manager->Lookup_External("keep", -1), nullptr);
+        EXPECT_EQ(manager->Lookup_External(nullptr, -1), nullptr);
     }
-    EXPECT_EQ(Counter("releases") - releases_before, 1);
+    ASSERT_TRUE(later.RegisterDSO(whole_library_path));
+    EXPECT_NE(later.Lookup_External("Swap_In", -1), calls.Lookup_External("swap_in", -1));
 }
 
-std::string freed;
-
-void Note_Free(void* vm, void* value) {
-    freed += vm ? "?" : static_cast<const char*>(value);
+TEST_F(ExternalCallTest, Refused_Libraries_Tell_Why) {
+    EXPECT_FALSE(calls.RegisterDSO(symbolless_library_path));
+    EXPECT_EQ(calls.lasterror.view(), "Unknown symbol 'tarn_function_table'");
+    Value<const void*>("answer") = nullptr;
+    EXPECT_FALSE(calls.RegisterDSO(whole_library_path));
+    EXPECT_EQ(calls.lasterror.view(), "Unable to retrieve function descriptor table");
+    EXPECT_FALSE(calls.RegisterDSO(missing_path));
+    EXPECT_TRUE(calls.lasterror.contains(missing_path));
 }
 
-TEST(ExternalCallManager, Keeps_One_Persistent_Value_For_A_Name) {
-    static char first[] = "first ";
-    static char second[] = "second ";
-    freed.clear();
+TEST_F(ExternalCallTest, Result_Is_Made_Anew_Where_It_Is_Held) {
+    ExternalCall* const blank = calls.Lookup_External("swap_in", -1);
+    Value<void (*)()>("on_release") = [] {};
+    Variable* const held = blank->result;
+    held->SetValue("left", 4);
+    held->IncRefCount();
+    EXPECT_EQ(blank->Call(nullptr, nullptr), 1);
+    EXPECT_NE(blank->result, held);
+    EXPECT_EQ(held->refcount(), 1);
+    EXPECT_FALSE(held->IsNULL());
+    held->DecRefCount();
+    const Variable* const reused = blank->result;
+    blank->result->SetValue("left", 4);
+    EXPECT_EQ(blank->Call(nullptr, nullptr), 1);
+    EXPECT_EQ(blank->result, reused);
+    EXPECT_TRUE(blank->result->IsNULL());
+    EXPECT_EQ(Value<int>("calls"), 2);
+}
+
+// What is found while something is released.
+ExternalCallManager* asked;
+std::string told;
+
+void Free(void* vm, void* value) {
+    told += vm ? "?" : static_cast<const char*>(value);
+    for (const char* const name : {"pool", "cache", "later"})
+        told += asked->Lookup_Persistent(name, -1) ? std::string(" ") + name : "";
+    for (const char* const name : {"keeper", "swap_in", "blank"})
+        told += asked->Lookup_External(name, -1) ? std::string(" ") + name : "";
+}
+
+TEST_F(ExternalCallTest, What_Is_Released_Is_Not_Found_Any_More) {
+    static char texts[][10] = {"; old:", "; pool:", "; cache:", "; data:", "; later:"};
+    told.clear();
     {
-        ExternalCallManager calls(nullptr);
-        EXPECT_EQ(calls.Lookup_Persistent("pool", 4), nullptr);
-        calls.Register_Persistent(nullptr, "Pool", -1, first, Note_Free);
-        EXPECT_EQ(calls.Lookup_Persistent("poolside", 4), first);
-        calls.Register_Persistent(nullptr, "POOL", 4, second, Note_Free);
-        EXPECT_EQ(freed, "first ");
-        EXPECT_EQ(calls.Lookup_Persistent("pool", -1), second);
-        calls.Register_Persistent(nullptr, "byte", -1, new char, nullptr);
+        ExternalCallManager dying(&libraries);
+        asked = &dying;
+        dying.Register_Persistent(nullptr, "Pool", -1, texts[0], Free);
+        EXPECT_EQ(dying.Lookup_Persistent("poolside", 4), texts[0]);
+        dying.Register_Persistent(nullptr, "POOL", 4, texts[1], Free);
+        dying.Register_Persistent(nullptr, "byte", -1, new char, nullptr);
+        dying.Register_Persistent(nullptr, "cache", -1, texts[2], Free);
+        ASSERT_TRUE(dying.RegisterDSO(whole_library_path));
+        Value<void (*)()>("on_release") = [] {
+            Free(nullptr, texts[3]);
+            asked->Register_Persistent(nullptr, "later", -1, texts[4], Free);
+        };
+        for (const char* const name : {"keeper", "swap_in"})
+            dying.Lookup_External(name, -1)->Call(nullptr, nullptr);
     }
-    EXPECT_EQ(freed, "first second ");
+    EXPECT_EQ(told, "; old:; pool: cache keeper swap_in; cache: keeper swap_in"
+                    "; data: swap_in; data: later; later:; later:");
 }
 
 } // namespace

@@ -1,7 +1,12 @@
-/* A library for the tests, in the shapes that a program may meet. Built with NO_SYMBOL it lacks the table, with NO_TABLE it
- * answers null, with NO_FUNCTIONS its table is empty. */
+/* An extension library for the tests, which asks for all C names of the program that loads it, and for some of its classes. */
 
 #include <stddef.h>
+
+typedef size_t Word;
+#define STUB(result, name) result name(void);
+#include "extension/c_interface.def"
+extern char _ZN6String6assignEPKci[], _ZN19ExternalCallManager11RegisterDSOEPKc[], _ZTV8Variable[], _ZTV11FileManager[];
+char* const classes[] = {_ZN6String6assignEPKci, _ZN19ExternalCallManager11RegisterDSOEPKc, _ZTV8Variable, _ZTV11FileManager};
 
 #define NAME(text) text, (int)sizeof(text) - 1
 
@@ -22,54 +27,35 @@ typedef struct {
     const Function* functions;
 } Descriptor;
 
-/* A dozen names of the program that loads this library. */
-extern int tnProgram_Compare(void), tnLinkBuffer_Data(void), tnSystemLibrary_Error(void), tnVariable_Value(void),
-    tnVariableList_First(void), tnVariableHash_Find(void), tnNetwork_Open_URL(void), tnHTTPResponse_Read(void),
-    tnFile_Open(void), tnDirectory_Listing(void), tnConfig_SetValue(void), tnDatabase_data(void);
-extern double tnVariable_Value_Double(void);
-
-static int (*const used[])(void) = {
-    tnProgram_Compare,  tnLinkBuffer_Data, tnSystemLibrary_Error, tnVariable_Value, tnVariableList_First,
-    tnVariableHash_Find, tnNetwork_Open_URL, tnHTTPResponse_Read, tnFile_Open, tnDirectory_Listing, tnConfig_SetValue,
-    tnDatabase_data,
-};
-
-int calls = 0, releases = 0;
+int calls = 0;
+void (*on_release)(void) = NULL;
 static int kept;
 
-/* Keeps data from its first call on, and notes the call that releases it. */
-static void Keeper(void* vm, void* parameters, void* result, void** data) {
-    if (!vm && !parameters && !result && *data == &kept) {
-        ++releases;
+/* Keeps data from its first call on, and tells of the call that releases it. */
+static void Keep(void* vm, void* parameters, void* result, void** data) {
+    if (vm || parameters || result) {
+        ++calls;
+        *data = &kept;
+    } else if (*data == &kept) {
         *data = NULL;
-        return;
+        on_release();
     }
-    ++calls;
-    *data = &kept;
 }
 
-static const Parameter pair[] = {{NAME("value"), 0}, {NAME("target"), 1}};
+static const Parameter pair[] = {{NAME("value"), 0}, {NAME("target"), 3}};
 
 static const Function functions[] = {
-    {NAME("Keeper"), 0, NULL, Keeper},
-    {NAME("swap_in"), 2, pair, NULL},
-    {NAME("keeper"), 2, pair, NULL}, /* shadowed by the first */
-    {NULL, 0, 0, NULL, NULL},
+    {NAME("Keeper"), 0, NULL, Keep}, {NAME("swap_in"), 2, pair, Keep}, {NAME("keeper"), 2, pair, NULL}, /* shadowed */
+    {NAME("blank"), 2, NULL, NULL},  {NULL, 0, 0, NULL, NULL},
 };
 
-#ifndef NO_SYMBOL
+const Descriptor whole = {NULL, functions}, functionless = {NULL, NULL}, *answer = &whole;
+
 const Descriptor* tarn_function_table(void) {
-#ifdef NO_TABLE
-    return NULL;
-#elif defined NO_FUNCTIONS
-    static const Descriptor descriptor = {NULL, NULL};
-    return &descriptor;
-#else
-    static const Descriptor descriptor = {NULL, functions};
-    for (size_t i = 0; i < sizeof used / sizeof *used; ++i)
-        if (used[i]())
-            return NULL;
-    return tnVariable_Value_Double() == 0 ? &descriptor : NULL;
-#endif
+#define ANSWER_Word(name) if (name() != 0) return NULL;
+#define ANSWER_double(name) ANSWER_Word(name)
+#define ANSWER_void(name) name();
+#define STUB(result, name) ANSWER_##result(name)
+#include "extension/c_interface.def"
+    return answer;
 }
-#endif
