@@ -11,6 +11,22 @@
 
 #include <string>
 
+inline std::string Text(Variable& variable) {
+    return std::string(variable.value().view());
+}
+
+inline std::string Text(const VariableHold& variable) {
+    return Text(*variable);
+}
+
+// Of a name: its variable's text, "-" without a variable, "none" without a slot.
+inline std::string Look(VariableHash& table, const char* name, int create = 0) {
+    Variable* variable = nullptr;
+    if (!table.Find(&variable, name, -1, create))
+        return "none";
+    return variable ? Text(*variable) : "-";
+}
+
 // Variables are made by New and given back at the end of the test, which the address sanitizer checks.
 class ValueTest : public testing::Test {
   protected:
@@ -33,8 +49,6 @@ class ValueTest : public testing::Test {
         return array;
     }
     static AggregateIndex Name(const char* name) { return {name, -1}; }
-    static std::string Text(Variable& variable) { return std::string(variable.value().view()); }
-    static std::string Text(const VariableHold& variable) { return Text(*variable); }
     // "1=a 3=c" for an array of a and c.
     static std::string Elements(Variable& array) {
         std::string text;
@@ -47,13 +61,6 @@ class ValueTest : public testing::Test {
         return text;
     }
     static std::string Elements(const VariableHold& array) { return Elements(*array); }
-    // Of a name: its variable's text, "-" without a variable, "none" without a slot.
-    static std::string Look(VariableHash& table, const char* name, int create = 0) {
-        Variable* variable = nullptr;
-        if (!table.Find(&variable, name, -1, create))
-            return "none";
-        return variable ? Text(*variable) : "-";
-    }
 };
 
 #endif

@@ -128,14 +128,15 @@ TEST_F(ElementsTest, Stored_Variable_May_Hang_On_What_Is_Dropped) {
 }
 
 TEST_F(ElementsTest, Large_Arrays_And_Deep_Ones_Take_No_Stack) {
-    const int count = 200000;
+    const int count = 100000;
     VariableHold array = New();
     for (int i = count; i > 0; i--)
         array->Element(i, 1); // as a list along one side
     VariableHold copy(new Variable(*array));
     copy->InsertElement(1, New("first").get());
-    EXPECT_EQ(copy->CollapseElements(), count + 1);
     EXPECT_EQ(copy->Max(), count + 1);
+    EXPECT_EQ(copy->Next(count), count + 1);
+    EXPECT_EQ(copy->CollapseElements(), count + 1);
     EXPECT_EQ(Text(copy).substr(0, 6), "first,");
     VariableHold deep = New();
     Variable* inner = deep.get();

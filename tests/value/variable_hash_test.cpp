@@ -16,10 +16,11 @@ class VariableHashTest : public ValueTest {
     static Variable* Named(const char* name, const char* value) { return new Variable(name, -1, value, -1); }
 
     UserVariableHash table;
+    Dictionary dictionary;
+    SystemVariableHash system{&dictionary, 4, 0};
 };
 
 TEST_F(VariableHashTest, Names_Ignore_Case_And_Keep_Their_Slots) {
-    Dictionary dictionary;
     VariableHash crowded(&dictionary, 1, 0, 0); // two chains
     for (int i = 0; i < 600; i++)
         EXPECT_EQ(crowded.Insert(("Name_" + std::to_string(i * 7 % 600)).c_str(), -1), i);
@@ -35,27 +36,8 @@ TEST_F(VariableHashTest, Names_Ignore_Case_And_Keep_Their_Slots) {
     EXPECT_EQ(crowded.Insert(7777), 601);
     EXPECT_EQ(crowded.Seek(7777, nullptr, -1, nullptr), -1);
     EXPECT_TRUE(crowded.Index(601, 1)->IsNULL());
-}
-
-TEST_F(VariableHashTest, Variables_Are_Made_On_Demand) {
-    EXPECT_EQ(table.Insert("Total", -1), 0);
-    EXPECT_EQ(Look(table, "total"), "-");
-    EXPECT_EQ(Look(table, "totals"), "none");
-    EXPECT_FALSE(table.ClearVariable("total", -1));
-    EXPECT_EQ(table.Index(0, 1)->name().view(), "Total");
-    table.SetVariable("TOTAL", -1, "5", 1);
-    table.SetVariable("new", -1, "6", 1);
-    EXPECT_EQ(Text(*table.Index(0, 0)) + Text(*table.Index(1, 0)), "56");
-    EXPECT_TRUE(table.ClearVariable("new", -1));
-    EXPECT_TRUE(table.Index(1, 0)->IsNULL());
-    EXPECT_EQ(table.Index(2, 1), nullptr);
-    EXPECT_EQ(table.Index(-1, 1), nullptr);
-    VariableList list;
-    table.AllocatedVars(&list);
-    EXPECT_EQ(list.Entries(), 2);
-    table.Dump();
-    EXPECT_EQ(Look(table, "total"), "-");
-    EXPECT_EQ(Text(*list.First()), "5");
+    EXPECT_EQ(crowded.Index(602, 1), nullptr);
+    EXPECT_EQ(crowded.Index(-1, 1), nullptr);
 }
 
 TEST_F(VariableHashTest, Table_Takes_Over_One_Count) {
@@ -66,13 +48,21 @@ TEST_F(VariableHashTest, Table_Takes_Over_One_Count) {
     VariableHold target = New("t");
     table.SetVariable_Reference(0, target.get());
     EXPECT_EQ(variable->refcount(), 1);
-    EXPECT_EQ(table.Index(0, 0)->RealIdentity(), target.get());
-    EXPECT_EQ(table.Index(0, 0)->name().view(), "v");
     Variable* reference = table.Index(0, 0);
+    EXPECT_EQ(reference->RealIdentity(), target.get());
+    EXPECT_EQ(reference->name().view(), "v");
     table.SetVariable_Reference(0, reference);
     EXPECT_EQ(table.Index(0, 0), reference);
     table.SetVariable_Reference(1, target.get());
     EXPECT_EQ(target->refcount(), 2);
+    VariableList list;
+    table.Insert("null", -1);
+    table.AllocatedVars(&list);
+    EXPECT_EQ(list.Entries(), 1);
+    EXPECT_EQ(target->refcount(), 3);
+    table.Dump();
+    EXPECT_EQ(Look(table, "V"), "-");
+    EXPECT_EQ(Text(*list.First()), "t");
 }
 
 TEST_F(VariableHashTest, Compound_Names_Lead_To_Elements) {
@@ -82,17 +72,14 @@ TEST_F(VariableHashTest, Compound_Names_Lead_To_Elements) {
         int create;
         const char* result; // "null", or "bad" for a malformed index
     } cases[] = {
-        {"s", 0, "scalar"},       {"none", 0, "null"},
-        {"none:a[", 0, "null"},   {"s:a", 0, "null"},
-        {"a[1]:b", 1, ""},        {"A[ 1 ]:B", 0, ""},
-        {"a[1]:c", 0, "null"},    {"a[]", 0, "null"},
-        {"a[]", 1, ""},           {"a[0]", 0, ""},
-        {"a[x]", 1, "bad"},       {"a[1", 1, "bad"},
-        {"a[-1]", 1, "bad"},      {"a[2147483648]", 1, "bad"},
-        {"a[1]b", 0, "bad"},      {"a[1]]", 0, "bad"},
-        {"a[\t2\n]", 0, "null"},  {"a[99999999999999999999]", 1, "bad"},
-        {"a[2147483647]", 1, ""}, {":m", 1, ""},
-        {"a[1]::", 1, ""},        {"a[1:b]", 1, "bad"},
+        {"s", 0, "scalar"},       {"none", 0, "null"},     {"none:a[", 0, "null"},
+        {"s:a", 0, "null"},       {"a[1]:b", 1, ""},       {"A[ 1 ]:B", 0, ""},
+        {"a[1]:c", 0, "null"},    {"a[]", 0, "null"},      {"a[]", 1, ""},
+        {"a[0]", 0, ""},          {"a[x]", 1, "bad"},      {"a[1", 1, "bad"},
+        {"a[-1]", 1, "bad"},      {"a[1]b", 0, "bad"},     {"a[2147483648]", 1, "bad"},
+        {"a[1]]", 0, "bad"},      {"a[\t2\n]", 0, "null"}, {"a[4294967297]", 1, "bad"},
+        {"a[2147483647]", 1, ""}, {":m", 1, ""},           {"a[1]::", 1, ""},
+        {"a[1:b]", 1, "bad"},
     };
     for (const auto& c : cases) {
         Variable* found = nullptr;
@@ -112,9 +99,9 @@ TEST_F(VariableHashTest, Compound_Names_Lead_To_Elements) {
 TEST_F(VariableHashTest, Values_Are_Set_And_Appended_By_Compound_Names) {
     const char* const steps[][4] = {
         // name, value, "+" to append, what x then is
-        {"x", "5", "+", "5"},          {"x", "6", "+", "5,6"},     {"x", "7", "+", "5,6,7"},
-        {"x[2]", "8", "+", "5,6,8,7"}, {"x[", "9", "", "5,6,8,7"}, {"x", "1", "", "1"},
-        {"x:m", "2", "", "2"},         {"x", "3", "+", "3"},
+        {"x", "5", "+", "5"},     {"x", "6", "+", "5,6"}, {"x", "7", "+", "5,6,7"}, {"x", "1", "", "1"},
+        {"x[2]", "8", "+", "8"},  {"x[", "9", "", "8"},   {"x:m", "2", "", "2"},    {"x", "3", "+", "3"},
+        {"x[3]", "4", "", "3,4"}, {"x", "5", "+", "3,5"},
     };
     for (const auto& [name, value, append, result] : steps) {
         table.SetVariable_Fancy(name, -1, value, -1, *append);
@@ -123,29 +110,9 @@ TEST_F(VariableHashTest, Values_Are_Set_And_Appended_By_Compound_Names) {
 }
 
 TEST_F(VariableHashTest, Copies_Share_Names_Not_Variables) {
-    table.SetVariable("a", 1, "1", 1);
-    VariableHash empty(table);
-    EXPECT_EQ(Look(empty, "A"), "-");
-    Dictionary dictionary(*table.dictionary());
-    VariableHash clone(nullptr, &dictionary, table, true);
-    clone.SetVariable("a", 1, "2", 1);
-    EXPECT_EQ(Look(table, "a"), "1");
-    ClonedVariableHash plain(nullptr, &dictionary, table, true);
-    EXPECT_EQ(Look(plain, "a"), "1");
-    plain.SetVariable("b", 1, "3", 1);
-    EXPECT_EQ(plain.RealIdentity(), &plain);
-    EXPECT_EQ(plain.Entries(), 2);
-    EXPECT_EQ(Look(table, "b"), "none");
-}
-
-class SystemVariableHashTest : public VariableHashTest {
-  protected:
-    Dictionary dictionary;
-    SystemVariableHash system{&dictionary, 4, 0};
-};
-
-TEST_F(SystemVariableHashTest, Clone_Has_Scopes_Of_Its_Own) {
     system.SetVariable(Named("a", "1"));
+    VariableHash empty(system);
+    EXPECT_EQ(Look(empty, "A"), "-");
     ClonedVariableHash clone(nullptr, &dictionary, system, true);
     clone.Push();
     clone.SetVariable(Named("a", "2"));
@@ -159,60 +126,122 @@ TEST_F(SystemVariableHashTest, Clone_Has_Scopes_Of_Its_Own) {
     system.SetVariable(Named("a", "5"));
 }
 
-TEST_F(SystemVariableHashTest, Random_Operations_Agree_With_A_Model) {
+// A table with scopes, one without, and a clone that holds its variables itself.
+TEST_F(VariableHashTest, Random_Operations_Agree_With_A_Model) {
     using Content = std::optional<std::string>;
+    UserVariableHash original;
+    original.Insert("name0", -1);
+    original.SetVariable("name0", -1, "kept", -1);
+    ClonedVariableHash clone(nullptr, original.dictionary(), original, true);
+    EXPECT_EQ(Look(clone, "name0"), "kept");
+    clone.Index(0, 0)->SetNULL();
     std::mt19937 random{7};
-    std::map<std::string, int> slots;
-    std::vector<Content> contents;
-    // What was recorded, to be put back in this order.
-    std::vector<std::vector<std::pair<int, Content>>> scopes;
-    auto store = [&](const std::string& name, const Content& content) {
-        const auto [place, is_new] = slots.try_emplace(name, static_cast<int>(contents.size()));
-        if (is_new)
-            contents.emplace_back();
-        if (!scopes.empty())
-            scopes.back().emplace_back(place->second, contents[place->second]);
-        contents[place->second] = content;
-    };
-    for (int step = 0; step < 20000; step++) {
-        const std::string name = "name" + std::to_string(random() % 40);
-        const std::string value = std::to_string(step);
-        const auto place = slots.find(name);
-        Content* there = place == slots.end() ? nullptr : &contents[place->second];
-        switch (random() % 8) {
-        case 0: system.SetVariable(Named(name.c_str(), value.c_str())), store(name, value); break;
-        case 1:
-            if (!scopes.empty() || !there)
-                system.Insert(name.c_str(), -1), store(name, std::nullopt);
-            break;
-        case 2:
-            system.SetVariable(name.c_str(), -1, value.c_str(), -1);
-            if (there && *there)
-                *there = value; // in place, which no scope takes back
-            else
-                store(name, value);
-            break;
-        case 3:
-            Look(system, name.c_str(), 1);
-            if (there && !*there)
-                store(name, "");
-            break;
-        case 4:
-            if (there)
-                system.SetVariable_Reference(place->second, New(value.c_str()).get()), store(name, value);
-            break;
-        case 5: system.Push(), scopes.emplace_back(); break;
-        default:
-            EXPECT_EQ(system.Pop(), scopes.empty() ? 0 : 1);
-            if (scopes.empty())
+    for (VariableHash* tested : {static_cast<VariableHash*>(&system), static_cast<VariableHash*>(&table),
+                                 static_cast<VariableHash*>(&clone)}) {
+        VariableHash& real = *tested;
+        std::map<std::string, int> slots;
+        std::vector<Content> contents;
+        if (tested == &clone)
+            slots["name0"] = 0, contents.emplace_back("");
+        // What was recorded, to be put back in this order.
+        std::vector<std::vector<std::pair<int, Content>>> scopes;
+        auto store = [&](const std::string& name, const Content& content) {
+            const auto [place, is_new] = slots.try_emplace(name, static_cast<int>(contents.size()));
+            if (is_new)
+                contents.emplace_back();
+            if (!scopes.empty())
+                scopes.back().emplace_back(place->second, contents[place->second]);
+            contents[place->second] = content;
+        };
+        for (int step = 0; step < 5000; step++) {
+            const std::string name = "name" + std::to_string(random() % 40);
+            const std::string value = std::to_string(step);
+            const auto place = slots.find(name);
+            Content* there = place == slots.end() ? nullptr : &contents[place->second];
+            switch (random() % 9) {
+            case 0: real.SetVariable(Named(name.c_str(), value.c_str())), store(name, value); break;
+            case 1:
+                if (!scopes.empty() || !there)
+                    real.Insert(name.c_str(), -1), store(name, std::nullopt);
                 break;
-            for (const auto& [slot, content] : scopes.back())
-                contents[slot] = content;
-            scopes.pop_back();
+            case 2:
+                real.SetVariable(name.c_str(), -1, value.c_str(), -1);
+                if (there && *there)
+                    *there = value; // in place, which no scope takes back
+                else
+                    store(name, value);
+                break;
+            case 3:
+                Look(real, name.c_str(), 1);
+                if (there && !*there)
+                    store(name, "");
+                break;
+            case 4:
+                if (there)
+                    real.SetVariable_Reference(place->second, New(value.c_str()).get()), store(name, value);
+                break;
+            case 5:
+                EXPECT_EQ(real.ClearVariable(name.c_str(), -1), there && *there);
+                if (there && *there)
+                    *there = "";
+                break;
+            case 6:
+                real.Push();
+                if (tested == &system)
+                    scopes.emplace_back();
+                break;
+            default:
+                EXPECT_EQ(real.Pop(), scopes.empty() ? 0 : 1);
+                if (scopes.empty())
+                    break;
+                for (const auto& [slot, content] : scopes.back())
+                    contents[slot] = content;
+                scopes.pop_back();
+            }
+            const auto now = slots.find(name);
+            ASSERT_EQ(Look(real, name.c_str()),
+                      now == slots.end() ? "none" : contents[now->second].value_or("-"));
+            ASSERT_EQ(real.Entries(), static_cast<int>(contents.size()));
         }
-        const auto now = slots.find(name);
-        ASSERT_EQ(Look(system, name.c_str()),
-                  now == slots.end() ? "none" : contents[now->second].value_or("-"));
-        ASSERT_EQ(system.Entries(), static_cast<int>(contents.size()));
+    }
+    EXPECT_EQ(Look(original, "name0") + Look(original, "name1"), "keptnone");
+}
+
+TEST(VariableScope, Comes_From_The_Prefix) {
+    const struct {
+        const char* text;
+        const char* split; // the scope's number, the name, and "of" the alias
+    } cases[] = {
+        {"", "5 "},
+        {"l.", "0 "},
+        {"S.x.y", "2 x.y"},
+        {"d.x", "3 x of "},
+        {"D.d.x", "3 x of D"},
+        {"x.y", "5 x.y"},
+        {"a.D.x", "3 x of a"},
+        {"l.d.", "0 d."},
+        {"a.database.x", "3 x of a"},
+        {"g.database.", "1 database."},
+        {"name", "5 name"},
+        {"LOCAL.d.x", "0 d.x"},
+        {"Global.", "1 "},
+        {"system.x", "2 x"},
+        {"xy.d.", "3  of xy"},
+        {".d.z", "3 z of "},
+        {"xy.DataBase.z", "3 z of xy"},
+        {"database.xy", "3 xy of "},
+        {"database.x", "5 database.x"},
+        {"database.d.x", "3 x of database"},
+    };
+    for (const auto& c : cases) {
+        const char* name = nullptr;
+        const char* alias = nullptr;
+        int name_length = 0;
+        int alias_length = 0;
+        const int scope = VariableHash::Scope(c.text, -1, &name, &name_length, &alias, &alias_length);
+        std::string split = std::to_string(scope) + " " + std::string(name, name_length);
+        if (alias)
+            split += " of " + std::string(alias, alias_length);
+        EXPECT_EQ(split, c.split) << c.text;
     }
 }

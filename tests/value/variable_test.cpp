@@ -62,8 +62,8 @@ TEST_F(VariableTest, Numbers_Are_Read_In_Every_Form) {
     mpd_t* decimal = Decimal("7.50");
     variable->SetValue_mpd(decimal);
     mpd_del(decimal);
-    EXPECT_EQ(Text(variable), "7.5");
     EXPECT_EQ(variable->value_integer(), 7);
+    EXPECT_EQ(Text(variable), "7.5"); // from the decimal
     EXPECT_EQ(variable->primary_type(), VALUE_DECIMAL);
     variable->SetValue_mpd_Nocopy(Decimal("-0.25"));
     variable->SetValue_mpd(variable->value_mpd()); // its own
@@ -71,32 +71,27 @@ TEST_F(VariableTest, Numbers_Are_Read_In_Every_Form) {
     VariableHold large(new Variable("n", 1, 4294967295U));
     EXPECT_EQ(Text(large), "4294967295");
     EXPECT_EQ(large->primary_type(), VALUE_DECIMAL);
-    EXPECT_EQ(large->name().view(), "n");
-}
-
-TEST_F(VariableTest, Text_Is_Adopted) {
     char* text = tarn_strdup("adopted");
-    VariableHold variable(new Variable("n", 1, text, 7, 8));
-    EXPECT_EQ(variable->value().text(), text);
-    variable->SetValue_Nocopy(tarn_strdup("exact"), 5, 5); // without room for the NUL
-    EXPECT_EQ(Text(variable), "exact");
+    VariableHold adopted(new Variable("n", 1, text, 7, 8));
+    EXPECT_EQ(adopted->value().text(), text);
+    adopted->SetValue_Nocopy(tarn_strdup("exact"), 5, 5); // without room for the NUL
+    EXPECT_EQ(Text(adopted), "exact");
+    adopted->Convert_String(); // out of no other form
+    EXPECT_EQ(Text(adopted), "");
 }
 
-TEST_F(VariableTest, Truth_Of_Text) {
+TEST_F(VariableTest, Truth_Is_That_Of_Text_Or_Number) {
     for (const char* text : {"", "0", "000", "0.00", ".", "0.", ".0"})
         EXPECT_FALSE(New(text)->IsTrue()) << text;
     for (const char* text : {"0.0.", "-0", "0x0", " 0", "false", "..", "1", "0.01"})
         EXPECT_TRUE(New(text)->IsTrue()) << text;
-}
-
-TEST_F(VariableTest, Truth_Of_Other_Values) {
     EXPECT_FALSE(New()->IsTrue());
-    for (int number : {0, 1, -1})
+    for (const int number : {0, -1})
         EXPECT_EQ(VariableHold(new Variable("", 0, number))->IsTrue(), number != 0);
     VariableHold decimal = New();
-    for (const char* text : {"0.00", "0.01"}) {
+    for (const char* text : {"-0.00", "0.01"}) {
         decimal->SetValue_mpd_Nocopy(Decimal(text));
-        EXPECT_EQ(decimal->IsTrue(), text[3] == '1') << text;
+        EXPECT_EQ(decimal->IsTrue(), *text == '0') << text;
     }
     VariableHold array = Make("0");
     EXPECT_FALSE(array->IsTrue());
@@ -177,23 +172,23 @@ TEST_F(VariableTest, Copy_Follows_The_Kind_Of_The_Source) {
     const struct {
         int kind;
         int preferred;
+        bool set; // to 9
         const char* text;
         int primary;
     } cases[] = {
-        {VARIABLE_INTEGER, VALUE_STRING, "41", VALUE_INTEGER},
-        {VARIABLE_TEXT, VALUE_INTEGER, "shown", VALUE_STRING},
-        {VARIABLE_FIELDS, VALUE_INTEGER, "41", VALUE_INTEGER},
-        {VARIABLE_FIELDS, VALUE_DECIMAL, "0", VALUE_DECIMAL},
-        {VARIABLE_FIELDS, VALUE_NONE, "shown", VALUE_STRING},
+        {VARIABLE_INTEGER, VALUE_STRING, false, "41", VALUE_INTEGER},
+        {VARIABLE_TEXT, VALUE_INTEGER, true, "shown", VALUE_STRING},
+        {VARIABLE_FIELDS, VALUE_INTEGER, false, "41", VALUE_INTEGER},
+        {VARIABLE_FIELDS, VALUE_DECIMAL, false, "0", VALUE_DECIMAL},
+        {VARIABLE_FIELDS, VALUE_NONE, false, "shown", VALUE_STRING},
+        {VARIABLE_FIELDS, VALUE_STRING, true, "9", VALUE_INTEGER},
     };
     for (const auto& c : cases) {
         VariableHold source(new Presenting(c.kind, c.preferred));
+        if (c.set)
+            source->SetValue_Integer(9);
         VariableHold copy(new Variable(*source));
         EXPECT_EQ(Text(copy), c.text);
         EXPECT_EQ(copy->primary_type(), c.primary);
     }
-    VariableHold fields(new Presenting(VARIABLE_FIELDS, VALUE_STRING));
-    fields->SetValue_Integer(9);
-    VariableHold copy(new Variable(*fields));
-    EXPECT_EQ(Text(copy), "9");
 }
