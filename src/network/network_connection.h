@@ -17,7 +17,8 @@ enum Connection_Flag : unsigned {
 // one thread.
 //
 // A timeout is in seconds and bounds each wait, not the whole operation; 0 takes the application's setting,
-// and 0 there waits for ever. Operations that fail leave the text in error().
+// and 0 there waits for ever. A negative one never waits: an operation that would have to has timed out.
+// Operations that fail leave the text in error(); a success leaves the last text in place.
 class NetworkConnection {
   public:
     explicit NetworkConnection(TarnApplication* application);
@@ -32,14 +33,16 @@ class NetworkConnection {
                                                      evp_pkey_st* key, int timeout, unsigned flags) = 0;
     // The certificate that the peer showed, null when there is none. It belongs to the connection.
     virtual x509_st* Server_Certificate() = 0;
-    // The number of bytes read, 0 at the peer's end, -1 on failure. A failure of the TLS library answers 0.
+    // The number of bytes read, as many as are there; 0 at the peer's end and for a length below 1, -1 on
+    // failure. A failure of the TLS library answers 0, too.
     virtual int Read(char* buffer, int length, int timeout) = 0;
     // Reads through a line feed, and nothing behind it. Answers the length of the line, its line feed
     // included; -1 with an empty line on failure, for a line that the peer broke off too. The size bounds
     // one step of reading, not the line.
     virtual int ReadLine(String& line, int timeout, int size) = 0;
-    // The number of bytes written, -1 on failure; a failure of the TLS library answers 0. A length of -1
-    // means up to NUL. A peer that is gone is a failure, never a signal.
+    // Writes all of the text: answers its length, or -1 on failure; a failure of the TLS library answers 0.
+    // After a failure any part of the text may be out, and nothing tells how much. A length of -1 means up to
+    // NUL. A peer that is gone is a failure, never a signal.
     virtual int Write(const char* buffer, int length, int timeout) = 0;
     virtual const String& error();
     // An unassigned text leaves the last one in place.

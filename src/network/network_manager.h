@@ -14,7 +14,8 @@ enum SOCKS5_Address_Kind { SOCKS5_IPV4 = 1, SOCKS5_NAME = 3, SOCKS5_IPV6 = 4 };
 // The factory of connections: resolves names, goes through a SOCKS proxy where the settings name one, brings
 // TLS up, splits URLs and sends HTTP requests. Questions answer bool, other operations 1 or 0, or a
 // connection or null; failures leave the text in error(). A connection handed out is the caller's. Timeouts
-// are those of NetworkConnection.
+// are those of NetworkConnection; they don't bound the look-up of a name, which takes what the system's
+// resolver takes.
 //
 // A client certificate comes from a file or from a text, with a type: one that begins with "a" means DER, one
 // that begins with "p" or is empty means PEM, which may be locked by the password. To pin a server is to
@@ -45,8 +46,11 @@ class NetworkManager {
     [[nodiscard]] virtual NetworkConnection* Connect(const char* host, int port, int timeout);
     // Straight to the host.
     [[nodiscard]] virtual NetworkConnection* TCP_Connect(const char* host, int port, int timeout) = 0;
-    // Brings TLS up on a connection to the host, and verifies who it is. On failure the connection stays open
-    // and the caller's.
+    // Brings TLS up on a connection to the host, and checks that the server's certificate is for that host, as
+    // far as the Verify_ operations below go, and is the pinned one. Whether the certificate is genuine, by
+    // the chain of who signed it, is checked only with CONNECTION_MUST_VERIFY, or where the application has
+    // set its context so: without either, anyone can show a certificate for any host. A client certificate in
+    // a file goes ahead of one in a text. On failure the connection stays open and the caller's.
     [[nodiscard]] virtual int SSL_Connect(NetworkConnection* connection, const char* host,
                                           const char* cert_file, const char* cert_value,
                                           const char* cert_type, const char* cert_password,
@@ -59,8 +63,13 @@ class NetworkManager {
     [[nodiscard]] virtual int SOCKS5_Connect(NetworkConnection* connection, const char* host, int port,
                                              int timeout);
     // Sends an HTTP request and hands over the connection, with the answer still to be read. The flags are
-    // Connection_Flag bits. A body or header length of -1 means up to NUL; the headers bring their own line
-    // ends. A version of HTTP above 9 becomes 1.1, one below 0 becomes 1.0.
+    // Connection_Flag bits. A body or header length of -1 means up to NUL. A version of HTTP above 9 becomes
+    // 1.1, one below 0 becomes 1.0.
+    //
+    // The headers sent are Host, from version 1.0 on; Content-Type and Content-Length, where there is a body
+    // of more than no bytes; the caller's, whole lines with their line ends; and from 1.1 on "Connection:
+    // close". What the caller gives goes out as it is: nothing looks for line ends in a method, URL or type,
+    // nor for a header that stands twice.
     [[nodiscard]] virtual NetworkConnection*
     OpenURL(const char* method, const char* url, const char* body, const char* content_type, int body_length,
             const char* cert_file, const char* cert_value, const char* cert_type, const char* cert_password,
