@@ -1,24 +1,18 @@
 #include "network/http_response_stream.h"
 
-#include "core/text_search.h"
+#include "core/text_words.h"
 #include "network/network_connection.h"
 
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
 #include <memory>
-#include <string_view>
 #include <utility>
 
 namespace {
 
 constexpr int line_step = 512;
 constexpr int unknown_length = -1;
-
-bool Is_Word(const String& text, std::string_view word) {
-    return static_cast<size_t>(text.length()) == word.size() &&
-           memcmpi(text.text(), word.data(), word.size()) == 0;
-}
 
 // The number that a text begins with, 0 without one, and -1 for what doesn't fit.
 int Read_Number(const String& text, int base) {
@@ -80,10 +74,10 @@ int HTTPResponseStream::Read_Headers() {
 
 // The last header that tells how the body ends counts, but for a length behind chunks.
 void HTTPResponseStream::Take_Header(const HTTPResponseStream_Header& header) {
-    if (Is_Word(header.name, "Transfer-Encoding")) {
-        chunked = Is_Word(header.value, "chunked");
+    if (Same_Word(header.name.view(), "Transfer-Encoding")) {
+        chunked = Same_Word(header.value.view(), "chunked");
         content_length_ = unknown_length;
-    } else if (!chunked && Is_Word(header.name, "Content-Length")) {
+    } else if (!chunked && Same_Word(header.name.view(), "Content-Length")) {
         content_length_ = std::max(Read_Number(header.value, 10), unknown_length);
     }
 }

@@ -2,7 +2,7 @@
 
 #include "app/tarn_application.h"
 #include "core/text_length.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 #include "network/network_connection.h"
 #include "network/network_manager.h"
 
@@ -69,10 +69,6 @@ void Store(std::string_view part, const char** text, int* length) {
     *length = static_cast<int>(part.size());
 }
 
-bool Is_Protocol(std::string_view protocol, std::string_view name) {
-    return protocol.size() == name.size() && memcmpi(protocol.data(), name.data(), name.size()) == 0;
-}
-
 // Answers a version that the protocol has, for one that isn't a number, too.
 double Sound_Version(double version) {
     if (!(version <= 9.0))
@@ -134,9 +130,9 @@ NetworkConnection* NetworkManager::OpenURL_Connect(const char* protocol, int pro
                                                    const char* pin_digest, int timeout, unsigned flags,
                                                    int* port_value) {
     const String name(protocol, protocol_length);
-    const bool secure = Is_Protocol(name.view(), "https");
+    const bool secure = Same_Word(name.view(), "https");
     String refusal;
-    if (!secure && !Is_Protocol(name.view(), "http"))
+    if (!secure && !Same_Word(name.view(), "http"))
         refusal = "Unsupported protocol '" + name + "'";
     else if (!secure && (flags & CONNECTION_MUST_BE_SECURE))
         refusal = "Request requires a secure connection";
