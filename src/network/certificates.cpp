@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <climits>
 #include <cstring>
 #include <memory>
@@ -109,7 +110,7 @@ int NetworkManager::Populate_Client_Certificate(const char* value, int length, c
     const String kind(type);
     const int letter = std::tolower(static_cast<unsigned char>(*kind.text()));
     const TLS_Library tls(application);
-    const String missing = tls.missing(TLS_Need::CLIENT);
+    const String missing = tls.missing(TLS_READING);
     if (missing.length() > 0)
         return Fail("Unable to read from client certificate buffer: " + missing);
     tls.Forget_Errors();
@@ -145,7 +146,9 @@ int NetworkManager::Load_Client_Certificate(const char* file, const char* type, 
     if (!opened)
         return Fail("Unable to load client certificate: " + (files ? files->error() : String()));
     const long length = opened->Length();
-    const char* const bytes = length <= INT_MAX ? opened->Map(0, length) : nullptr;
+    if (length > INT_MAX)
+        opened->Error(strerror(EFBIG));
+    const char* const bytes = length > INT_MAX ? nullptr : opened->Map(0, length);
     if (!bytes)
         return Fail("Unable to read from client certificate file: " + opened->error());
     return Populate_Client_Certificate(bytes, static_cast<int>(length), type, password, certificate, key);

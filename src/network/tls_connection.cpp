@@ -4,6 +4,7 @@
 #include "network/tls_library.h"
 #include "network/unix_network_connection.h"
 
+#include <climits>
 #include <csignal>
 #include <ctime>
 #include <poll.h>
@@ -73,14 +74,12 @@ int UNIXNetworkConnection::EstablishTLSConnection(const char* server_name, x509_
         return 0;
     const Broken_Pipe_Guard guard;
     constexpr Words words{connect_failure, "Error establishing SSL connection: Connection timed out"};
-    return Run_TLS([this] { return tls->connect(tls_handle); }, timeout, connect_failure, words) > 0;
+    return Run_TLS([this] { return tls->connect(tls_handle); }, 1, timeout, connect_failure, words) > 0;
 }
 
 bool UNIXNetworkConnection::Prepare_TLS(const char* server_name, unsigned flags) {
     const bool has_client = client_certificate && client_key;
-    String missing = tls->missing(TLS_Need::CONNECTION);
-    if (missing.length() == 0 && has_client)
-        missing = tls->missing(TLS_Need::CLIENT);
+    const String missing = tls->missing(has_client ? TLS_CONNECTION | TLS_CLIENT : TLS_CONNECTION);
     if (missing.length() > 0)
         return Fail(String(connect_failure) + ": " + missing, false);
     tls->Forget_Errors();
@@ -109,15 +108,15 @@ x509_st* UNIXNetworkConnection::Server_Certificate() {
     return peer_certificate;
 }
 
-// Repeats an operation of the library, and waits for the socket as it wishes, until it answers above 0, which
-// is the answer. 0 for its failures, -1 for those of a wait.
+// Repeats an operation of the library, and waits for the socket as it wishes, until it answers from 1 to
+// `most`, which is the answer. 0 for its failures, -1 for those of a wait.
 template <typename Operation>
-int UNIXNetworkConnection::Run_TLS(Operation operation, int timeout, const char* failure,
+int UNIXNetworkConnection::Run_TLS(Operation operation, int most, int timeout, const char* failure,
                                    const Words& words) {
     for (;;) {
         tls->Forget_Errors();
         const int result = operation();
-        if (result > 0)
+        if (result > 0 && result <= most)
             return result;
         const int code = tls->error_code(tls_handle, result);
         if (code != TLS_ERROR_WANTS_READ && code != TLS_ERROR_WANTS_WRITE)
@@ -139,8 +138,8 @@ int UNIXNetworkConnection::Fail_TLS(int code, const char* failure) {
 
 int UNIXNetworkConnection::Read_TLS(char* buffer, int length, int timeout) {
     constexpr Words words{transfer_failure, "SSL Read Timeout"};
-    return Run_TLS([=, this] { return tls->read(tls_handle, buffer, length); }, timeout, transfer_failure,
-                   words);
+    return Run_TLS([=, this] { return tls->read(tls_handle, buffer, length); }, INT_MAX, timeout,
+                   transfer_failure, words);
 }
 
 int UNIXNetworkConnection::SSL_Read(char* buffer, int length, int timeout) {
@@ -165,6 +164,6 @@ int UNIXNetworkConnection::SSL_Write(const char* buffer, int length, int timeout
     if (length < 1)
         return 0;
     const Broken_Pipe_Guard guard;
-    return Run_TLS([=, this] { return tls->write(tls_handle, buffer, length); }, timeout, transfer_failure,
-                   write_words);
+    return Run_TLS([=, this] { return tls->write(tls_handle, buffer, length); }, INT_MAX, timeout,
+                   transfer_failure, write_words);
 }

@@ -14,16 +14,17 @@ void* Find(TarnApplication* application, const char* name, const char* older_nam
 } // namespace
 
 TLS_Library::TLS_Library(TarnApplication* application) : application(application) {
-#define TLS_FUNCTION(need, member, result, arguments, name, older_name)                                      \
-    member = reinterpret_cast<result(*) arguments>(Find(application, name, older_name));                     \
-    if (const char*& missing = missing_functions[static_cast<int>(TLS_Need::need)]; !member && !missing)     \
-        missing = name;
+#define TLS_FUNCTION(needs, member, result, arguments, name, older_name)                                     \
+    member = reinterpret_cast<result(*) arguments>(Find(application, name, older_name));
 #include "network/tls_functions.def"
 }
 
-String TLS_Library::missing(TLS_Need need) const {
-    const char* const name = missing_functions[static_cast<int>(need)];
-    return name ? String("The SSL library has no ") + name : String("");
+String TLS_Library::missing(unsigned needs) const {
+#define TLS_FUNCTION(function_needs, member, result, arguments, name, older_name)                            \
+    if (((function_needs) & needs) && !member)                                                               \
+        return "The SSL library has no " name;
+#include "network/tls_functions.def"
+    return "";
 }
 
 String TLS_Library::Last_Error() const {

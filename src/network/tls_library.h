@@ -33,26 +33,29 @@ constexpr int tls_control_buffer_rewind = 1;
 constexpr std::size_t tls_longest_digest = 64;
 constexpr unsigned long tls_last_version_without_names = 0xfffffff;
 
-// What a function of the TLS library is needed for.
-enum class TLS_Need { CONNECTION, CLIENT, OPTIONAL };
+// What functions of the TLS library are needed for, as bits.
+enum TLS_Need : unsigned {
+    TLS_CONNECTION = 1, // going over to TLS
+    TLS_CLIENT = 2,     // showing a client certificate
+    TLS_READING = 4     // reading one
+};
 
 // The functions of the TLS library, as the application gives them out; see tls_functions.def. A member is
-// null where there is no such function, which missing() tells of all but the optional ones.
+// null where there is no such function: whoever needs some asks missing() before the first call.
 struct TLS_Library {
     explicit TLS_Library(TarnApplication* application);
 
-#define TLS_FUNCTION(need, member, result, arguments, name, older_name) result(*member) arguments = nullptr;
+#define TLS_FUNCTION(needs, member, result, arguments, name, older_name) result(*member) arguments = nullptr;
 #include "network/tls_functions.def"
 
-    // What the library lacks for that, "" for nothing.
-    String missing(TLS_Need need) const;
+    // The first function that the library lacks for any of these TLS_Need bits, in words; "" for none.
+    String missing(unsigned needs) const;
     // The text of the last error, the first that was noted if there are several. All of them are forgotten.
     String Last_Error() const;
     void Forget_Errors() const;
 
   private:
     TarnApplication* application;
-    const char* missing_functions[3] = {}; // the first that each TLS_Need lacks
 };
 
 #endif

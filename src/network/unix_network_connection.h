@@ -32,7 +32,7 @@ class UNIXNetworkConnection : public NetworkConnection {
     virtual int SSL_ReadLine(String& line, int timeout, int size);
     virtual int SSL_Write(const char* buffer, int length, int timeout);
 
-  protected:
+  private:
     // How the failed waits of an operation read: `failure` stands alone, or ahead of the system's reason.
     struct Words {
         const char* failure;
@@ -48,7 +48,7 @@ class UNIXNetworkConnection : public NetworkConnection {
     int Receive(char* buffer, int length, int flags, int timeout);
     bool Prepare_TLS(const char* server_name, unsigned flags);
     template <typename Operation>
-    int Run_TLS(Operation operation, int timeout, const char* failure, const Words& words);
+    int Run_TLS(Operation operation, int most, int timeout, const char* failure, const Words& words);
     int Read_TLS(char* buffer, int length, int timeout);
     int Fail_TLS(int code, const char* failure);
     void Close();
@@ -57,6 +57,7 @@ class UNIXNetworkConnection : public NetworkConnection {
     static constexpr Words read_words{"Read Error", "Read Timeout"};
     static constexpr Words write_words{"Write Error", "Write Timeout"};
 
+  protected:
     // The order of the fields is part of the binary interface.
     int socket = -1;
     ssl_st* tls_handle = nullptr;

@@ -115,7 +115,7 @@ struct Reserved_Port {
 
 struct Listener : Reserved_Port {
     explicit Listener(int backlog = 5) { listen(descriptor, backlog); }
-    int Accept() { return accept(descriptor, nullptr, nullptr); }
+    int Accept() const { return accept(descriptor, nullptr, nullptr); }
 };
 
 inline void Send_All(int descriptor, const std::string& text) {
