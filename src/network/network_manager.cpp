@@ -1,5 +1,6 @@
 #include "network/network_manager.h"
 
+#include "core/text_length.h"
 #include "network/network_connection.h"
 #include "network/settings.h"
 
@@ -19,7 +20,7 @@ NetworkConnection* NetworkManager::Connect(const char* host, int port, int timeo
     const std::string_view proxy = Text_Setting(application, CONFIG_SOCKS_HOST);
     if (proxy.empty())
         return TCP_Connect(host, port, timeout);
-    const String proxy_host(proxy.data(), static_cast<int>(proxy.size()));
+    const String proxy_host(proxy.data(), Length_Of(proxy));
     const int proxy_port = Integer_Setting(application, CONFIG_SOCKS_PORT);
     std::unique_ptr<NetworkConnection> connection(TCP_Connect(proxy_host.text(), proxy_port, timeout));
     if (!connection)

@@ -1,5 +1,6 @@
 // The exchanges with SOCKS proxies.
 
+#include "core/text_length.h"
 #include "network/network_connection.h"
 #include "network/network_manager.h"
 #include "network/settings.h"
@@ -28,11 +29,11 @@ void Append_Byte(String& request, int value) {
 }
 
 void Append_Text(String& request, std::string_view text) {
-    request.cat(text.data(), static_cast<int>(text.size()));
+    request.cat(text.data(), Length_Of(text));
 }
 
 void Append_Credential(String& request, std::string_view text) {
-    Append_Byte(request, static_cast<int>(text.size()));
+    Append_Byte(request, Length_Of(text));
     Append_Text(request, text);
 }
 

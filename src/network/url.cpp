@@ -66,7 +66,7 @@ bool Split(std::string_view rest, URL& url) {
 
 void Store(std::string_view part, const char** text, int* length) {
     *text = part.data();
-    *length = static_cast<int>(part.size());
+    *length = Length_Of(part);
 }
 
 // Answers a version that the protocol has, for one that isn't a number, too.
@@ -88,7 +88,7 @@ int NetworkManager::SplitURL(const char* url, int length, const char** protocol,
                              const char** host, int* host_length, const char** port, int* port_length,
                              const char** path, int* path_length) {
     URL parts;
-    const bool sound = Split({url, static_cast<size_t>(Text_Length(url, length))}, parts);
+    const bool sound = Split(View(url, length), parts);
     if (!sound)
         parts = URL();
     Store(parts.protocol, protocol, protocol_length);
