@@ -34,12 +34,12 @@ class Contained : public File_Tree {
     std::string Exists(const char* path) {
         bool exists;
         manager->Error("silent");
-        return !manager->Exists(data_type, path, &exists) ? Error() : exists ? "yes" : "no";
+        return !manager->Exists(data, path, &exists) ? Error() : exists ? "yes" : "no";
     }
 
     // The content of a file, or why it can't be opened.
     std::string Content(const char* path) {
-        return see(manager->Open(data_type, path, FILE_MODE_READ)) ? observed.text : Error();
+        return see(manager->Open(data, path, FILE_MODE_READ)) ? observed.text : Error();
     }
 
     void Expect_Found(const char* path, const std::string& exists, const std::string& content) {
@@ -55,16 +55,22 @@ TEST_F(Contained, Roots_Are_Refused_By_Name_And_Reason) {
     Link("outside", "to_theirs");
     if (geteuid() == 0)
         Own("outside");
-    const std::tuple<std::string, int, int, bool (*)(UNIXFileManager & m, const char* p)> setups[] = {
-        {"data directory", 4, 12, OPERATION(m.InitializeDataDirectory(p))},
-        {"temporary directory", 256, 768, OPERATION(m.InitializeTempDirectory(p))},
-        {"script directory", 1, 3, OPERATION(m.InitializeScriptDirectory(p, nullptr))},
-        {"script directory for 'main'", 1, 3, OPERATION(m.InitializeScriptDirectory(p, "main"))},
+    const struct {
+        std::string subject;
+        Tarn_PathType type;
+        int follow, follow_all;
+        bool (*run)(UNIXFileManager& m, const char* p);
+    } setups[] = {
+        {"data directory", data, 4, 12, OPERATION(m.InitializeDataDirectory(p))},
+        {"temporary directory", Tarn_PathType_Temp, 256, 768, OPERATION(m.InitializeTempDirectory(p))},
+        {"script directory", Tarn_PathType_Script, 1, 3, OPERATION(m.InitializeScriptDirectory(p, nullptr))},
+        {"script directory for 'm'", Tarn_PathType_Script, 1, 3,
+         OPERATION(m.InitializeScriptDirectory(p, "m"))},
     };
     const std::string relative = " is not an absolute path", link = " references a symbolic link",
                       none = " does not exist",
                       theirs = geteuid() ? "" : link + " to a directory owned by a different user";
-    for (const auto& [subject, follow, follow_all, run] : setups)
+    for (const auto& [subject, type, follow, follow_all, run] : setups)
         for (const auto& [path, options, reason] :
              std::initializer_list<std::tuple<std::string, int, std::string>>{
                  {"", 0, relative},
@@ -77,9 +83,13 @@ TEST_F(Contained, Roots_Are_Refused_By_Name_And_Reason) {
                  {At("to_theirs"), follow_all, ""},
                  {At("root2/./..//root/"), 0, ""}}) {
             UNIXFileManager fresh(nullptr);
+            // What is refused leaves no earlier root behind.
+            EXPECT_TRUE(type != Tarn_PathType_Script || run(fresh, At("root").c_str()));
             fresh.SecurityOptions(options);
             EXPECT_EQ(run(fresh, path.empty() ? nullptr : path.c_str()), reason.empty()) << path;
             EXPECT_EQ(fresh.error().view(), reason.empty() ? "" : "The configured " + subject + reason);
+            bool exists;
+            EXPECT_EQ(fresh.Exists(type, ".", &exists), reason.empty());
         }
 }
 
@@ -159,7 +169,7 @@ TEST_F(Contained, Last_Names_Are_Judged) {
     EXPECT_EQ(Exists(""), "no");
     EXPECT_EQ(Exists(long_name.c_str()), "silent");
     // A link is moved and deleted like a file.
-    EXPECT_TRUE(manager->Rename(data_type, "l", data_type, "l2") && manager->Delete(data_type, "l2"));
+    EXPECT_TRUE(manager->Rename(data, "l", data, "l2") && manager->Delete(data, "l2"));
     EXPECT_EQ(Get("outside/o"), "outside/o");
 }
 
@@ -230,44 +240,88 @@ TEST_F(Contained, Owner_May_Not_Change_On_The_Way) {
     Expect_Found("d/g", "yes", "root/d/g"); // no link, no question
 }
 
+// While a link is followed, its target is given away.
+class Disturbed_Manager : public UNIXFileManager {
+  public:
+    using UNIXFileManager::UNIXFileManager;
+    int RealizePath(const char* path, UNIXFilePath** out, bool allow_links, bool other_owner) override {
+        if (victim && lchown(victim, 12345, 12345) != 0)
+            return REALIZE_NOT_ENTERED;
+        return UNIXFileManager::RealizePath(path, out, allow_links, other_owner);
+    }
+    const char* victim = nullptr;
+};
+
 TEST_F(Contained, Refused_File_Is_Neither_Emptied_Nor_Made) {
     SKIP_UNLESS_ROOT();
-    Link("f", "root/to_f");
+    Link("./f", "root/to_f");
     Link("none", "root/new");
-    Own("root/f");
-    manager->SecurityOptions(links);
-    EXPECT_FALSE(manager->Open(data_type, "to_f", FILE_MODE_WRITE | FILE_MODE_TRUNCATE));
-    EXPECT_FALSE(manager->Copy(data_type, "aside", data_type, "to_f"));
-    EXPECT_EQ(Get("root/f"), "root/f");
-    EXPECT_FALSE(manager->Open(data_type, "new", FILE_MODE_WRITE | FILE_MODE_CREATE));
-    EXPECT_FALSE(manager->TouchFile(data_type, "new"));
-    EXPECT_FALSE(std::filesystem::exists(At("root/none")));
-    EXPECT_TRUE(manager->TouchFile(data_type, "none") && manager->TouchFile(data_type, "new"));
+    Disturbed_Manager disturbed(&application, *manager);
+    disturbed.SecurityOptions(links);
+    const std::string f = At("root/f");
+    for (int mode = FILE_MODE_READ; mode <= (FILE_MODE_READ | FILE_MODE_WRITE); mode++) {
+        Put("root/f", "root/f");
+        disturbed.victim = f.c_str();
+        EXPECT_FALSE(see(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)));
+        EXPECT_EQ(disturbed.error().view(), other_file_message);
+        EXPECT_FALSE(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)); // theirs from the start
+        EXPECT_FALSE(disturbed.Copy(data, "aside", data, "to_f"));
+        EXPECT_EQ(Get("root/f"), "root/f");
+        disturbed.victim = nullptr;
+        ASSERT_EQ(chown(f.c_str(), 0, 0), 0);
+        EXPECT_TRUE(see(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)) && Get("root/f").empty());
+    }
+    Own("root/new");
+    EXPECT_FALSE(disturbed.Open(data, "new", FILE_MODE_WRITE | FILE_MODE_CREATE));
+    EXPECT_FALSE(disturbed.TouchFile(data, "new") || std::filesystem::exists(At("root/none")));
+    EXPECT_FALSE(disturbed.Exists(data, "new", &observed.exists) && observed.exists);
+    EXPECT_TRUE(disturbed.TouchFile(data, "none") && !disturbed.TouchFile(data, "new"));
+}
+
+TEST_F(Contained, Opens_Count_Against_The_Limit_And_Are_Not_Inherited) {
+    manager->MaxFiles(2);
+    const int here = manager->SaveCurrentDirectory();
+    char* name;
+    const std::unique_ptr<File> first(manager->Open(data, "f", FILE_MODE_READ)),
+        second(manager->MakeTemporary(data, "d", "t", &name, FILE_MODE_WRITE)),
+        third(manager->Open(data, "d/g", FILE_MODE_READ));
+    const std::unique_ptr<char[]> owner(name);
+    const UNIXFileManager copy(nullptr, *manager);
+    EXPECT_EQ(Entries("/proc/self/fd"), descriptors + 5); // two files, two roots, and where it was
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+        if (std::filesystem::read_symlink(entry).string().starts_with(base)) {
+            EXPECT_EQ(fcntl(stoi(entry.path().filename().string()), F_GETFD), FD_CLOEXEC) << entry;
+        }
+    EXPECT_EQ(manager->RestoreCurrentDirectory(here), 0);
+    EXPECT_EQ(manager->RestoreCurrentDirectory(-1), -1);
 }
 
 TEST_F(Contained, Pipes_And_Devices_Are_Asked_Without_Waiting) {
     ASSERT_EQ(mkfifo(At("root/pipe").c_str(), 0600), 0);
-    EXPECT_TRUE(manager->Length(data_type, "pipe", &observed.length) && observed.length == 0);
-    EXPECT_TRUE(manager->ChangeMode(data_type, "pipe", 0640) && manager->TouchFile(data_type, "pipe"));
-    EXPECT_TRUE(manager->Mode(data_type, "pipe", &observed.mode) && observed.mode == (S_IFIFO | 0640));
-    EXPECT_EQ(manager->Lock_Valid(data_type, "pipe"), FILE_LOCK_VALID);
+    EXPECT_TRUE(manager->Length(data, "pipe", &observed.length) && observed.length == 0);
+    EXPECT_TRUE(manager->ChangeMode(data, "pipe", 0640) && manager->TouchFile(data, "pipe"));
+    EXPECT_TRUE(manager->Mode(data, "pipe", &observed.mode) && observed.mode == (S_IFIFO | 0640));
+    EXPECT_EQ(manager->Lock_Valid(data, "pipe"), FILE_LOCK_VALID);
+    struct stat status;
+    EXPECT_TRUE(manager->SetModifiedTime(data, "pipe", 7) && manager->Stat(data, "pipe", &status));
+    EXPECT_TRUE(status.st_atime == 7 && status.st_mtime == 7);
     if (geteuid() == 0 && mknod(At("root/null").c_str(), S_IFCHR | 0600, makedev(1, 3)) == 0) {
-        EXPECT_TRUE(manager->Copy(data_type, "null", data_type, "aside") && Get("root/aside").empty());
-        EXPECT_TRUE(manager->Copy(data_type, "f", data_type, "null"));
+        EXPECT_TRUE(manager->Copy(data, "null", data, "aside") && Get("root/aside").empty());
+        EXPECT_TRUE(manager->Copy(data, "f", data, "null"));
     }
 }
 
 TEST_F(Contained, Files_Move_Between_Directories_And_Roots) {
     for (const char* same : {"f", "d/../f", "//f"}) {
-        EXPECT_TRUE(manager->Copy(data_type, "f", data_type, same)) << same;
+        EXPECT_TRUE(manager->Copy(data, "f", data, same)) << same;
         // There is no temporary root, and the data root stands in.
-        EXPECT_TRUE(manager->Rename(data_type, "f", Tarn_PathType_Temp, same)) << same;
+        EXPECT_TRUE(manager->Rename(data, "f", Tarn_PathType_Temp, same)) << same;
         EXPECT_EQ(Get("root/f"), "root/f");
     }
-    EXPECT_TRUE(manager->Rename(data_type, "f", data_type, "d/f") && Get("root/d/f") == "root/f");
+    EXPECT_TRUE(manager->Rename(data, "f", data, "d/f") && Get("root/d/f") == "root/f");
     EXPECT_FALSE(std::filesystem::exists(At("root/f")));
-    EXPECT_TRUE(manager->MakeDirectory(data_type, "e") && manager->Rename(data_type, "d", data_type, "d2"));
-    EXPECT_FALSE(manager->Rename(data_type, "d2", data_type, "e/d"));
+    EXPECT_TRUE(manager->MakeDirectory(data, "e") && manager->Rename(data, "d", data, "d2"));
+    EXPECT_FALSE(manager->Rename(data, "d2", data, "e/d"));
     EXPECT_EQ(Error(), "The source file is a directory");
     ASSERT_TRUE(manager->InitializeTempDirectory(At("root2").c_str()));
     ASSERT_TRUE(manager->InitializeScriptDirectory(At("outside").c_str(), "main"));
@@ -275,7 +329,7 @@ TEST_F(Contained, Files_Move_Between_Directories_And_Roots) {
                 Get("outside/x") == "root2/x");
     EXPECT_FALSE(manager->Delete(Tarn_PathType_Temp, "../x"));
     EXPECT_EQ(Error(), outside_message + "temporary directory");
-    EXPECT_TRUE(manager->MakeSymbolicLink(data_type, "d2/./g", data_type, "e/../l"));
+    EXPECT_TRUE(manager->MakeSymbolicLink(data, "d2/./g", data, "e/../l"));
     EXPECT_EQ(std::filesystem::read_symlink(At("root/l")), At("root/d2/g"));
 }
 
@@ -284,23 +338,20 @@ TEST_F(Contained, Temporary_Name_Begins_With_Its_Directory) {
                                     {"d", "d/t.0"},   {"d/", "d/t.1"}, {"/d", "/d/t.2"}};
     char* name = nullptr;
     for (const auto& [directory, expected] : cases) {
-        EXPECT_TRUE(see(manager->MakeTemporary(data_type, directory, "t", &name, 0)));
+        EXPECT_TRUE(see(manager->MakeTemporary(data, directory, "t", &name, 0)));
         EXPECT_STREQ(name, expected);
         delete[] name;
     }
-    EXPECT_FALSE(manager->MakeTemporary(data_type, "d", "../t", &name, 0));
+    EXPECT_FALSE(manager->MakeTemporary(data, "d", "../t", &name, 0));
     EXPECT_EQ(Error(), "Invalid temporary filename prefix");
 }
 
 TEST_F(Contained, Parked_File_Comes_Back_From_Anywhere_Unless_It_Became_A_Link) {
-    const std::unique_ptr<File> file(manager->Open(data_type, "d/g", FILE_MODE_READ));
-    const int here = manager->SaveCurrentDirectory();
+    const std::unique_ptr<File> file(manager->Open(data, "d/g", FILE_MODE_READ));
     std::filesystem::current_path("/");
     manager->DeactivateFile(file.get());
     EXPECT_EQ(file->Length(), 8);
     EXPECT_EQ(std::filesystem::current_path(), At("root/d"));
-    EXPECT_EQ(manager->RestoreCurrentDirectory(here), 0);
-    EXPECT_EQ(manager->RestoreCurrentDirectory(-1), -1);
     manager->DeactivateFile(file.get());
     std::filesystem::remove(At("root/d/g"));
     Link("../f", "root/d/g");
@@ -310,8 +361,7 @@ TEST_F(Contained, Parked_File_Comes_Back_From_Anywhere_Unless_It_Became_A_Link) 
 
 TEST_F(Contained, Normalizes_As_The_Root_Sees_It) {
     const auto normal = [&](const char* path) {
-        const std::unique_ptr<char[]> text(
-            manager->NormalizeContainedPath(data_type, path, nullptr, nullptr));
+        const std::unique_ptr<char[]> text(manager->NormalizeContainedPath(data, path, nullptr, nullptr));
         return std::string(text.get());
     };
     EXPECT_EQ(normal(nullptr), "");

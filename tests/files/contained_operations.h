@@ -7,7 +7,7 @@
 #include <string>
 #include <sys/stat.h>
 
-inline constexpr Tarn_PathType data_type = Tarn_PathType_Data;
+inline constexpr Tarn_PathType data = Tarn_PathType_Data;
 
 // What no operation may see: the content of a file, and a name.
 inline constexpr char secret[] = "secret of others";
@@ -40,15 +40,15 @@ inline bool see(File* opened) {
 
 inline bool see_temporary(UNIXFileManager& m, const char* path, const char* prefix) {
     char* name = nullptr;
-    const bool made = see(prefix ? m.MakeTemporary(data_type, path, prefix, &name, FILE_MODE_READ)
-                                 : m.MakeTemporaryLike(data_type, path, &name, FILE_MODE_READ));
+    const bool made = see(prefix ? m.MakeTemporary(data, path, prefix, &name, FILE_MODE_READ)
+                                 : m.MakeTemporaryLike(data, path, &name, FILE_MODE_READ));
     const std::unique_ptr<char[]> owner(name);
-    return made && m.Delete(data_type, name);
+    return made && m.Delete(data, name);
 }
 
 inline bool see_names(UNIXFileManager& m, const char* path) {
     List<String> names(1);
-    const bool done = m.DirectoryListing(data_type, path, &names);
+    const bool done = m.DirectoryListing(data, path, &names);
     for (const String* name = names.First(); name; name = names.Next())
         observed.text += name->text();
     return done;
@@ -66,35 +66,35 @@ struct Contained_Operation {
 
 // clang-format off
 inline const Contained_Operation contained_operations[] = {
-    {"Open", "/x", true, OPERATION(see(m.Open(data_type, p, FILE_MODE_READ)))},
+    {"Open", "/x", true, OPERATION(see(m.Open(data, p, FILE_MODE_READ)))},
+    {"Open to empty", "/x", true, OPERATION(see(m.Open(data, p, FILE_MODE_READ | FILE_MODE_TRUNCATE)))},
     {"Open to write", "/x", true,
-     OPERATION(see(m.Open(data_type, p, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE)))},
-    {"Lock", "/x.l", false, OPERATION(m.Lock(data_type, p) == FILE_LOCK_HELD && m.Lock_Delete(data_type, p))},
-    {"Lock_Valid", "/x", true, OPERATION(m.Lock_Valid(data_type, p) != FILE_LOCK_UNREADABLE)},
-    {"Lock_Delete", "/x", false, OPERATION(m.Lock_Delete(data_type, p))},
-    {"Delete", "/x", false, OPERATION(m.Delete(data_type, p))},
+     OPERATION(see(m.Open(data, p, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE)))},
+    {"Lock", "/x.l", false, OPERATION(m.Lock(data, p) == FILE_LOCK_HELD && m.Lock_Delete(data, p))},
+    {"Lock_Valid", "/x", true, OPERATION(m.Lock_Valid(data, p) != FILE_LOCK_UNREADABLE)},
+    {"Lock_Delete", "/x", false, OPERATION(m.Lock_Delete(data, p))},
+    {"Delete", "/x", false, OPERATION(m.Delete(data, p))},
     {"Copy from", "/x", true,
-     OPERATION(m.Copy(data_type, p, data_type, "aside") && see(m.Open(data_type, "aside", FILE_MODE_READ)))},
-    {"Copy to", "/x", true, OPERATION(m.Copy(data_type, "aside", data_type, p))},
+     OPERATION(m.Copy(data, p, data, "aside") && see(m.Open(data, "aside", FILE_MODE_READ)))},
+    {"Copy to", "/x", true, OPERATION(m.Copy(data, "aside", data, p))},
     {"Rename from", "/x", false,
-     OPERATION(m.Rename(data_type, p, data_type, "aside") && see(m.Open(data_type, "aside", FILE_MODE_READ)))},
-    {"Rename to", "/x", false,
-     OPERATION(m.TouchFile(data_type, "new") && m.Rename(data_type, "new", data_type, p))},
-    {"Rename beside", "/x", false, OPERATION(m.Rename(data_type, p, data_type, (std::string(p) + "2").c_str()))},
-    {"TouchFile", "/x", true, OPERATION(m.TouchFile(data_type, p))},
-    {"Exists", "/x_", false, OPERATION(m.Exists(data_type, p, &observed.exists))},
-    {"Length", "/x", true, OPERATION(m.Length(data_type, p, &observed.length))},
-    {"IsDirectory", "/x", true, OPERATION(m.IsDirectory(data_type, p, &observed.directory))},
-    {"SetModifiedTime", "/x", true, OPERATION(m.SetModifiedTime(data_type, p, 1))},
-    {"ModifiedTime", "/x", true, OPERATION(m.ModifiedTime(data_type, p, &observed.time))},
-    {"MakeDirectory", "/x.d", false, OPERATION(m.MakeDirectory(data_type, p) && m.RemoveDirectory(data_type, p))},
-    {"RemoveDirectory", "/x_", false, OPERATION(m.RemoveDirectory(data_type, p))},
+     OPERATION(m.Rename(data, p, data, "aside") && see(m.Open(data, "aside", FILE_MODE_READ)))},
+    {"Rename to", "/x", false, OPERATION(m.TouchFile(data, "new") && m.Rename(data, "new", data, p))},
+    {"Rename beside", "/x", false, OPERATION(m.Rename(data, p, data, (std::string(p) + "2").c_str()))},
+    {"TouchFile", "/x", true, OPERATION(m.TouchFile(data, p))},
+    {"Exists", "/x_", false, OPERATION(m.Exists(data, p, &observed.exists))},
+    {"Length", "/x", true, OPERATION(m.Length(data, p, &observed.length))},
+    {"IsDirectory", "/x", true, OPERATION(m.IsDirectory(data, p, &observed.directory))},
+    {"SetModifiedTime", "/x", true, OPERATION(m.SetModifiedTime(data, p, 1))},
+    {"ModifiedTime", "/x", true, OPERATION(m.ModifiedTime(data, p, &observed.time))},
+    {"MakeDirectory", "/x.d", false, OPERATION(m.MakeDirectory(data, p) && m.RemoveDirectory(data, p))},
+    {"RemoveDirectory", "/x_", false, OPERATION(m.RemoveDirectory(data, p))},
     {"MakeSymbolicLink", "/x.s", false,
-     OPERATION(m.MakeSymbolicLink(data_type, "aside", data_type, p) && m.Delete(data_type, p))},
+     OPERATION(m.MakeSymbolicLink(data, "aside", data, p) && m.Delete(data, p))},
     {"MakeSymbolicLink to", "/x", false,
-     OPERATION(m.MakeSymbolicLink(data_type, p, data_type, "new") && m.Delete(data_type, "new"))},
-    {"Mode", "/x", true, OPERATION(m.Mode(data_type, p, &observed.mode))},
-    {"ChangeMode", "/x", true, OPERATION(m.ChangeMode(data_type, p, 0700))},
+     OPERATION(m.MakeSymbolicLink(data, p, data, "new") && m.Delete(data, "new"))},
+    {"Mode", "/x", true, OPERATION(m.Mode(data, p, &observed.mode))},
+    {"ChangeMode", "/x", true, OPERATION(m.ChangeMode(data, p, 0700))},
     {"MakeTemporary", "", false, OPERATION(see_temporary(m, p, "t"))},
     {"MakeTemporaryLike", "/x", false, OPERATION(see_temporary(m, p, nullptr))},
     {"DirectoryListing", "", false, OPERATION(see_names(m, p))},

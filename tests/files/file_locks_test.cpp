@@ -1,15 +1,12 @@
 #include "files/file_tree.h"
 #include "files/lock_application.h"
 
-#include <atomic>
 #include <climits>
 #include <csignal>
 #include <ctime>
 #include <random>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/wait.h>
-#include <vector>
 
 namespace {
 
@@ -119,13 +116,26 @@ TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
     EXPECT_EQ(Get("lock"), "1!1:here");
 
     Put("lock", stale);
-    const int breaker = open("lock", O_RDONLY | O_CLOEXEC);
-    EXPECT_EQ(flock(breaker, LOCK_EX), 0); // another one is about to remove it
+    const Descriptor breaker(open_path("lock", O_RDONLY));
+    EXPECT_EQ(flock(breaker.get(), LOCK_EX), 0); // another one is about to remove it
     application.passes = 3;
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_CANCELLED);
-    close(breaker);
-    application.passes = 2;
+    application.while_waiting = [&] {
+        EXPECT_EQ(Entries("/proc/self/fd"), descriptors + 1) << "who waits keeps the breaker from it";
+        flock(breaker.get(), LOCK_UN);
+    };
     EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
+}
+
+TEST_F(File_Locks, Are_As_Old_As_Their_Holding) {
+    Put("lock", "1!1:here");
+    application.while_waiting = [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(base)) // the wait was a long one
+            EXPECT_TRUE(manager->SetModifiedTime(entry.path().c_str(), 86400));
+        std::filesystem::remove(At("lock"));
+    };
+    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
+    application.host = "there";
+    EXPECT_EQ(manager->Lock_Valid("lock"), FILE_LOCK_VALID);
 }
 
 TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
@@ -140,90 +150,41 @@ TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
     EXPECT_EQ(manager->Lock_Valid(At("root/link").c_str()), FILE_LOCK_STALE);
 }
 
-// What the processes below share.
-struct Shared_State {
-    std::atomic<int> taken, violations;
-};
+// Whether nobody else holds the lock that this process holds, by the system, which lets go of those who die.
+bool holds_alone(unsigned microseconds) {
+    const Descriptor witness(open_path("witness", O_RDONLY));
+    usleep(microseconds);
+    return flock(witness.get(), LOCK_EX | LOCK_NB) == 0 && usleep(microseconds) == 0;
+}
 
-class Lock_Processes : public File_Locks {
-  protected:
-    void SetUp() override {
-        File_Locks::SetUp();
-        void* const memory =
-            mmap(nullptr, sizeof(Shared_State), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        ASSERT_NE(memory, MAP_FAILED);
-        state = new (memory) Shared_State();
-        Put("witness", "");
+// Takes and gives back a lock up to the end, or until the process dies with it. Answers the exit status.
+int take_turns(UNIXFileManager& manager, std::minstd_rand random, time_t end, bool dies) {
+    while (time(nullptr) < end) {
+        if (manager.Lock("lock") != FILE_LOCK_HELD || !holds_alone(random() % 1000))
+            return 1;
+        if (dies && random() % 32 == 0)
+            return 0;
+        manager.Lock_Delete("lock");
     }
+    return 0;
+}
 
-    void TearDown() override {
-        munmap(state, sizeof(Shared_State));
-        File_Locks::TearDown();
-    }
-
-    // The witness is locked by the system, which lets go when the holder dies. Every eighth holder does.
-    void Hold() {
-        const int witness = open("witness", O_RDONLY | O_CLOEXEC);
-        state->violations += flock(witness, LOCK_EX | LOCK_NB) != 0;
-        if (++state->taken % 8 == 0)
-            raise(SIGKILL);
-        sched_yield();
-        close(witness);
-    }
-
-    [[noreturn]] void Take_And_Release() {
-        application.passes = INT_MAX;
-        for (;;) {
-            if (manager->Lock("lock") != FILE_LOCK_HELD)
-                state->violations++;
-            Hold();
-            manager->Lock_Delete("lock");
+// LOCK_SECONDS in the environment makes it long.
+TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
+    Put("witness", "");
+    application.passes = INT_MAX;
+    application.expiration = 3;
+    const char* const seconds = getenv("LOCK_SECONDS");
+    const time_t end = time(nullptr) + (seconds ? atoi(seconds) : 4);
+    for (unsigned i = 0; i < 8; i++)
+        if (fork() == 0) {
+            application.host = i % 2 ? "there" : "here";
+            _exit(take_turns(*manager, std::minstd_rand(i + 1), end, i < 4));
         }
-    }
-
-    pid_t Start() {
-        const pid_t child = fork();
-        if (child == 0)
-            Take_And_Release();
-        return child;
-    }
-
-    static void Kill(pid_t process) {
-        kill(process, SIGKILL);
-        waitpid(process, nullptr, 0);
-    }
-
-    // Starts anew who has died while holding the lock, until it was taken again.
-    void Revive(std::vector<pid_t>& processes) {
-        const int before = state->taken;
-        for (int i = 0; i < 20000 && state->taken < before + 10; i++) {
-            for (pid_t& process : processes)
-                if (waitpid(process, nullptr, WNOHANG) == process)
-                    process = Start();
-            usleep(200);
-        }
-        EXPECT_GE(state->taken, before + 10);
-    }
-
-    Shared_State* state;
-};
-
-TEST_F(Lock_Processes, Never_Hold_One_Lock_Together_And_Outlive_The_Dead) {
-    std::vector<pid_t> processes(8);
-    for (pid_t& process : processes)
-        process = Start();
-    std::minstd_rand random(1);
-    for (int kills = 0; kills < 60; kills++) {
-        pid_t& victim = processes[random() % processes.size()];
-        Kill(victim);
-        victim = Start();
-        Revive(processes);
-    }
-    for (const pid_t process : processes)
-        Kill(process);
-    EXPECT_EQ(state->violations, 0);
-    application.passes = 2; // whoever held it last, it can be had
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
+    int status;
+    while (wait(&status) > 0)
+        EXPECT_EQ(status, 0);
+    EXPECT_TRUE(manager->Lock_Delete("lock"));
 }
 
 } // namespace

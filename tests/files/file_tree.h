@@ -1,6 +1,7 @@
 #ifndef TESTS_FILES_FILE_TREE_H
 #define TESTS_FILES_FILE_TREE_H
 
+#include "files/descriptor.h"
 #include "files/unix_file_manager.h"
 
 #include <fcntl.h>

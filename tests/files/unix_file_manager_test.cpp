@@ -44,6 +44,8 @@ TEST_F(Raw_Operations, Do_What_They_Say) {
     EXPECT_TRUE(manager->Length("link", &observed.length) && observed.length == 3);
     EXPECT_TRUE(manager->IsDirectory("root", &observed.directory) && observed.directory);
     EXPECT_TRUE(manager->SetModifiedTime("link", 86400));
+    struct stat status;
+    EXPECT_TRUE(stat("f", &status) == 0 && status.st_atime == 86400);
     EXPECT_TRUE(manager->ModifiedTime("f", &observed.time) && observed.time == 86400);
     EXPECT_TRUE(manager->ModifiedTime("link", &observed.time) && observed.time != 86400);
     EXPECT_TRUE(manager->TouchFile("f") && manager->ModifiedTime("f", &observed.time) &&

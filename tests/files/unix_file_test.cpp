@@ -1,6 +1,8 @@
 #include "files/file_tree.h"
 
+#include <csignal>
 #include <sys/stat.h>
+#include <sys/time.h>
 
 namespace {
 
@@ -10,6 +12,12 @@ class Open_File : public File_Tree {
   protected:
     std::unique_ptr<File> Open(const char* path, int mode) {
         return std::unique_ptr<File>(manager->Open(path, mode));
+    }
+
+    // What this process has mapped.
+    static std::string Maps() {
+        std::ifstream maps("/proc/self/maps");
+        return {std::istreambuf_iterator<char>(maps), {}};
     }
 
     // What is left to read, or why it can't be read.
@@ -65,6 +73,10 @@ TEST_F(Open_File, Maps_What_Is_There) {
     for (const auto& [offset, length] : {std::pair(0L, 0L), {0L, -2L}, {1L, 1L}})
         EXPECT_EQ(file->Map(offset, length), nullptr);
     EXPECT_EQ(file->error().view(), "Invalid argument");
+    ASSERT_TRUE(file->Map(0, -1));
+    EXPECT_NE(Maps().find(At("f")), std::string::npos);
+    file->Release();
+    EXPECT_EQ(Maps().find(At("f")), std::string::npos);
     Put("f", "");
     EXPECT_EQ(file->Map(0, -1), nullptr);
 }
@@ -74,12 +86,28 @@ TEST_F(Open_File, Range_Locks_Hold_Against_Other_Files) {
     const auto first = Open("f", both), second = Open("f", both);
     EXPECT_TRUE(first->Lock(FILE_LOCK_EXCLUSIVE, 0, 2) && second->Lock(FILE_LOCK_EXCLUSIVE, 2, 2));
     EXPECT_TRUE(first->Lock(FILE_LOCK_SHARED, 4, 0) && second->Lock(FILE_LOCK_SHARED, 4, 0));
-    const int probe = open("f", O_RDWR | O_CLOEXEC);
+    const Descriptor probe(open_path("f", O_RDWR));
     struct flock range = {F_WRLCK, SEEK_SET, 0, 2, 0};
-    EXPECT_EQ(fcntl(probe, F_OFD_SETLK, &range), -1);
+    EXPECT_EQ(fcntl(probe.get(), F_OFD_SETLK, &range), -1);
     EXPECT_TRUE(first->Release(0, 2));
-    EXPECT_EQ(fcntl(probe, F_OFD_SETLK, &range), 0);
-    close(probe);
+    EXPECT_EQ(fcntl(probe.get(), F_OFD_SETLK, &range), 0);
+
+    // The second of two signals that break off the wait lets it end.
+    static int holder, signals;
+    holder = probe.get();
+    struct sigaction action = {}, before;
+    action.sa_handler = [](int) {
+        struct flock unlock = {F_UNLCK, SEEK_SET, 0, 0, 0};
+        if (++signals == 2)
+            fcntl(holder, F_OFD_SETLK, &unlock);
+    };
+    sigaction(SIGALRM, &action, &before);
+    const struct itimerval ticks = {{0, 20000}, {0, 20000}}, none = {};
+    setitimer(ITIMER_REAL, &ticks, nullptr);
+    EXPECT_TRUE(first->Lock(FILE_LOCK_EXCLUSIVE, 0, 2));
+    EXPECT_GE(signals, 2);
+    setitimer(ITIMER_REAL, &none, nullptr);
+    sigaction(SIGALRM, &before, nullptr);
     EXPECT_FALSE(first->Lock(FILE_LOCK_SHARED, 0, ~0UL) || first->Lock(FILE_LOCK_SHARED, -1, 1));
     EXPECT_EQ(first->error().view(), "Invalid argument");
 }
