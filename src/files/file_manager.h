@@ -9,8 +9,13 @@
 class TarnApplication;
 
 // The one gateway to the file system. Every operation comes in two forms: raw, with a path as the operating
-// system reads it, and contained, with a root in front of each path, which the path can't leave. Operations
-// answer false, null or what they say on failure, with the text in error(). A null path is the empty path.
+// system reads it, and contained, with a root in front of each path. The text of a contained path can't leave
+// the root. Links are refused at first; once SecurityOptions allows them, one may lead out of the root.
+// Operations answer false, null or what they say on failure, with the text in error(). A null path is the
+// empty path.
+//
+// New files get the mode 0666, new directories 0777, touched files 0644 and lock files 0664, each less the
+// umask.
 //
 // The manager also keeps the number of open files below a limit by parking the ones that were opened or
 // reopened longest ago. It owns no file: all of them are deleted before it. It isn't safe for threads, and
@@ -33,8 +38,9 @@ class FileManager {
     // The mode is made of FILE_MODE_ bits. The file is the caller's.
     virtual File* Open(const char* path, int mode) = 0;
 
-    // Takes a named lock, and waits for it until the application is cancelled. The lock is a file at the
-    // path, which tells the holder's process, thread and host. Answers a FileLockResult.
+    // Takes a named lock, and tries until the application is cancelled; the setting CONFIG_LOCK_WAIT of its
+    // config() tells the milliseconds between two attempts, and without a config() there are none. The lock
+    // is a file at the path, which tells the holder's process, thread and host. Answers a FileLockResult.
     virtual int Lock(const char* path) = 0;
     // Judges a lock file. Answers a FileLockState.
     virtual int Lock_Valid(const char* path) = 0;

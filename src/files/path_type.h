@@ -1,6 +1,10 @@
 #ifndef FILES_PATH_TYPE_H
 #define FILES_PATH_TYPE_H
 
+// The numbers that callers of files and file managers pass and get: which root a path belongs to, how a file
+// is opened, range locks of open files, named locks, and what links may do. Scripts and extension libraries
+// know them by value.
+
 // The root directory that a contained path belongs to.
 enum Tarn_PathType {
     Tarn_PathType_Data = 0,

@@ -87,14 +87,19 @@ class UNIXFileManager : public FileManager {
     const char* pathseparator() override;
     char* NormalizeContainedPath(Tarn_PathType type, const char* path, int* length, int* size) override;
 
-    // Configure the roots with absolute paths. The directory becomes the current one, also on failure. The
-    // name is the label of the script directory in messages, or null.
+    // Configure the roots with absolute paths. The name is the label of the script directory in messages, or
+    // null. Whatever was configured before is forgotten first: after a failure there is no such root. The
+    // current directory becomes the new root, or where a failure left it. Of the data and temporary directory
+    // an earlier descriptor stays open, so these are configured once.
     virtual bool InitializeScriptDirectory(const char* path, const char* name);
     virtual bool InitializeDataDirectory(const char* path);
     virtual bool InitializeTempDirectory(const char* path);
 
     // Checks a path and opens it with flags of the operating system; answers the caller's descriptor, or -1.
-    // The current directory becomes that of the file opened, behind all links.
+    // The descriptor is close-on-exec, and a new file has the mode 0666 less the umask. O_NOFOLLOW among the
+    // flags changes nothing: it holds for each step, and links that are allowed are followed one by one.
+    // O_TRUNC leaves alone what is refused. The current directory becomes that of the file opened, behind all
+    // links.
     virtual int OpenContained(Tarn_PathType type, const char* path, int flags);
 
     // A descriptor of the current directory; back to it, which closes the descriptor. Both answer -1 on
