@@ -178,16 +178,12 @@ TEST(StringHash, Published_Results_And_The_Same_Of_Lower_Case) {
     for (int byte = 0x80; byte < 0xa8; byte++)
         bytes += static_cast<char>(byte);
     const std::tuple<std::string, uint32_t, uint32_t> cases[] = {
-        {"", 0, 0xbd49d10d},
-        {"a", 0, 0x29eec818},
-        {"abcd", 0, 0x5ae61fa5},
-        {"abcdefgh", 0, 0x053f775e},
-        {"abcdefghi", 0, 0x3a7b0a5f},
-        {"abcdefghijk", 0, 0xe52b8e4c},
-        {"abcdefghijkl", 0, 0x0b1b3ea5},
-        {"abcdefghijklm", 1, 0x9cf6da4e},
+        // clang-format off
+        {"", 0, 0xbd49d10d}, {"a", 0, 0x29eec818}, {"abcd", 0, 0x5ae61fa5}, {"abcdefgh", 0, 0x053f775e},
+        {"abcdefghi", 0, 0x3a7b0a5f}, {"abcdefghijk", 0, 0xe52b8e4c}, {"abcdefghijkl", 0, 0x0b1b3ea5},
+        {"abcdefghijklm", 1, 0x9cf6da4e}, {bytes, 0, 0xd8bfcb63},
         {"This is the time for all good men to come to the aid of their country...", 0, 0xc9291ecd},
-        {bytes, 0, 0xd8bfcb63},
+        // clang-format on
     };
     for (const auto& [key, seed, expected] : cases)
         EXPECT_EQ(hash(key.data(), static_cast<uint32_t>(key.size()), seed), expected) << key;
