@@ -2,28 +2,20 @@
 
 #include "image_fixture.h"
 
+#include <sstream>
+
 namespace {
 
 class FunctionTableTest : public ImageTest {
   protected:
     // "index name(flags: parameter slot/flags ...)" for a function, "" for none.
     static std::string Told(Function* function) {
-        if (!function)
-            return "";
-        std::string text = std::to_string(function->index) + " " + function->name.text() + "(" +
-                           std::to_string(function->flags) + ":";
-        for (auto* p = function->parameters.First(); p; p = function->parameters.Next())
-            text += std::string(" ") + p->name.text() + " " + std::to_string(p->ident) + "/" +
-                    std::to_string(p->flags);
-        return text + ")";
-    }
-    // The chain of a table of one bucket, by name.
-    std::string Chain(FunctionManager& functions) {
-        const std::string bytes = Written(functions).substr(32);
-        std::string text;
-        for (int at = bytes[9]; at >= 0 && at < functions.Entries(); at = bytes[13 + 4 * at])
-            text += functions.Function_At(at)->name.text() + std::string(" ");
-        return text;
+        std::ostringstream text;
+        if (function)
+            text << function->index << ' ' << function->name.text() << '(' << function->flags << ':';
+        for (auto* p = function ? function->parameters.First() : nullptr; p; p = function->parameters.Next())
+            text << ' ' << p->name.text() << ' ' << p->ident << '/' << p->flags;
+        return text.str() + (function ? ")" : "");
     }
 
     FunctionManager table{&names, 0};
@@ -43,7 +35,8 @@ class FunctionTableTest : public ImageTest {
 TEST_F(FunctionTableTest, Chains_Are_Sorted_And_Ignore_Case) {
     for (const char* name : {"bb", "c", "BA", "aa", "_a", "ccc", "bB"})
         table.Function_Add(name, -1, 4);
-    EXPECT_EQ(Chain(table), "c _a aa BA bb bB ccc ");
+    // The head and the links: c, _a, aa, BA, bb, bB, ccc.
+    EXPECT_EQ(Written(table).substr(32 + head, 4 * 8), Dwords({1, 6, 4, 0, 2, 3, -1, 5}));
     EXPECT_EQ(Told(table.Function_Get("BB", -1)), "0 bb(5:)");
     EXPECT_EQ(Told(table.Function_Get("ba..", 2)), "2 BA(5:)");
     for (const char* name : {"", "ab", "bc", "dddd"})
@@ -101,7 +94,7 @@ TEST_F(FunctionTableTest, Section_Is_Read_And_Written_Back) {
     EXPECT_EQ(copy.Function_Get("sum", -1)->locals.dictionary(), &copied_names);
     copy.Function_At(1)->AddParameter(0, "c", 1);
     copy.Function_Add("mi", -1, 0);
-    EXPECT_EQ(Chain(copy), "mi max sum main ");
+    EXPECT_EQ(Told(copy.Function_Get("sum", -1)), "1 sum(4: a 0/0 b 1/1 c 2/0)");
     EXPECT_EQ(Written(table), Image({{"func", section}}));
 
     const std::string wrapped = Patch{2, 32, 1}(section); // to one bucket

@@ -8,7 +8,6 @@
 #include <climits>
 #include <cstdint>
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <string>
