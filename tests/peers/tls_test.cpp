@@ -157,8 +157,11 @@ TEST_F(TLS, Knows_Who_Is_Who) {
     EXPECT_STREQ(buffer, "sec.");
 }
 
-// Functions in place of the library's: a transfer answers -1 twice and then 1, for the reason wished.
+// Functions in place of the library's: they answer -1 twice and then 1, for the reason wished.
 int tries, wish;
+int Handshake(SSL*) {
+    return ++tries % 3 ? -1 : 1;
+}
 int Transfer(SSL*, void*, int) {
     return ++tries % 3 ? -1 : 1;
 }
@@ -169,12 +172,15 @@ int Reason(SSL* ssl, int result) {
 TEST_F(TLS, Waits_As_The_Library_Wishes) {
     application.instead = {{"SSL_connect", reinterpret_cast<void*>(+[](SSL*) { return 2; })}};
     EXPECT_EQ(Connect({}), failed + "Unknown error"); // 1 is what ends a handshake
-    close(listener.Accept());
-    application.instead = {{"SSL_get_error", reinterpret_cast<void*>(Reason)}};
-    EXPECT_EQ(Connect({.timeout = 1}), failed + "Connection timed out");
+    application.instead = {{"SSL_connect", reinterpret_cast<void*>(Handshake)},
+                           {"SSL_read", reinterpret_cast<void*>(Transfer)},
+                           {"SSL_write", reinterpret_cast<void*>(Transfer)},
+                           {"SSL_get_error", reinterpret_cast<void*>(Reason)}};
+    wish = SSL_ERROR_WANT_READ;
+    ASSERT_FALSE(connection->EstablishTLSConnection(nullptr, nullptr, nullptr, 1, 0));
+    EXPECT_EQ(connection->error().text(), failed + "Connection timed out");
     const int silent = listener.Accept();
-    application.instead["SSL_read"] = application.instead["SSL_write"] = reinterpret_cast<void*>(Transfer);
-    application.instead["SSL_connect"] = reinterpret_cast<void*>(+[](SSL*) { return 1; });
+    tries = 2;
     EXPECT_TRUE(connection->EstablishTLSConnection(nullptr, nullptr, nullptr, 1, 0));
     const struct {
         int wish, answer;
