@@ -11,24 +11,12 @@ TEST(Directive_Writer, Each_Directive_Has_Its_Text) {
     } cases[] = {
         {[](auto& p) { p.Output_String_Directive(nullptr, "a\"b", 3, 7, EXPRESSION_STATE_TEXT); },
          "\n.string\ts_7\t\"a\\22b\""},
-        {[](auto& p) { p.Output_String_Directive(nullptr, "", 0, 0, EXPRESSION_STATE_TEXT); },
-         "\n.string\ts_0\t\"\""},
-        {[](auto& p) { p.Output_Variable_Directive(nullptr, "x", 1, 2, SCOPE_LOCAL); },
-         "\n.local\tl_2\t\"x\""},
         {[](auto& p) { p.Output_Variable_Directive(nullptr, "a\\\\b\"\\.c\\", 8, 2, SCOPE_GLOBAL); },
          "\n.global\tl_2\t\"a\\b\".c\""},
-        {[](auto& p) { p.Output_Variable_Directive(nullptr, "x", 1, 2, SCOPE_SYSTEM); },
-         "\n.system\tsys_2\t\"x\""},
         {[](auto& p) { p.Output_Variable_Directive(nullptr, "x", 1, 2, SCOPE_DATABASE); }, ""},
-        {[](auto& p) { p.Output_Parameter_Directive("x", 1, 0, 1); }, "\n.parameter\tl_0\t\"x\""},
-        {[](auto& p) { p.Output_Parameter_Directive("x", 1, 1, 0); }, "\n.parameter\tl_1\t\"x\"\treference"},
         {[](auto& p) { p.Output_Ident_Directive(nullptr, "a\\b", 3); }, "\n.ident\t\"a\\5cb\""},
         {[](auto& p) { p.Output_Localized_Directive("e\\n", 3, "i\\d", 3, "a\\b", 3); },
          "\n.localized\t\"en\"\t\"id\"\t\"a\\5cb\""},
-        {[](auto& p) { p.Output_DisableLogging_Directive(); }, "\n.disable_logging"},
-        {[](auto& p) { p.Output_End_Function_Directive(); }, "\n.endfunction"},
-        {[](auto& p) { (void)p.Output_Version(1, 13); }, "\n.version\t1.13"},
-        {[](auto& p) { p.Output_End_Of_File(); }, "\n; end of compiled file\n"},
     };
     Assembly_Parser parser;
     for (const auto& c : cases) {
@@ -58,18 +46,6 @@ TEST(Directive_Writer, Function_Head_Shows_Kind_And_Levels) {
         parser.Output_Function_Directive("My_Function", 11, c.kind, c.stdout_level, c.error_level, c.access);
         EXPECT_EQ(parser.Written(), std::string("\n\n.function my_function") + c.flags);
     }
-}
-
-TEST(Directive_Writer, Directives_Pass_By_The_Fragment) {
-    StringOutput file;
-    Assembly_Parser parser;
-    parser.Output_String_Directive(&file, "s", 1, 0, EXPRESSION_STATE_TEXT);
-    parser.Output_Variable_Directive(&file, "v", 1, 1, SCOPE_LOCAL);
-    parser.Output_Ident_Directive(&file, "i", 1);
-    parser.Output_Opcode(OPCODE_PUSHC, 0, 0);
-    EXPECT_EQ(parser.Written(), "\n\tpushc\ts_0");
-    EXPECT_EQ(parser.Output_Fragment(&file), 42);
-    EXPECT_EQ(parser.Written(), "\n.string\ts_0\t\"s\"\n.local\tl_1\t\"v\"\n.ident\t\"i\"");
 }
 
 } // namespace

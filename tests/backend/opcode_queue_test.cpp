@@ -31,38 +31,6 @@ TEST(OpcodeQueue, Expression_Waits_And_Keeps_Its_Lines) {
     EXPECT_EQ(parser.Written(), "\n\tlineno\t7\n\tout");
 }
 
-TEST(OpcodeQueue, One_Change_Makes_All_Accesses_Of_Its_Expression_Writable) {
-    Assembly_Parser parser;
-    parser.Queue_Expression();
-    parser.Opcode_Queue()->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
-    parser.Opcode_Queue()->Queue_Opcode(OPCODE_MEMB_RO, 0, 0);
-    parser.Opcode_Queue()->Clear_RHS();
-    parser.Opcode_Queue()->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
-    parser.Flush_Opcode_Queue();
-    EXPECT_EQ(parser.Written(), "\n\telem\n\tmemb\n\telem");
-
-    parser.Opcode_Queue()->Clear_RHS(); // outside of an expression
-    parser.Opcode_Queue()->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
-    EXPECT_EQ(parser.Written(), "\n\telem_ro\n.version\t1.3");
-
-    parser.Queue_Expression();
-    parser.Opcode_Queue()->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
-    parser.Flush_Opcode_Queue();
-    EXPECT_EQ(parser.Written(), "\n\telem_ro\n.version\t1.3");
-}
-
-TEST(OpcodeQueue, Wanted_Type_Keeps_The_Queue_And_What_It_Holds) {
-    Assembly_Parser parser;
-    parser.Queue_Expression();
-    OpcodeQueue* const queue = parser.Opcode_Queue();
-    queue->Queue_Opcode(OPCODE_ADD, 0, 0);
-    parser.Queue_Expression();
-    EXPECT_EQ(parser.Opcode_Queue(), queue);
-    EXPECT_EQ(parser.Written(), "");
-    parser.Flush_Opcode_Queue();
-    EXPECT_EQ(parser.Written(), "\n\tadd");
-}
-
 TEST(OpcodeQueue, Long_Expression_Comes_Out_In_Order) {
     constexpr int count = 100000;
     Assembly_Parser parser;

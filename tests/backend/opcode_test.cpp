@@ -47,21 +47,4 @@ TEST(Opcode, Numbers_Lead_To_Their_Rows) {
     }
 }
 
-TEST(Opcode, Operands_Stand_In_The_High_Bits) {
-    const struct {
-        int opcode;
-        Operand_Kind first;
-        Operand_Kind second;
-    } cases[] = {
-        {OPCODE_ADD, Operand_Kind::NONE, Operand_Kind::NONE},
-        {OPCODE_JMP, Operand_Kind::INTEGER, Operand_Kind::NONE},
-        {OPCODE_SWAPN, Operand_Kind::INTEGER, Operand_Kind::INTEGER},
-        {OPCODE_PUSHF, Operand_Kind::DOUBLE, Operand_Kind::NONE},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(First_Operand(c.opcode), c.first) << c.opcode;
-        EXPECT_EQ(Second_Operand(c.opcode), c.second) << c.opcode;
-    }
-}
-
 } // namespace
