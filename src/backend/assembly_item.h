@@ -6,6 +6,7 @@
 #include "backend/opcode.h"
 
 #include <array>
+#include <cassert>
 #include <cstring>
 #include <string_view>
 
@@ -21,11 +22,14 @@ class Assembly_Item {
     Assembly_Item& operator=(const Assembly_Item&) = delete;
 
     Assembly_Item& Head(const Opcode_Info& row) {
+        assert(row.head_length <= Opcode_Info::head_size);
         std::memcpy(position, row.head, Opcode_Info::head_size);
         position += row.head_length;
         return *this;
     }
     Assembly_Item& Text(std::string_view text) {
+        assert(text.size() <
+               CompilerOutput::item_limit); // a word of the language, never a text of the source
         std::memcpy(position, text.data(), text.size());
         position += text.size();
         return *this;

@@ -5,14 +5,17 @@
 #include "backend/output.h"
 #include "core/string.h"
 
+#include <cassert>
+
 class File;
 
 // The sink of assembly text. The writers compose their items in its buffer, between Reserve and Commit.
 class CompilerOutput : public BufferedOutput {
   public:
-    // What can be reserved of any output, one without a buffer included.
+    // Bytes that can be reserved of any output, one without a buffer included.
     static constexpr int item_limit = 96;
 
+    // The capacity in bytes; item_limit more are there for what is composed in place.
     explicit CompilerOutput(int capacity);
     ~CompilerOutput() override;
 
@@ -22,9 +25,12 @@ class CompilerOutput : public BufferedOutput {
     // Whether more than item_limit can be reserved, up to that length.
     bool Can_Reserve(int length) const { return length <= capacity; }
 
-    // Room for that many bytes behind what is buffered, made by a flush where needed. What is composed there
-    // counts once it is committed, and reaches DoWrite without passing through Write.
+    // Room for that many bytes, item_limit or what Can_Reserve grants, behind what is buffered, made by a
+    // flush where needed. What is composed there counts once it is committed, and reaches DoWrite without
+    // passing through Write. The place is valid up to the next operation on the output; a reservation that is
+    // not committed leaves nothing.
     char* Reserve(int length) {
+        assert(length <= item_limit || Can_Reserve(length));
         if (capacity - fill < length) [[unlikely]]
             Flush();
         return buffer.get() + fill;
@@ -32,6 +38,7 @@ class CompilerOutput : public BufferedOutput {
 
     // Takes over the bytes from the reserved place up to end.
     void Commit(const char* end) {
+        assert(end >= buffer.get() + fill && end <= buffer.get() + capacity + item_limit);
         if (end == buffer.get() + fill)
             return;
         fill = static_cast<int>(end - buffer.get());

@@ -46,9 +46,9 @@ class OpcodeQueue {
     // flush.
     [[nodiscard]] static OpcodeQueue* Confirm_Type(OpcodeQueue* queue, _OpcodeQueueType wanted);
 
-    // Likewise, without the flush. The queue that gave way belongs to the answer then and can still be
-    // flushed: what a flush writes goes through the queue in force, so the parser puts the answer in place
-    // before.
+    // Likewise, but nothing is flushed. The queue that gave way keeps its instructions and belongs to the
+    // answer. The parser first puts the answer in force and then flushes the other: what its instructions
+    // write on the way, such as a line number, goes through the queue in force and so comes out at once.
     [[nodiscard]] static OpcodeQueue* Replace(OpcodeQueue* queue, _OpcodeQueueType wanted);
 
     CompilerParser* parser;
@@ -212,7 +212,7 @@ class OpcodeQueueQueue : public OpcodeQueue {
     std::pmr::monotonic_buffer_resource memory{first_block, sizeof first_block};
     QueuedOpcode* first = nullptr;
     QueuedOpcode* last = nullptr;
-    int rhs = 1; // the expression so far is only read
+    int rhs = 1; // 1 while the expression is only read, 0 once something in it changes a value
 };
 
 #endif

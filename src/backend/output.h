@@ -9,7 +9,8 @@
 // Bits of Output::flags(): how Write_Compressed treats white space. The lower bit wins.
 enum Output_Compression { OUTPUT_COMPRESS_FAST = 1, OUTPUT_COMPRESS_FULL = 2 };
 
-// The sink of everything written out. A length of -1 means that the text ends at its NUL.
+// The sink of everything written out. Lengths and capacities count bytes; a length of -1 means that the text
+// ends at its NUL.
 class Output {
   public:
     Output() = default;
@@ -72,18 +73,19 @@ class BufferedOutput : public Output {
     virtual int DoWrite(const char* text, int length) = 0;
 
   protected:
-    // The buffer has that many bytes more than are ever filled by Write.
+    // Puts that many bytes behind the capacity, which Write leaves free: for text that derived classes
+    // compose in place.
     BufferedOutput(int capacity, int reserve);
 
     std::unique_ptr<char[]> buffer;
-    int capacity;
+    int capacity; // bytes that Write fills before it hands them on
     int fill = 0; // bytes in the buffer
 
   private:
     void Store(const char* text, int length);
 };
 
-// Standard output.
+// Standard output. Writing goes on where a signal breaks it off; a write that takes nothing is a failure.
 class StandardOutput : public BufferedOutput {
   public:
     // Unless buffered is set, each Write reaches the descriptor at once.
