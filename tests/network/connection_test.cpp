@@ -178,6 +178,7 @@ TEST_F(Connection, Is_Logged) {
     EXPECT_EQ(noting.Read(buffer, sizeof buffer, 5), 3);
     EXPECT_EQ(noting.Read(buffer, sizeof buffer, 5), 0);
     EXPECT_EQ(noting.ReadLine(line, 5, 512), -1);
+    EXPECT_EQ(noting.Write("", 0, 5), 0);
     EXPECT_EQ(noting.Write("wxyz", 4, 5), 3);
     EXPECT_EQ(noting.Write(String("z"), 5), -1);
     EXPECT_EQ(noting.log, "r:line\nr:abcno read;w:wxyno write;");

@@ -211,6 +211,8 @@ TEST_F(TLS, Survives_The_Server) {
     char byte = 0;
     EXPECT_EQ(connection->Read(&byte, 0, patience) + connection->Read(&byte, 1, patience), 0);
     EXPECT_STREQ(connection->error().text(), "SSL Read Error: The remote server closed the connection");
+    String line;
+    EXPECT_EQ(connection->ReadLine(line, patience, 1), -1);
     int count = 1;
     for (int writes = 0; writes < 100 && count > 0; writes++)
         count = connection->Write("x", 1, patience);
