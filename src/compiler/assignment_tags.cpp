@@ -7,10 +7,24 @@
 
 namespace {
 
-enum Assignment_Element { VALUE, NAME, INDEX, MEMBER, COPY };
+// The four tags put what they share into the same elements.
+constexpr int value_element = Element_Of(Tag::Assign, Attribute::Value);
+constexpr int name_element = Element_Of(Tag::Assign, Attribute::Name);
+constexpr int index_element = Element_Of(Tag::Assign, Attribute::Index);
+constexpr int member_element = Element_Of(Tag::Assign, Attribute::Member);
+constexpr int copy_element = Element_Of(Tag::Reference, Attribute::Copy);
+static_assert(Element_Of(Tag::Reference, Attribute::Variable) == value_element &&
+              Element_Of(Tag::Reference, Attribute::Name) == name_element &&
+              Element_Of(Tag::Reference, Attribute::Index) == index_element &&
+              Element_Of(Tag::Reference, Attribute::Member) == member_element);
+static_assert(Element_Of(Tag::Assignarray, Attribute::Value) == value_element &&
+              Element_Of(Tag::Assignarray, Attribute::Name) == name_element);
+static_assert(Element_Of(Tag::Referencearray, Attribute::Variable) == value_element &&
+              Element_Of(Tag::Referencearray, Attribute::Name) == name_element &&
+              Element_Of(Tag::Referencearray, Attribute::Copy) == copy_element);
 
 const char* Array_Block_Name(int kind) {
-    return kind == ARRAY_ASSIGN ? "TnASSIGNARRAY" : "TnREFERENCEARRAY";
+    return Tag_Word(kind == ARRAY_ASSIGN ? Tag::Assignarray : Tag::Referencearray);
 }
 
 int Array_Block_Kind(int tag) {
@@ -59,9 +73,9 @@ struct Target {
 // A tag that lacks both attributes gets both reports.
 ParserStatus CompilerParser::Check_Value_And_Name(Message value_missing, Message name_missing) {
     ParserStatus status = PARSER_OK;
-    if (!attribute_values->Element(VALUE)->Is_Set())
+    if (!attribute_values->Element(value_element)->Is_Set())
         status = Report_Message(value_missing);
-    if (!attribute_values->Element(NAME)->Is_Set())
+    if (!attribute_values->Element(name_element)->Is_Set())
         status = Report_Message(name_missing);
     return status;
 }
@@ -70,14 +84,16 @@ ParserStatus CompilerParser::Generate_Assign(int) {
     if (ParserStatus status =
             Check_Value_And_Name(Message::Assign_Requires_Value, Message::Assign_Requires_Name))
         return status;
-    return attribute_values->Output_Assignment(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
+    return attribute_values->Output_Assignment(value_element, name_element, index_element, member_element,
+                                               nullptr, 0);
 }
 
 ParserStatus CompilerParser::Generate_Reference(int) {
     if (ParserStatus status =
             Check_Value_And_Name(Message::Reference_Requires_Variable, Message::Reference_Requires_Name))
         return status;
-    return attribute_values->Output_Reference(VALUE, NAME, INDEX, MEMBER, nullptr, 0);
+    return attribute_values->Output_Reference(value_element, name_element, index_element, member_element,
+                                              nullptr, 0);
 }
 
 ParserStatus CompilerParser::Open_Array_Block(int tag) {
@@ -91,9 +107,9 @@ ParserStatus CompilerParser::Open_Array_Block(int tag) {
 }
 
 ParserStatus CompilerParser::Check_Reference_Array(int) {
-    if (!attribute_values->Element(VALUE)->Is_Set())
+    if (!attribute_values->Element(value_element)->Is_Set())
         return Report<Message::Referencearray_Requires_Variable>();
-    if (!attribute_values->Element(NAME)->Is_Set())
+    if (!attribute_values->Element(name_element)->Is_Set())
         return Report<Message::Referencearray_Requires_Name>();
     return PARSER_OK;
 }
@@ -107,8 +123,8 @@ ParserStatus CompilerParser::Close_Array_Block(int tag) {
         return Report<Message::Array_Block_Mismatched>(closing, Array_Block_Name(array_kind));
     const auto output = kind == ARRAY_ASSIGN ? &AttributeValueArray::Output_Assignment
                                              : &AttributeValueArray::Output_Reference;
-    const ParserStatus status =
-        (attribute_values->*output)(VALUE, NAME, INDEX, MEMBER, array_values, array_count);
+    const ParserStatus status = (attribute_values->*output)(value_element, name_element, index_element,
+                                                            member_element, array_values, array_count);
     delete array_values;
     array_values = nullptr;
     array_kind = ARRAY_NONE;
@@ -123,7 +139,7 @@ ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int ind
         Output(value + 1, value);
     const Target target(*this, name, index, member);
     OpcodeQueue* queue = parser->Opcode_Queue();
-    if (highest == NAME && !array && target.Is_Plain_Variable()) {
+    if (highest == name_element && !array && target.Is_Plain_Variable()) {
         queue->Queue_Variable_Instruction(1, target.name->ident, target.name->scope,
                                           target.name->member_ident, 0);
         return PARSER_OK;
@@ -143,7 +159,7 @@ ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int ind
 // The dimensions of an array block lead on from what is referred to, not from the name as in an assignment.
 ParserStatus AttributeValueArray::Output_Reference(int variable, int name, int index, int member,
                                                    AttributeValueArray* array, int count) {
-    const bool copy = Element(COPY)->Is_Set();
+    const bool copy = Element(copy_element)->Is_Set();
     const Target target(*this, name, index, member);
     if (!copy && target.name->ident != -1 && !Can_Be_Reference(target.name->scope))
         return parser->Report<Message::Reference_Scope>();

@@ -144,7 +144,7 @@ AttributeValue* CompilerParser::Route_Element(const Attribute_Route& route) {
 }
 
 ParserStatus CompilerParser::Report_Outside_Array_Block(int tag) {
-    return Report<Message::Outside_Array_Block>(tag == Tag::Dimension ? "TnDIMENSION" : "TnMEMBER");
+    return Report<Message::Outside_Array_Block>(Tag_Word(tag));
 }
 
 int CompilerParser::Constant(std::string_view text) {

@@ -8,18 +8,15 @@
 
 namespace {
 
-enum Call_Element {
-    CERTFILE = 5,
-    CERTVALUE = 10,
-    FLAGS = 11,
-    PIN_ALGORITHM = 12,
-    PIN_DIGEST = 13,
-    CALL_ELEMENTS = 14
-};
+constexpr int certfile_element = Element_Of(Tag::Call, Attribute::Certfile);
+constexpr int certvalue_element = Element_Of(Tag::Call, Attribute::Certvalue);
+constexpr int flags_element = Element_Of(Tag::Call, Attribute::Flags);
+constexpr int pin_algorithm_element = Element_Of(Tag::Call, Attribute::Pin_Algorithm);
+constexpr int pin_digest_element = Element_Of(Tag::Call, Attribute::Pin_Digest);
 
 // Operands of the older instructions.
-constexpr int plain_operands = 5;
-constexpr int certificate_operands = 8;
+constexpr int plain_operands = certfile_element;
+constexpr int certificate_operands = Element_Of(Tag::Call, Attribute::Timeout);
 
 constexpr double counted_operands_engine = 5.0;
 constexpr double certvalue_engine = 5.24;
@@ -29,8 +26,8 @@ constexpr double pin_engine = 5.33;
 } // namespace
 
 // The block exists from the spush on, so that its closing tag matches also when a check ends the generation.
-ParserStatus CompilerParser::Generate_Call(int) {
-    if (attribute_values->Check_Complete(2))
+ParserStatus CompilerParser::Generate_Call(int tag) {
+    if (attribute_values->Check_Complete(Required_Slots(tag)))
         return Report<Message::Call_Requires_Action>();
     int count = Highest_Set_Element() + 1;
     const int label = Open_Block(&call_stack);
@@ -43,7 +40,7 @@ ParserStatus CompilerParser::Generate_Call(int) {
 }
 
 int CompilerParser::Highest_Set_Element() {
-    int element = CALL_ELEMENTS - 1;
+    int element = Elements_Of(Tag::Call) - 1;
     while (element >= 0 && !attribute_values->Element(element)->Is_Set())
         --element;
     return element;
@@ -66,18 +63,18 @@ ParserStatus CompilerParser::Output_Counted_Call(int label, int count) {
 ParserStatus CompilerParser::Check_Call_Attributes(int count) {
     auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
     double engine = Engine_Version();
-    if (count > CERTVALUE) {
-        if (given(CERTFILE) && given(CERTVALUE))
+    if (count > certvalue_element) {
+        if (given(certfile_element) && given(certvalue_element))
             return Report<Message::Call_Certificate_Twice>();
-        if (given(CERTVALUE) && engine < certvalue_engine)
+        if (given(certvalue_element) && engine < certvalue_engine)
             return Report<Message::Call_Certvalue_Version>(Engine_Version_Text());
     }
-    if (count > FLAGS && given(FLAGS) && engine < flags_engine)
+    if (count > flags_element && given(flags_element) && engine < flags_engine)
         return Report<Message::Call_Flags_Version>(Engine_Version_Text());
-    if (count > PIN_ALGORITHM && (given(PIN_ALGORITHM) || given(PIN_DIGEST))) {
+    if (count > pin_algorithm_element && (given(pin_algorithm_element) || given(pin_digest_element))) {
         if (engine < pin_engine)
             return Report<Message::Call_Pin_Version>(Engine_Version_Text());
-        if (given(PIN_ALGORITHM) != given(PIN_DIGEST))
+        if (given(pin_algorithm_element) != given(pin_digest_element))
             return Report<Message::Call_Pin_Incomplete>();
     }
     return PARSER_OK;

@@ -2,6 +2,7 @@
 #ifndef COMPILER_COMPILER_PARSER_H
 #define COMPILER_COMPILER_PARSER_H
 
+#include "compiler/attribute_routes.h"
 #include "compiler/labels.h"
 #include "compiler/resolution_info.h"
 #include "core/hash_table.h"
@@ -27,7 +28,6 @@ class FilterParser;
 class OpcodeQueue;
 class StringOutput;
 struct _String_To_Bitmap_Entry;
-struct Attribute_Route;
 struct Keyword_List;
 
 // An operator that waits for its right operand.
@@ -211,6 +211,15 @@ class CompilerParser : public Parser {
     bool Generating() const { return suspended_output == nullptr; }
     bool Inside_Function() const { return local_variables == &function_variables; }
     void Queue(int opcode, int first = 0, int second = 0);
+    // The value of an attribute of the tag that is being read.
+    template <int tag, int attribute>
+    AttributeValue* Value() const {
+        return attribute_values->Element(Element_Of(tag, attribute));
+    }
+    template <int tag, int attribute>
+    bool Is_Given() const {
+        return Value<tag, attribute>()->Is_Set();
+    }
     String Engine_Version_Text() const; // without trailing zeros
 
     // source_frame.cpp
@@ -218,6 +227,7 @@ class CompilerParser : public Parser {
     void Set_File_Ident(std::string_view file);
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);
+    ParserStatus Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status);
 
     // call_resolution.cpp
     ParserStatus Resolve_Calls(ParserStatus status);
@@ -273,6 +283,7 @@ class CompilerParser : public Parser {
         Tag_Operation at_end;   // End_Of_Tag, behind the attributes
     };
     static const Tag_Actions tag_actions[]; // by tag id, null where a tag does nothing
+    static constexpr bool Has_Its_Row(Tag_Operation operation, int tag);
 
     // tag_dispatch.cpp
     // Reports a message without placeholders that a table has chosen.
@@ -323,19 +334,24 @@ class CompilerParser : public Parser {
     ParserStatus Tarn_Interpret(const char* text, int length);
     void Output_Compression_Level(int flags); // stdoutput by OUTPUT_COMPRESS
 
-    // statement_tags.cpp
-    ParserStatus Generate_Statement(int tag); // eval, hide, export
+    // plain_tags.cpp
+    ParserStatus Generate_Plain_Tag(int tag); // the tags of plain_tags.h
     ParserStatus Generate_Exit(int tag);
 
-    // block_stacks.cpp
+    // block_stacks.cpp, with the tables of block_tables.h
+    struct Block_Family;
+    static const Block_Family block_families[];
+    struct Block_Jump;
+    static const Block_Jump block_jumps[];
+    struct Loop_Block;
+    static const Loop_Block loop_blocks[];
+    Stack<Resolution_Info>& Blocks_Of(int family); // the stack of a family that has records of this class
     ParserStatus Generate_End_Block_Code(const char* tag_word, Stack<Resolution_Info>* stack,
                                          int loop_opcode);
     ParserStatus Jump_In_Block(int tag);           // the stop, continue and delete tags
     int Open_Block(Stack<Resolution_Info>* stack); // answers the block's label
     ParserStatus Close_Loop(const char* tag_word, Stack<Resolution_Info>* stack, int loop_opcode,
                             ParserLabelType back_to);
-    struct Block_Jump;
-    static const Block_Jump block_jumps[];
 
     // if_tags.cpp, while_tags.cpp, for_tags.cpp, foreach_tags.cpp
     ParserStatus Generate_If(int tag);
@@ -399,8 +415,6 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Commerce(int tag);
     ParserStatus Generate_Call(int tag);
     ParserStatus Close_Loop_Block(int tag); // import, pop, commerce and call
-    struct Loop_Block;
-    static const Loop_Block& Loop_Block_Of(int tag);
     void Output_Loop_Opening(int tag, int opcode);
     int Highest_Set_Element();
     ParserStatus Output_Counted_Call(int label, int count);
@@ -419,7 +433,6 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Asynchronous(int tag);
 
     // database_tags.cpp, sql_fields.cpp
-    ParserStatus Generate_Database_Command(int tag); // the tags of one table row
     ParserStatus Generate_Open(int tag);
     ParserStatus Generate_Move(int tag); // skip and go
     ParserStatus Generate_Primary(int tag);
@@ -429,7 +442,7 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Openview(int tag);
     ParserStatus Generate_Query(int tag);
     void Output_Database_Command(int operands, int opcode);
-    void Output_Reveal(int target, int opcode);
+    void Output_Reveal(AttributeValue* target, int opcode);
     void Validate_SQL_Fields(const AttributeValue& fields);
     void Validate_SQL_Fields(const char* text, int length);
     void Validate_SQL_Field(const char* text, int length);

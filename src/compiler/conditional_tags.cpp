@@ -8,14 +8,6 @@
 #include <memory>
 #include <string_view>
 
-namespace {
-
-const char* Conditional_Tag_Name(bool negated) {
-    return negated ? "TnIFNDEF" : "TnIFDEF";
-}
-
-} // namespace
-
 bool CompilerParser::Debugging() {
     constexpr std::string_view name = "DEBUG_TARN_COMPILER";
     return application && application->Is_Defined(name.data(), static_cast<int>(name.size()));
@@ -26,10 +18,12 @@ bool CompilerParser::Inside_False_Block() {
     return innermost && !innermost->generating;
 }
 
+static_assert(Element_Of(Tag::Ifdef, Attribute::Name) == Element_Of(Tag::Ifndef, Attribute::Name));
+
 ParserStatus CompilerParser::Process_IFDEF(int tag) {
     bool negated = tag == Tag::Ifndef;
     int length = 0;
-    const char* name = attribute_values->Element(0)->Get_Simple_Text(&length);
+    const char* name = Value<Tag::Ifdef, Attribute::Name>()->Get_Simple_Text(&length);
     bool defined = application && application->Is_Defined(name ? name : "", length);
     bool enclosed_by_false = Inside_False_Block();
     bool generating = defined != negated && !enclosed_by_false;
@@ -42,7 +36,7 @@ ParserStatus CompilerParser::Process_IFDEF(int tag) {
 
 ParserStatus CompilerParser::Process_End_IFDEF(int tag) {
     bool negated = tag == Tag::Ifndef;
-    const char* closing = Conditional_Tag_Name(negated);
+    const char* closing = Tag_Word(tag);
     if (!ifdef_stack.Top()) {
         (void)Report<Message::Conditional_Unopened>(closing, closing);
         return PARSER_ERROR;
@@ -50,7 +44,7 @@ ParserStatus CompilerParser::Process_End_IFDEF(int tag) {
     std::unique_ptr<Ifdef_Resolution_Info> block(ifdef_stack.Pop());
     if (static_cast<bool>(block->negated) != negated) {
         // The words name the two tags the other way round.
-        (void)Report<Message::Conditional_Mismatched>(Conditional_Tag_Name(!negated), closing);
+        (void)Report<Message::Conditional_Mismatched>(Tag_Word(negated ? Tag::Ifdef : Tag::Ifndef), closing);
         return PARSER_ERROR;
     }
     if (!block->generating && !Inside_False_Block())

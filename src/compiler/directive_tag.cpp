@@ -9,16 +9,16 @@
 
 namespace {
 
-enum Tarn_Element { ERRORMESSAGE = 3, DISABLE_LOGGING = 5 };
+constexpr int errormessage_element = Element_Of(Tag::Tarn, Attribute::Errormessage);
 
 } // namespace
 
 ParserStatus CompilerParser::Generate_Tarn(int) {
-    if (attribute_values->Element(ERRORMESSAGE)->Is_Set()) {
-        attribute_values->Output(ERRORMESSAGE + 1, ERRORMESSAGE);
+    if (Is_Given<Tag::Tarn, Attribute::Errormessage>()) {
+        attribute_values->Output(errormessage_element + 1, errormessage_element);
         opcode_queue->Queue_Opcode(OPCODE_ERRMSG, 0, 0);
     }
-    if (attribute_values->Element(DISABLE_LOGGING)->Is_Set())
+    if (Is_Given<Tag::Tarn, Attribute::Disable_Logging>())
         Output_DisableLogging_Directive();
     return PARSER_OK;
 }

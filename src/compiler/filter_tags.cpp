@@ -7,12 +7,6 @@
 #include "compiler/text_pieces.h"
 #include "frontend/tokenizer.h"
 
-namespace {
-
-enum Filter_Element { FILTER_TEXT = 2, FILTER_TYPE = 3 };
-
-} // namespace
-
 ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, int length, const char* what) {
     if (!filter_parser)
         filter_parser = new FilterParser(this, &referenced_functions, &called_functions);
@@ -44,8 +38,8 @@ ParserStatus CompilerParser::Compile_Filter(AttributeValue* filter, AttributeVal
 
 // The type comes first: with an unknown one the filter is not looked at, and stores no error.
 ParserStatus CompilerParser::Generate_Filter(int) {
-    AttributeValue* filter = attribute_values->Element(FILTER_TEXT);
-    AttributeValue* type_value = attribute_values->Element(FILTER_TYPE);
+    AttributeValue* filter = Value<Tag::Filter, Attribute::Filter>();
+    AttributeValue* type_value = Value<Tag::Filter, Attribute::Filter_Type>();
     if (type_value->Filter_Type() == FILTER_INVALID)
         return Report<Message::Filter_Type_Unknown>(Text_Of(*type_value));
     int length = 0;
@@ -58,7 +52,7 @@ ParserStatus CompilerParser::Generate_Filter(int) {
     }
     if (length == 0)
         filter->Reset();
-    attribute_values->Output(3, 0);
+    attribute_values->Output(Element_Of(Tag::Filter, Attribute::Filter_Type), 0);
     Queue(OPCODE_DBFILTER);
     return PARSER_OK;
 }

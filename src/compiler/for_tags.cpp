@@ -4,7 +4,12 @@
 
 namespace {
 
-enum For_Element { INDEX, FIRST, NEXT, LAST, COUNT, EXPR };
+constexpr int index_element = Element_Of(Tag::For, Attribute::Index);
+constexpr int first_element = Element_Of(Tag::For, Attribute::First);
+constexpr int next_element = Element_Of(Tag::For, Attribute::Next);
+constexpr int last_element = Element_Of(Tag::For, Attribute::Last);
+constexpr int count_element = Element_Of(Tag::For, Attribute::Count);
+constexpr int expression_element = Element_Of(Tag::For, Attribute::Expression);
 
 } // namespace
 
@@ -13,22 +18,23 @@ ParserStatus CompilerParser::Open_For(int) {
     return PARSER_OK;
 }
 
-ParserStatus CompilerParser::Close_For(int) {
-    return Close_Loop("TnFOR", &for_stack, OPCODE_JMP, LABEL_LOOP);
+ParserStatus CompilerParser::Close_For(int tag) {
+    return Close_Loop(Tag_Word(tag), &for_stack, OPCODE_JMP, LABEL_LOOP);
 }
 
 ParserStatus CompilerParser::Generate_For(int) {
     const auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
-    if (given(LAST) && (given(EXPR) || given(COUNT)))
+    if (given(last_element) && (given(expression_element) || given(count_element)))
         return Report<Message::For_Last_Excludes>();
-    if (given(EXPR) && given(COUNT))
+    if (given(expression_element) && given(count_element))
         return Report<Message::For_Expression_Excludes>();
-    if (given(COUNT) && (given(FIRST) || given(NEXT)))
+    if (given(count_element) && (given(first_element) || given(next_element)))
         return Report<Message::For_Count_Excludes>();
-    if (!given(LAST) && !given(EXPR) && !given(COUNT))
+    if (!given(last_element) && !given(expression_element) && !given(count_element))
         return Report<Message::For_Requires_Count>();
-    return attribute_values->Output_For(for_stack.Entries(), for_stack.Top()->label, INDEX, FIRST, NEXT, LAST,
-                                        COUNT, EXPR);
+    return attribute_values->Output_For(for_stack.Entries(), for_stack.Top()->label, index_element,
+                                        first_element, next_element, last_element, count_element,
+                                        expression_element);
 }
 
 ParserStatus AttributeValueArray::Output_For(int depth, int label, int index, int first, int next, int last,

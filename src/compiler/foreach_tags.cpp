@@ -6,7 +6,13 @@
 
 namespace {
 
-enum Foreach_Element { ITERATOR, ARRAY, FIRST, NEXT, LAST, INDEX, COUNT };
+constexpr int iterator_element = Element_Of(Tag::Foreach, Attribute::Iterator);
+constexpr int array_element = Element_Of(Tag::Foreach, Attribute::Array);
+constexpr int first_element = Element_Of(Tag::Foreach, Attribute::First);
+constexpr int next_element = Element_Of(Tag::Foreach, Attribute::Next);
+constexpr int last_element = Element_Of(Tag::Foreach, Attribute::Last);
+constexpr int index_element = Element_Of(Tag::Foreach, Attribute::Index);
+constexpr int count_element = Element_Of(Tag::Foreach, Attribute::Count);
 
 constexpr double array_walk_engine = 5.07; // the first with tarn_array_min and tarn_array_next
 
@@ -149,20 +155,21 @@ ParserStatus CompilerParser::Open_Foreach(int) {
     return PARSER_OK;
 }
 
-ParserStatus CompilerParser::Close_Foreach(int) {
-    return Close_Loop("TnFOREACH", &foreach_stack, OPCODE_JMP, LABEL_LOOP);
+ParserStatus CompilerParser::Close_Foreach(int tag) {
+    return Close_Loop(Tag_Word(tag), &foreach_stack, OPCODE_JMP, LABEL_LOOP);
 }
 
 ParserStatus CompilerParser::Generate_Foreach(int) {
     const auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
-    if (!given(ITERATOR))
+    if (!given(iterator_element))
         return Report<Message::Foreach_Requires_Iterator>();
-    if (!given(ARRAY))
+    if (!given(array_element))
         return Report<Message::Foreach_Requires_Array>();
-    if (given(COUNT) && (given(FIRST) || given(NEXT) || given(LAST)))
+    if (given(count_element) && (given(first_element) || given(next_element) || given(last_element)))
         return Report<Message::Foreach_Count_Excludes>();
-    return attribute_values->Output_Foreach(foreach_stack.Entries(), foreach_stack.Top()->label, ITERATOR,
-                                            ARRAY, FIRST, NEXT, LAST, INDEX, COUNT);
+    return attribute_values->Output_Foreach(foreach_stack.Entries(), foreach_stack.Top()->label,
+                                            iterator_element, array_element, first_element, next_element,
+                                            last_element, index_element, count_element);
 }
 
 ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int iterator, int array, int first,

@@ -10,10 +10,6 @@
 
 namespace {
 
-enum Function_Element { NAME, PARAMETERS, STDOUT_LEVEL, ERROR_LEVEL, ACCESS };
-
-enum Do_Element { DO_FILE, DO_NAME, DO_VALUE };
-
 bool Can_Start_Name(char c) {
     return Is_Name_Character(c) && !std::isdigit(static_cast<unsigned char>(c));
 }
@@ -45,9 +41,9 @@ ParserStatus CompilerParser::Close_Function(int) {
 }
 
 ParserStatus CompilerParser::Generate_Function(int) {
-    if (!attribute_values->Element(NAME)->Is_Set())
+    if (!Is_Given<Tag::Function, Attribute::Name>())
         return Report<Message::Function_Requires_Name>();
-    std::string_view name = Text_Of(*attribute_values->Element(NAME));
+    std::string_view name = Text_Of(*Value<Tag::Function, Attribute::Name>());
     if (ParserStatus status = Check_Function_Name(name))
         return status;
     if (!Generating())
@@ -82,7 +78,7 @@ ParserStatus CompilerParser::Discard_Function(std::string_view name) {
 }
 
 ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_level) {
-    AttributeValue* stdout_value = attribute_values->Element(STDOUT_LEVEL);
+    AttributeValue* stdout_value = Value<Tag::Function, Attribute::Standardoutputlevel>();
     if (stdout_value->Is_Set()) {
         std::string_view words = Text_Of(*stdout_value);
         if (ParserStatus status =
@@ -91,7 +87,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
     } else if (function_stdout_default != -1) {
         Set_Output_Flags(function_stdout_default);
     }
-    AttributeValue* error_value = attribute_values->Element(ERROR_LEVEL);
+    AttributeValue* error_value = Value<Tag::Function, Attribute::Erroroutputlevel>();
     if (error_value->Is_Set()) {
         std::string_view words = Text_Of(*error_value);
         return Parse_ErrorOutputLevel(error_level, words.data(), static_cast<int>(words.size()));
@@ -100,7 +96,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
 }
 
 ParserStatus CompilerParser::Read_Function_Access(int* access) {
-    AttributeValue* value = attribute_values->Element(ACCESS);
+    AttributeValue* value = Value<Tag::Function, Attribute::Access>();
     if (!value->Is_Set())
         return PARSER_OK;
     if (Engine_Version() < file_version_engines[FILE_VERSION_PRIVATE_FUNCTIONS])
@@ -124,7 +120,7 @@ ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int len
 
 // Pieces that are refused count as parameters like the others.
 ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* definition) {
-    AttributeValue* value = attribute_values->Element(PARAMETERS);
+    AttributeValue* value = Value<Tag::Function, Attribute::Parameters>();
     if (!value->Is_Set() || Text_Of(*value).empty())
         return PARSER_OK;
     ParserStatus status = PARSER_OK;
@@ -185,26 +181,25 @@ ParserStatus CompilerParser::Check_Return_Placement(int) {
 
 ParserStatus CompilerParser::Reject_Closing_Return(int tag) {
     (void)Check_Return_Placement(tag); // the refusal below is an error anyhow
-    return Report<Message::Closing_Tag_Not_Supported>("TnFUNCTIONRETURN", "TnFUNCTIONRETURN",
-                                                      "TnFUNCTIONRETURN");
+    return Report<Message::Closing_Tag_Not_Supported>(Tag_Word(tag), Tag_Word(tag), Tag_Word(tag));
 }
 
-ParserStatus CompilerParser::Generate_Function_Return(int) {
+ParserStatus CompilerParser::Generate_Function_Return(int tag) {
     if (!Inside_Function())
         return Report<Message::Return_Outside_Function>();
-    if (!attribute_values->Element(0)->Is_Set()) {
+    if (!Is_Given<Tag::Function_Return, Attribute::Value>()) {
         Queue(OPCODE_RETN);
         return PARSER_OK;
     }
-    attribute_values->Output(1, 0);
+    attribute_values->Output(Slots(tag), 0);
     Queue(OPCODE_RET);
     return PARSER_OK;
 }
 
 ParserStatus CompilerParser::Generate_Do(int) {
-    AttributeValue* file = attribute_values->Element(DO_FILE);
-    AttributeValue* name = attribute_values->Element(DO_NAME);
-    AttributeValue* value = attribute_values->Element(DO_VALUE);
+    AttributeValue* file = Value<Tag::Do, Attribute::File>();
+    AttributeValue* name = Value<Tag::Do, Attribute::Name>();
+    AttributeValue* value = Value<Tag::Do, Attribute::Value>();
     ParserStatus status = PARSER_OK;
     if (!file->Is_Set())
         status = Report<Message::Do_Requires_File>();
@@ -233,5 +228,5 @@ ParserStatus CompilerParser::Output_Do_Call(AttributeValue* value, AttributeValu
         Queue(OPCODE_POP);
         return PARSER_OK;
     }
-    return attribute_values->Output_Assignment(-1, DO_NAME, -1, -1, nullptr, 0);
+    return attribute_values->Output_Assignment(-1, Element_Of(Tag::Do, Attribute::Name), -1, -1, nullptr, 0);
 }

@@ -17,9 +17,9 @@ If_Resolution_Info* As_If(Resolution_Info* block) {
 } // namespace
 
 ParserStatus CompilerParser::Generate_If(int tag) {
-    if (attribute_values->Check_Complete(1))
+    if (attribute_values->Check_Complete(Slots(tag)))
         return Report<Message::If_Requires_Expression>();
-    attribute_values->Output(1, 0);
+    attribute_values->Output(Slots(tag), 0);
     Check_Conditional();
     int chain = no_chain;
     if (tag == Tag::Elseif) {

@@ -24,7 +24,7 @@ ParserStatus CompilerParser::Generate_Include(int) {
     if (start_state != START_FILE)
         return PARSER_ERROR;
     int length = 0;
-    const char* text = attribute_values->Element(0)->Get_Simple_Text(&length);
+    const char* text = Value<Tag::Include, Attribute::File>()->Get_Simple_Text(&length);
     String name(text, length);
     // The current file is not among them: one that includes itself is met at the second nesting.
     if (Is_Suspended(name)) {

@@ -8,12 +8,6 @@
 #include "compiler/compiler_parser.h"
 #include "compiler/text_pieces.h"
 
-namespace {
-
-enum Localized_Element { LANGUAGE = 2, ID = 3, NAME = 5 };
-
-} // namespace
-
 // The text between the tags of the block is dropped.
 ParserStatus CompilerParser::Open_Localized(int) {
     saved_localized_flags = output_flags;
@@ -26,7 +20,7 @@ ParserStatus CompilerParser::Open_Localized(int) {
 // Keeps ids unique in one compilation. A repeated one is changed without a report; what is made up is not
 // looked up again.
 ParserStatus CompilerParser::Check_Localized_ID(int) {
-    AttributeValue* value = attribute_values->Element(ID);
+    AttributeValue* value = Value<Tag::Localized, Attribute::Id>();
     std::string_view given = Text_Of(*value);
     int given_length = static_cast<int>(given.size());
     if (!value->Is_Set())
@@ -52,9 +46,9 @@ void CompilerParser::Make_Localized_ID(AttributeValue* value, const String& stem
     localized_ids.Insert(id);
 }
 
-ParserStatus CompilerParser::Open_Localized_Text(int) {
+ParserStatus CompilerParser::Open_Localized_Text(int tag) {
     if (localized_text)
-        return Report<Message::Inside_Localized_Text>("TnLOCALIZED-TEXT");
+        return Report<Message::Inside_Localized_Text>(Tag_Word(tag));
     localized_text = new String("", 0);
     Set_Output_Flags(localized_text_flags);
     if (++localized_text_count == 1)
@@ -71,14 +65,14 @@ ParserStatus CompilerParser::Close_Localized_Text(int) {
 }
 
 ParserStatus CompilerParser::Generate_Localized_Directive() {
-    AttributeValue* language = attribute_values->Element(LANGUAGE);
+    AttributeValue* language = Value<Tag::Localized_Text, Attribute::Language>();
     ParserStatus status = PARSER_OK;
     if (!language->Is_Set())
         status = Report<Message::Localized_Requires_Language>();
     int language_length = 0;
     int id_length = 0;
     const char* language_text = language->Get_Simple_Text(&language_length);
-    const char* id = attribute_values->Element(ID)->Get_Simple_Text(&id_length);
+    const char* id = Value<Tag::Localized, Attribute::Id>()->Get_Simple_Text(&id_length);
     if (!language_text || !id)
         return PARSER_ERROR;
     if (status != PARSER_OK)
@@ -90,24 +84,30 @@ ParserStatus CompilerParser::Generate_Localized_Directive() {
     return PARSER_OK;
 }
 
-ParserStatus CompilerParser::Check_Token_Placement(int) {
-    return localized_text ? Report<Message::Inside_Localized_Text>("TnLOCALIZED-TOKEN") : PARSER_OK;
+ParserStatus CompilerParser::Check_Token_Placement(int tag) {
+    return localized_text ? Report<Message::Inside_Localized_Text>(Tag_Word(tag)) : PARSER_OK;
 }
 
+// Stores like TnASSIGN, with an index and a member too when the tag around it has left values there.
 ParserStatus CompilerParser::Generate_Localized_Token(int) {
-    return attribute_values->Output_Assignment(0, 1, 2, 3, nullptr, 0);
+    constexpr int value = Element_Of(Tag::Localized_Token, Attribute::Value);
+    constexpr int name = Element_Of(Tag::Localized_Token, Attribute::Name);
+    constexpr int index = Element_Of(Tag::Assign, Attribute::Index);
+    constexpr int member = Element_Of(Tag::Assign, Attribute::Member);
+    return attribute_values->Output_Assignment(value, name, index, member, nullptr, 0);
 }
 
 ParserStatus CompilerParser::Close_Localized(int) {
     int length = 0;
-    const char* id = attribute_values->Element(ID)->Get_Simple_Text(&length);
+    const char* id = Value<Tag::Localized, Attribute::Id>()->Get_Simple_Text(&length);
     if (!id)
         return PARSER_ERROR;
     int ident = Generate_String_Directive(id, length, EXPRESSION_STATE_ESCAPED);
     ParserStatus status = PARSER_OK;
-    if (attribute_values->Element(NAME)->Is_Set()) {
+    if (Is_Given<Tag::Localized, Attribute::Name>()) {
         Queue(OPCODE_LOCALIZEV, ident);
-        status = attribute_values->Output_Assignment(-1, NAME, -1, -1, nullptr, 0);
+        status = attribute_values->Output_Assignment(-1, Element_Of(Tag::Localized, Attribute::Name), -1, -1,
+                                                     nullptr, 0);
     } else {
         Queue(OPCODE_LOCALIZE, ident);
     }

@@ -7,9 +7,8 @@
 
 namespace {
 
-enum Smtp_Element { PORT = 5 };
-
-constexpr int plain_operands = 5;
+constexpr int port_element = Element_Of(Tag::Smtp, Attribute::Port);
+constexpr int plain_operands = port_element; // those ahead of it
 
 // The target may be older than the counted form and the running engine newer: both are written, and the
 // engine chooses.
@@ -32,10 +31,10 @@ void Output_Version_Test(CompilerParser* parser, AttributeValueArray* values, in
 
 } // namespace
 
-ParserStatus CompilerParser::Generate_Smtp(int) {
+ParserStatus CompilerParser::Generate_Smtp(int tag) {
     if (smtp_block)
-        return Report<Message::Block_Nested>("TnSMTP");
-    if (attribute_values->Check_Complete(3))
+        return Report<Message::Block_Nested>(Tag_Word(tag));
+    if (attribute_values->Check_Complete(Required_Slots(tag)))
         return Report<Message::Smtp_Requires_From>();
     const int label = Take_Label();
     (void)attribute_values->Output_SMTP(label); // a version report stands by itself
@@ -55,12 +54,12 @@ ParserStatus CompilerParser::Close_Smtp(int) {
 
 ParserStatus AttributeValueArray::Output_SMTP(int label) {
     OpcodeQueue* queue = parser->Opcode_Queue();
-    if (last_used < PORT) {
+    if (last_used < port_element) {
         Output(plain_operands, 0);
         queue->Queue_Opcode_With_Label(OPCODE_SMTP, LABEL_END, label);
         return PARSER_OK;
     }
-    parser->Set_Default(Element(PORT), "25");
+    parser->Set_Default(Element(port_element), "25");
     int count = last_used + 1;
     if (parser->Engine_Version() >= file_version_engines[FILE_VERSION_SMTP_COUNTED]) {
         ParserStatus status = parser->Output_Version(file_version_major, FILE_VERSION_SMTP_COUNTED);

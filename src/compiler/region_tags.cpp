@@ -14,7 +14,7 @@ ParserStatus CompilerParser::Open_Capture(int) {
 
 // The variable is pushed also when the report of a missing one was made.
 ParserStatus CompilerParser::Generate_Capture(int) {
-    AttributeValue* variable = attribute_values->Element(0);
+    AttributeValue* variable = Value<Tag::Capture, Attribute::Variable>();
     ParserStatus status = PARSER_OK;
     if (!variable->Is_Set())
         status = Report<Message::Capture_Requires_Variable>();
@@ -42,10 +42,10 @@ ParserStatus CompilerParser::Close_Capture(int) {
     return PARSER_OK;
 }
 
-ParserStatus CompilerParser::Generate_Lockfile(int) {
-    if (!attribute_values->Element(0)->Is_Set())
+ParserStatus CompilerParser::Generate_Lockfile(int tag) {
+    if (!Is_Given<Tag::Lockfile, Attribute::File>())
         return Report<Message::Lockfile_Requires_File>();
-    attribute_values->Output(1, 0);
+    attribute_values->Output(Slots(tag), 0);
     lockfile_stack.Push(new Resolution_Info(next_label, Linenumber(), Current_File()));
     Queue(OPCODE_LOCKFILE);
     return PARSER_OK;
@@ -60,20 +60,20 @@ ParserStatus CompilerParser::Close_Lockfile(int) {
 }
 
 // A refused opening is counted too, so that its closing tag is taken without a word.
-ParserStatus CompilerParser::Generate_Asynchronous(int) {
+ParserStatus CompilerParser::Generate_Asynchronous(int tag) {
     ++async_depth;
     if (async_block)
-        return Report<Message::Block_Nested>("TnASYNCHRONOUS");
+        return Report<Message::Block_Nested>(Tag_Word(tag));
     const int label = Take_Label();
     async_block = new Resolution_Info(label, Linenumber(), Current_File());
-    if (!attribute_values->Element(0)->Is_Set()) {
+    if (!Is_Given<Tag::Asynchronous, Attribute::Isolation>()) {
         ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
         opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, label);
         return status;
     }
     ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ISOLATION);
-    attribute_values->Output(1, 0);
-    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_ASYNCN, LABEL_END, label, 1);
+    attribute_values->Output(Slots(tag), 0);
+    opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_ASYNCN, LABEL_END, label, Slots(tag));
     return status;
 }
 

@@ -2,7 +2,7 @@
 // numbers between them.
 
 #include "backend/opcode.h"
-#include "compiler/compiler_parser.h"
+#include "compiler/block_tables.h"
 #include "core/md5.h"
 #include "frontend/tokenizer.h"
 
@@ -47,28 +47,21 @@ ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
 }
 
 ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
-    status = Check_State_Empty(&if_stack, "TnIF", status);
-    status = Check_State_Empty(&ifdef_stack, status);
-    status = Check_State_Empty(&commerce_stack, "TnCOMMERCE", status);
-    status = Check_State_Empty(&import_stack, "TnIMPORT", status);
-    status = Check_State_Empty(&pop_stack, "TnPOP", status);
-    status = Check_State_Empty(&lockfile_stack, "TnLOCKFILE", status);
-    status = Check_State_Empty(&while_stack, "TnWHILE", status);
-    status = Check_State_Empty(&call_stack, "TnCALL", status);
-    status = Check_State_Empty(&capture_stack, "TnCAPTURE", status);
-    status = Check_State_Empty(&for_stack, "TnFOR", status);
-    status = Check_State_Empty(&foreach_stack, "TnFOREACH", status);
-    if (smtp_block) {
-        status = Report_At<Message::Single_Block_Unclosed>(smtp_block->line, &smtp_block->file, "TnSMTP",
-                                                           "TnSMTP");
+    for (const Block_Family& family : block_families) {
+        status = family.stack ? Check_State_Empty(&(this->*family.stack), Tag_Word(family.tag), status)
+                              : Check_State_Empty(&ifdef_stack, status);
     }
-    if (async_block) {
-        status = Report_At<Message::Single_Block_Unclosed>(async_block->line, &async_block->file,
-                                                           "TnASYNCHRONOUS", "TnASYNCHRONOUS");
-    }
+    status = Check_Single_Block(smtp_block, Tag::Smtp, status);
+    status = Check_Single_Block(async_block, Tag::Asynchronous, status);
     if (Inside_Function())
         status = Report<Message::Function_Unclosed>();
     return status;
+}
+
+ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status) {
+    if (!block)
+        return status;
+    return Report_At<Message::Single_Block_Unclosed>(block->line, &block->file, Tag_Word(tag), Tag_Word(tag));
 }
 
 void CompilerParser::Output_LineNo() {

@@ -1,7 +1,8 @@
 // Which operation a tag runs at each of its events. What needs the attributes runs at the end of the tag;
 // what needs none and has to stand ahead of their code runs at its start.
-#include "compiler/attribute_routes.h"
-#include "compiler/compiler_parser.h"
+#include "compiler/block_tables.h"
+#include "compiler/plain_tags.h"
+#include "compiler/tag_rows.h"
 
 #include <iterator>
 #include <utility>
@@ -13,10 +14,10 @@ constexpr CompilerParser::Tag_Actions CompilerParser::tag_actions[] = {
     {Tag::Else, nullptr, &CompilerParser::Reject_Closing_Else, &CompilerParser::Generate_Else},
     {Tag::Import, nullptr, &CompilerParser::Close_Loop_Block, &CompilerParser::Generate_Import},
     {Tag::Import_Stop, nullptr, nullptr, &CompilerParser::Jump_In_Block},
-    {Tag::Export, nullptr, nullptr, &CompilerParser::Generate_Statement},
+    {Tag::Export, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Assign, nullptr, nullptr, &CompilerParser::Generate_Assign},
-    {Tag::Eval, nullptr, nullptr, &CompilerParser::Generate_Statement},
-    {Tag::Hide, nullptr, nullptr, &CompilerParser::Generate_Statement},
+    {Tag::Eval, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Hide, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Pop, nullptr, &CompilerParser::Close_Loop_Block, &CompilerParser::Generate_Pop3},
     {Tag::Pop_Stop, nullptr, nullptr, &CompilerParser::Jump_In_Block},
     {Tag::Pop_Delete, nullptr, nullptr, &CompilerParser::Jump_In_Block},
@@ -43,38 +44,38 @@ constexpr CompilerParser::Tag_Actions CompilerParser::tag_actions[] = {
      nullptr},
     {Tag::Exit, nullptr, nullptr, &CompilerParser::Generate_Exit},
     {Tag::Open, nullptr, nullptr, &CompilerParser::Generate_Open},
-    {Tag::Close, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Close, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Skip, nullptr, nullptr, &CompilerParser::Generate_Move},
     {Tag::Go, nullptr, nullptr, &CompilerParser::Generate_Move},
     {Tag::Primary, nullptr, nullptr, &CompilerParser::Generate_Primary},
-    {Tag::Find, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Setindex, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Update, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Delete, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Undelete, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Add, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Find, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Setindex, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Update, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Delete, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Undelete, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Add, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Makeindex, nullptr, nullptr, &CompilerParser::Generate_Makeindex},
-    {Tag::Pack, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Reindex, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Pack, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Reindex, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Create, nullptr, nullptr, &CompilerParser::Generate_Create},
     {Tag::Revealstructure, nullptr, nullptr, &CompilerParser::Generate_Revealstructure},
     {Tag::Openview, nullptr, nullptr, &CompilerParser::Generate_Openview},
-    {Tag::Closeview, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Closeview, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Query, nullptr, nullptr, &CompilerParser::Generate_Query},
     {Tag::Filter, nullptr, nullptr, &CompilerParser::Generate_Filter},
     {Tag::Tarn, nullptr, nullptr, &CompilerParser::Generate_Tarn},
     {Tag::Assignarray, &CompilerParser::Open_Array_Block, &CompilerParser::Close_Array_Block, nullptr},
     {Tag::Dimension, nullptr, nullptr, nullptr},
     {Tag::Member, nullptr, nullptr, nullptr},
-    {Tag::Commit, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
-    {Tag::Rollback, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Commit, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
+    {Tag::Rollback, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Include, &CompilerParser::Open_Include, &CompilerParser::Open_Include,
      &CompilerParser::Generate_Include},
-    {Tag::Transact, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Transact, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Reference, nullptr, nullptr, &CompilerParser::Generate_Reference},
     {Tag::Referencearray, &CompilerParser::Open_Array_Block, &CompilerParser::Close_Array_Block,
      &CompilerParser::Check_Reference_Array},
-    {Tag::Dbcommand, nullptr, nullptr, &CompilerParser::Generate_Database_Command},
+    {Tag::Dbcommand, nullptr, nullptr, &CompilerParser::Generate_Plain_Tag},
     {Tag::Capture, &CompilerParser::Open_Capture, &CompilerParser::Close_Capture,
      &CompilerParser::Generate_Capture},
     {Tag::Ifdef, nullptr, &CompilerParser::Process_End_IFDEF, &CompilerParser::Process_IFDEF},
@@ -115,13 +116,28 @@ bool Is_Allowed_In_Array_Block(int tag) {
 
 } // namespace
 
+// Whether the table that an operation reads, if it reads one, has a row for the tag.
+constexpr bool CompilerParser::Has_Its_Row(Tag_Operation operation, int tag) {
+    if (operation == &CompilerParser::Generate_Plain_Tag)
+        return Find_Row(plain_tags, tag);
+    if (operation == &CompilerParser::Jump_In_Block)
+        return Find_Row(block_jumps, tag);
+    if (operation == &CompilerParser::Close_Loop_Block)
+        return Find_Row(loop_blocks, tag) && Find_Row(block_families, tag);
+    return true;
+}
+
 ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, int optional,
                                           const char* name) {
     static_assert([] {
         int id = 0;
-        for (const Tag_Actions& actions : tag_actions)
+        for (const Tag_Actions& actions : tag_actions) {
             if (actions.tag != id++)
                 return false;
+            for (const Tag_Operation operation : {actions.at_open, actions.at_close, actions.at_end})
+                if (!Has_Its_Row(operation, actions.tag))
+                    return false;
+        }
         return true;
     }());
 
@@ -172,8 +188,8 @@ ParserStatus CompilerParser::Unimplemented_Tag(int tag) {
     return Report<Message::Internal_Tag_Number>(tag);
 }
 
-ParserStatus CompilerParser::Reject_Closing_Else(int) {
-    return Report<Message::Closing_Tag_Not_Supported>("TnELSE", "TnELSE", "TnELSE");
+ParserStatus CompilerParser::Reject_Closing_Else(int tag) {
+    return Report<Message::Closing_Tag_Not_Supported>(Tag_Word(tag), Tag_Word(tag), Tag_Word(tag));
 }
 
 ParserStatus CompilerParser::Reject_Closing_Comment(int) {

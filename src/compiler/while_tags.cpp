@@ -8,10 +8,10 @@ ParserStatus CompilerParser::Open_While(int) {
 }
 
 // Without a condition nothing is reported: the loop runs until something leaves it.
-ParserStatus CompilerParser::Generate_While(int) {
-    if (attribute_values->Check_Complete(1))
+ParserStatus CompilerParser::Generate_While(int tag) {
+    if (attribute_values->Check_Complete(Slots(tag)))
         return PARSER_ERROR;
-    attribute_values->Output(1, 0);
+    attribute_values->Output(Slots(tag), 0);
     Check_Conditional();
     const Resolution_Info* block = while_stack.Top();
     if (!block)
@@ -20,6 +20,6 @@ ParserStatus CompilerParser::Generate_While(int) {
     return PARSER_OK;
 }
 
-ParserStatus CompilerParser::Close_While(int) {
-    return Generate_End_Block_Code("TnWHILE", &while_stack, OPCODE_JMP);
+ParserStatus CompilerParser::Close_While(int tag) {
+    return Generate_End_Block_Code(Tag_Word(tag), &while_stack, OPCODE_JMP);
 }

@@ -18,7 +18,27 @@ constexpr std::array rows{
 
 constexpr Perfect_Hash<_TagLookup, rows.size(), 7, 6> tags(rows);
 
+using Word = std::array<char, 24>;
+
+constexpr Word Spelled(std::string_view key) {
+    Word word{};
+    for (std::size_t i = 0; i < key.size(); ++i)
+        word[i] = key[i] >= 'a' && key[i] <= 'z' ? static_cast<char>(key[i] - 'a' + 'A') : key[i];
+    if (key.substr(0, 2) == "tn")
+        word[1] = 'n';
+    return word;
+}
+
+constexpr Word words[] = {
+#define TAG(name, id, key, required, optional) Spelled(key),
+#include "frontend/tags.def"
+};
+
 } // namespace
+
+const char* Tag_Word(int tag) {
+    return words[tag].data();
+}
 
 const _TagLookup* TagLookup::Lookup(const char* name, int length) const {
     return tags.Find(name, length);
