@@ -36,6 +36,7 @@ HEADERS = {
     "compiler/labels.h": 1,
     "compiler/compiler_parser.h": 4,
     "compiler/filter_parser.h": 4,
+    "compiler/block_tables.h": 4,
     "compiler/loop_code.h": 4,
     "backend/opcode_queue.h": 2,
     "backend/file_compiler_parser.h": 5,

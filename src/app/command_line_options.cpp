@@ -1,6 +1,7 @@
 // The options of the compiler: one table, in the order of the usage text.
 
 #include "app/compiler_application.h"
+#include "backend/engine_version.h"
 #include "core/text_words.h"
 #include "extension/external_call.h"
 #include "frontend/parser_types.h"
@@ -13,9 +14,7 @@
 
 namespace {
 
-constexpr const char* program_version = "5.52";
-
-constexpr double oldest_engine_version = 4.0;
+constexpr double oldest_engine_version = file_version_engines[FILE_VERSION_SECOND];
 
 constexpr int FUNCTION_ACCESS_PRIVATE = 2;
 

@@ -8,20 +8,20 @@
 namespace {
 
 // The four tags put what they share into the same elements.
-constexpr int value_element = Element_Of(Tag::Assign, Attribute::Value);
-constexpr int name_element = Element_Of(Tag::Assign, Attribute::Name);
-constexpr int index_element = Element_Of(Tag::Assign, Attribute::Index);
-constexpr int member_element = Element_Of(Tag::Assign, Attribute::Member);
-constexpr int copy_element = Element_Of(Tag::Reference, Attribute::Copy);
-static_assert(Element_Of(Tag::Reference, Attribute::Variable) == value_element &&
-              Element_Of(Tag::Reference, Attribute::Name) == name_element &&
-              Element_Of(Tag::Reference, Attribute::Index) == index_element &&
-              Element_Of(Tag::Reference, Attribute::Member) == member_element);
-static_assert(Element_Of(Tag::Assignarray, Attribute::Value) == value_element &&
-              Element_Of(Tag::Assignarray, Attribute::Name) == name_element);
-static_assert(Element_Of(Tag::Referencearray, Attribute::Variable) == value_element &&
-              Element_Of(Tag::Referencearray, Attribute::Name) == name_element &&
-              Element_Of(Tag::Referencearray, Attribute::Copy) == copy_element);
+constexpr int value_element = element_of<Tag::Assign, Attribute::Value>;
+constexpr int name_element = element_of<Tag::Assign, Attribute::Name>;
+constexpr int index_element = element_of<Tag::Assign, Attribute::Index>;
+constexpr int member_element = element_of<Tag::Assign, Attribute::Member>;
+constexpr int copy_element = element_of<Tag::Reference, Attribute::Copy>;
+static_assert(element_of<Tag::Reference, Attribute::Variable> == value_element &&
+              element_of<Tag::Reference, Attribute::Name> == name_element &&
+              element_of<Tag::Reference, Attribute::Index> == index_element &&
+              element_of<Tag::Reference, Attribute::Member> == member_element);
+static_assert(element_of<Tag::Assignarray, Attribute::Value> == value_element &&
+              element_of<Tag::Assignarray, Attribute::Name> == name_element);
+static_assert(element_of<Tag::Referencearray, Attribute::Variable> == value_element &&
+              element_of<Tag::Referencearray, Attribute::Name> == name_element &&
+              element_of<Tag::Referencearray, Attribute::Copy> == copy_element);
 
 const char* Array_Block_Name(int kind) {
     return Tag_Word(kind == ARRAY_ASSIGN ? Tag::Assignarray : Tag::Referencearray);

@@ -229,22 +229,30 @@ inline constexpr Attribute_Route attribute_routes[] = {
     {Tag::Tarn, -1, -1, Convert::Tag_Error},
 };
 
-// Code that needs a value asks here for its element, by name: what has none does not compile.
-consteval int Element_Of(int tag, int attribute) {
+constexpr int Find_Element(int tag, int attribute) {
     for (const Attribute_Route& route : attribute_routes)
-        if (route.tag == tag && route.attribute == attribute && route.element != -1)
+        if (route.tag == tag && route.attribute == attribute)
             return route.element;
-    throw "the tag has no element for the attribute";
+    return -1;
 }
 
+// Code that needs a value takes its element from here, by name: what has none does not compile.
+template <int tag, int attribute>
+inline constexpr int element_of = [] {
+    constexpr int element = Find_Element(tag, attribute);
+    static_assert(element != -1, "the tag has no element for the attribute");
+    return element;
+}();
+
 // How many elements the attributes of a tag fill, counted up to the last.
-consteval int Elements_Of(int tag) {
+template <int tag>
+inline constexpr int elements_of = [] {
     int count = 0;
     for (const Attribute_Route& route : attribute_routes)
         if (route.tag == tag)
             count = std::max(count, route.element + 1);
     return count;
-}
+}();
 
 // The values of CompilerParser::current_attribute: no attribute, one whose value is dropped, or a route's
 // index plus ATTRIBUTE_FIRST_ROUTE.

@@ -8,20 +8,15 @@
 
 namespace {
 
-constexpr int certfile_element = Element_Of(Tag::Call, Attribute::Certfile);
-constexpr int certvalue_element = Element_Of(Tag::Call, Attribute::Certvalue);
-constexpr int flags_element = Element_Of(Tag::Call, Attribute::Flags);
-constexpr int pin_algorithm_element = Element_Of(Tag::Call, Attribute::Pin_Algorithm);
-constexpr int pin_digest_element = Element_Of(Tag::Call, Attribute::Pin_Digest);
+constexpr int certfile_element = element_of<Tag::Call, Attribute::Certfile>;
+constexpr int certvalue_element = element_of<Tag::Call, Attribute::Certvalue>;
+constexpr int flags_element = element_of<Tag::Call, Attribute::Flags>;
+constexpr int pin_algorithm_element = element_of<Tag::Call, Attribute::Pin_Algorithm>;
+constexpr int pin_digest_element = element_of<Tag::Call, Attribute::Pin_Digest>;
 
 // Operands of the older instructions.
 constexpr int plain_operands = certfile_element;
-constexpr int certificate_operands = Element_Of(Tag::Call, Attribute::Timeout);
-
-constexpr double counted_operands_engine = 5.0;
-constexpr double certvalue_engine = 5.24;
-constexpr double flags_engine = 5.32;
-constexpr double pin_engine = 5.33;
+constexpr int certificate_operands = element_of<Tag::Call, Attribute::Timeout>;
 
 } // namespace
 
@@ -32,15 +27,15 @@ ParserStatus CompilerParser::Generate_Call(int tag) {
     int count = Highest_Set_Element() + 1;
     const int label = Open_Block(&call_stack);
     Queue(OPCODE_SPUSH);
-    ParserStatus status = Engine_Version() >= counted_operands_engine ? Output_Counted_Call(label, count)
-                                                                      : Output_Old_Call(label, count);
+    ParserStatus status = Engine_Version() >= counted_call_engine ? Output_Counted_Call(label, count)
+                                                                  : Output_Old_Call(label, count);
     if (status == PARSER_OK)
         opcode_queue->Queue_Generated_Label(LABEL_START, label);
     return status;
 }
 
 int CompilerParser::Highest_Set_Element() {
-    int element = Elements_Of(Tag::Call) - 1;
+    int element = elements_of<Tag::Call> - 1;
     while (element >= 0 && !attribute_values->Element(element)->Is_Set())
         --element;
     return element;
@@ -66,13 +61,13 @@ ParserStatus CompilerParser::Check_Call_Attributes(int count) {
     if (count > certvalue_element) {
         if (given(certfile_element) && given(certvalue_element))
             return Report<Message::Call_Certificate_Twice>();
-        if (given(certvalue_element) && engine < certvalue_engine)
+        if (given(certvalue_element) && engine < call_certvalue_engine)
             return Report<Message::Call_Certvalue_Version>(Engine_Version_Text());
     }
-    if (count > flags_element && given(flags_element) && engine < flags_engine)
+    if (count > flags_element && given(flags_element) && engine < call_flags_engine)
         return Report<Message::Call_Flags_Version>(Engine_Version_Text());
     if (count > pin_algorithm_element && (given(pin_algorithm_element) || given(pin_digest_element))) {
-        if (engine < pin_engine)
+        if (engine < call_pin_engine)
             return Report<Message::Call_Pin_Version>(Engine_Version_Text());
         if (given(pin_algorithm_element) != given(pin_digest_element))
             return Report<Message::Call_Pin_Incomplete>();

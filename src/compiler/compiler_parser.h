@@ -214,7 +214,7 @@ class CompilerParser : public Parser {
     // The value of an attribute of the tag that is being read.
     template <int tag, int attribute>
     AttributeValue* Value() const {
-        return attribute_values->Element(Element_Of(tag, attribute));
+        return attribute_values->Element(element_of<tag, attribute>);
     }
     template <int tag, int attribute>
     bool Is_Given() const {

@@ -18,7 +18,7 @@ bool CompilerParser::Inside_False_Block() {
     return innermost && !innermost->generating;
 }
 
-static_assert(Element_Of(Tag::Ifdef, Attribute::Name) == Element_Of(Tag::Ifndef, Attribute::Name));
+static_assert(element_of<Tag::Ifdef, Attribute::Name> == element_of<Tag::Ifndef, Attribute::Name>);
 
 ParserStatus CompilerParser::Process_IFDEF(int tag) {
     bool negated = tag == Tag::Ifndef;

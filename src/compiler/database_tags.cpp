@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr int rows_element = Element_Of(Tag::Skip, Attribute::Rows);
-static_assert(Element_Of(Tag::Go, Attribute::Row) == rows_element);
+constexpr int rows_element = element_of<Tag::Skip, Attribute::Rows>;
+static_assert(element_of<Tag::Go, Attribute::Row> == rows_element);
 
 } // namespace
 
@@ -22,7 +22,7 @@ ParserStatus CompilerParser::Generate_Open(int tag) {
     if (attribute_values->Check_Complete(Required_Slots(tag)))
         return Report<Message::Open_Requires_Name>();
     if (!Is_Given<Tag::Open, Attribute::Flags>()) {
-        Output_Database_Command(Element_Of(Tag::Open, Attribute::Flags), OPCODE_DBOPEN);
+        Output_Database_Command(element_of<Tag::Open, Attribute::Flags>, OPCODE_DBOPEN);
         return PARSER_OK;
     }
     Output_Database_Command(Slots(tag), OPCODE_DBOPENF);
@@ -66,13 +66,13 @@ ParserStatus CompilerParser::Generate_Makeindex(int) {
         status = filter_status;
     if (status != PARSER_OK)
         return status;
-    Output_Database_Command(Element_Of(Tag::Makeindex, Attribute::Expression_Type), OPCODE_DBMAKEINDEX);
+    Output_Database_Command(element_of<Tag::Makeindex, Attribute::Expression_Type>, OPCODE_DBMAKEINDEX);
     return PARSER_OK;
 }
 
 ParserStatus CompilerParser::Generate_Create(int tag) {
     ParserStatus status = PARSER_OK;
-    if (attribute_values->Check_Complete(Element_Of(Tag::Create, Attribute::Type)))
+    if (attribute_values->Check_Complete(element_of<Tag::Create, Attribute::Type>))
         status = Report<Message::Create_Requires_Name>();
     if (!Is_Given<Tag::Create, Attribute::Fields>())
         status = Report<Message::Create_Requires_Fields>();

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int errormessage_element = Element_Of(Tag::Tarn, Attribute::Errormessage);
+constexpr int errormessage_element = element_of<Tag::Tarn, Attribute::Errormessage>;
 
 } // namespace
 

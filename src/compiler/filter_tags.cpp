@@ -52,7 +52,7 @@ ParserStatus CompilerParser::Generate_Filter(int) {
     }
     if (length == 0)
         filter->Reset();
-    attribute_values->Output(Element_Of(Tag::Filter, Attribute::Filter_Type), 0);
+    attribute_values->Output(element_of<Tag::Filter, Attribute::Filter_Type>, 0);
     Queue(OPCODE_DBFILTER);
     return PARSER_OK;
 }

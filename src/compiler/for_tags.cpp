@@ -4,12 +4,12 @@
 
 namespace {
 
-constexpr int index_element = Element_Of(Tag::For, Attribute::Index);
-constexpr int first_element = Element_Of(Tag::For, Attribute::First);
-constexpr int next_element = Element_Of(Tag::For, Attribute::Next);
-constexpr int last_element = Element_Of(Tag::For, Attribute::Last);
-constexpr int count_element = Element_Of(Tag::For, Attribute::Count);
-constexpr int expression_element = Element_Of(Tag::For, Attribute::Expression);
+constexpr int index_element = element_of<Tag::For, Attribute::Index>;
+constexpr int first_element = element_of<Tag::For, Attribute::First>;
+constexpr int next_element = element_of<Tag::For, Attribute::Next>;
+constexpr int last_element = element_of<Tag::For, Attribute::Last>;
+constexpr int count_element = element_of<Tag::For, Attribute::Count>;
+constexpr int expression_element = element_of<Tag::For, Attribute::Expression>;
 
 } // namespace
 

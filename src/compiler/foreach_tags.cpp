@@ -6,15 +6,13 @@
 
 namespace {
 
-constexpr int iterator_element = Element_Of(Tag::Foreach, Attribute::Iterator);
-constexpr int array_element = Element_Of(Tag::Foreach, Attribute::Array);
-constexpr int first_element = Element_Of(Tag::Foreach, Attribute::First);
-constexpr int next_element = Element_Of(Tag::Foreach, Attribute::Next);
-constexpr int last_element = Element_Of(Tag::Foreach, Attribute::Last);
-constexpr int index_element = Element_Of(Tag::Foreach, Attribute::Index);
-constexpr int count_element = Element_Of(Tag::Foreach, Attribute::Count);
-
-constexpr double array_walk_engine = 5.07; // the first with tarn_array_min and tarn_array_next
+constexpr int iterator_element = element_of<Tag::Foreach, Attribute::Iterator>;
+constexpr int array_element = element_of<Tag::Foreach, Attribute::Array>;
+constexpr int first_element = element_of<Tag::Foreach, Attribute::First>;
+constexpr int next_element = element_of<Tag::Foreach, Attribute::Next>;
+constexpr int last_element = element_of<Tag::Foreach, Attribute::Last>;
+constexpr int index_element = element_of<Tag::Foreach, Attribute::Index>;
+constexpr int count_element = element_of<Tag::Foreach, Attribute::Count>;
 
 // The scratch variables of one block.
 class Foreach_Code : public Loop_Code {

@@ -228,5 +228,5 @@ ParserStatus CompilerParser::Output_Do_Call(AttributeValue* value, AttributeValu
         Queue(OPCODE_POP);
         return PARSER_OK;
     }
-    return attribute_values->Output_Assignment(-1, Element_Of(Tag::Do, Attribute::Name), -1, -1, nullptr, 0);
+    return attribute_values->Output_Assignment(-1, element_of<Tag::Do, Attribute::Name>, -1, -1, nullptr, 0);
 }

@@ -90,10 +90,10 @@ ParserStatus CompilerParser::Check_Token_Placement(int tag) {
 
 // Stores like TnASSIGN, with an index and a member too when the tag around it has left values there.
 ParserStatus CompilerParser::Generate_Localized_Token(int) {
-    constexpr int value = Element_Of(Tag::Localized_Token, Attribute::Value);
-    constexpr int name = Element_Of(Tag::Localized_Token, Attribute::Name);
-    constexpr int index = Element_Of(Tag::Assign, Attribute::Index);
-    constexpr int member = Element_Of(Tag::Assign, Attribute::Member);
+    constexpr int value = element_of<Tag::Localized_Token, Attribute::Value>;
+    constexpr int name = element_of<Tag::Localized_Token, Attribute::Name>;
+    constexpr int index = element_of<Tag::Assign, Attribute::Index>;
+    constexpr int member = element_of<Tag::Assign, Attribute::Member>;
     return attribute_values->Output_Assignment(value, name, index, member, nullptr, 0);
 }
 
@@ -106,7 +106,7 @@ ParserStatus CompilerParser::Close_Localized(int) {
     ParserStatus status = PARSER_OK;
     if (Is_Given<Tag::Localized, Attribute::Name>()) {
         Queue(OPCODE_LOCALIZEV, ident);
-        status = attribute_values->Output_Assignment(-1, Element_Of(Tag::Localized, Attribute::Name), -1, -1,
+        status = attribute_values->Output_Assignment(-1, element_of<Tag::Localized, Attribute::Name>, -1, -1,
                                                      nullptr, 0);
     } else {
         Queue(OPCODE_LOCALIZE, ident);

@@ -10,7 +10,7 @@
 namespace {
 
 // The operands without a filter, and the filter.
-constexpr int filter_element = Element_Of(Tag::Import, Attribute::Filter);
+constexpr int filter_element = element_of<Tag::Import, Attribute::Filter>;
 
 } // namespace
 

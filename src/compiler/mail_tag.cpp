@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int port_element = Element_Of(Tag::Smtp, Attribute::Port);
+constexpr int port_element = element_of<Tag::Smtp, Attribute::Port>;
 constexpr int plain_operands = port_element; // those ahead of it
 
 // The target may be older than the counted form and the running engine newer: both are written, and the
