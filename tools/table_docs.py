@@ -70,7 +70,7 @@ def tags():
         for row in rows("src/frontend/attributes.def", kind):
             attributes.setdefault(row[0], []).append(c_text(row[-1]).upper())
     routes = {}
-    text = (ROOT / "src/compiler/attribute_routes.cpp").read_text(encoding="utf-8")
+    text = (ROOT / "src/compiler/attribute_routes.h").read_text(encoding="utf-8")
     for tag, attribute in re.findall(r"\{Tag::(\w+), Attribute::(\w+),", text):
         routes.setdefault(tag, []).append("/".join(attributes[attribute]))
     routes["Tarn"].append("the name of a tag and `_ERROR`")

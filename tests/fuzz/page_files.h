@@ -40,6 +40,12 @@ class Page_File : public File {
         return comes_back;
     }
     bool Deactivate() override { return true; }
+    bool Stat(struct stat* status) override {
+        *status = {};
+        status->st_mode = S_IFREG;
+        status->st_size = Length();
+        return true;
+    }
 
   private:
     std::string_view text;
