@@ -67,6 +67,9 @@ TEST_F(VariableHashImageTest, Damaged_Table_Is_Refused) {
                     {"variable_hash_bucket.index out of range", {{7, 1, 2}, {7, -1, 2}}}});
     EXPECT_FALSE(Load(table, {"vars", Patch{3, 0x7ffffff}(Table(0).second)})); // more than the file has
     EXPECT_EQ(Look(table, "max"), "-");
+    const std::string bytes = Table(0).second;
+    ASSERT_TRUE(Load(table, {"vars", Patch{25, 9}(bytes)})); // a link to no slot ends its chain
+    EXPECT_EQ(Saved(table), Image({{"vars", Patch{25, -1}(bytes)}}));
 }
 
 // Heads, links and ids that point anywhere: whatever is read, searches end and stay inside.

@@ -122,6 +122,9 @@ TEST_F(VariableHashTest, Copies_Share_Names_Not_Variables) {
     EXPECT_EQ(Text(*clone.Index(0, 0)), "4");
     clone.Pop();
     EXPECT_EQ(Look(clone, "a"), "1");
+    _VH_Entry* entry = nullptr;
+    EXPECT_EQ(clone.Seek(-1, "a", -1, &entry), 0);
+    EXPECT_EQ(entry->version, -1); // as before the scope: that of a copy
     table.SetVariable("b", 1, "3", 1);
     EXPECT_EQ(Look(*std::make_unique<ClonedVariableHash>(nullptr, table.dictionary(), table, true), "b"),
               "3");
