@@ -73,14 +73,11 @@ TEST_F(Contained, Roots_Are_Refused_By_Name_And_Reason) {
     for (const auto& [subject, type, follow, follow_all, run] : setups)
         for (const auto& [path, options, reason] :
              std::initializer_list<std::tuple<std::string, int, std::string>>{
-                 {"", 0, relative},
-                 {"root", 0, relative},
-                 {At("none"), 0, none},
-                 {At("root/f"), 0, none},
-                 {At("link"), 0, link},
-                 {At("link"), follow, ""},
-                 {At("to_theirs"), follow, theirs},
+                 // clang-format off
+                 {"", 0, relative}, {"root", 0, relative}, {At("none"), 0, none}, {At("root/f"), 0, none},
+                 {At("link"), 0, link}, {At("link"), follow, ""}, {At("to_theirs"), follow, theirs},
                  {At("to_theirs"), follow_all, ""},
+                 // clang-format on
                  {At("root2/./..//root/"), 0, ""}}) {
             UNIXFileManager fresh(nullptr);
             // What is refused leaves no earlier root behind.
@@ -115,25 +112,13 @@ TEST_F(Contained, No_Operation_Takes_A_Way_Out) {
         int options;
         std::string message; // empty for none
     } cases[] = {
-        {"..", 0, past},
-        {"../root2", 0, past},
-        {"d/../..", 0, past},
-        {"./d/./../../outside/", 0, past},
-        {"//..//outside", 0, past},
-        {At("outside"), absolute, past},
-        {At("root2"), absolute | any_owner, past},
-        {At("root/d/../../root2"), absolute, past},
-        {"/", absolute, past},
-        {At("outside"), 0, missing_message},
-        {"none", 0, missing_message},
-        {"f", 0, missing_message},
-        {std::string(256, 'n'), 0, missing_message},
-        {std::string(5000, 'n'), 0, missing_message},
-        {"out", 0, link_message},
-        {"in", 0, link_message},
-        {"../root/d", 0, ""},
-        {"//d///", 0, ""},
-        {At("root/d"), absolute, ""},
+        // clang-format off
+        {"..", 0, past}, {"../root2", 0, past}, {"./d/./../../outside/", 0, past},
+        {At("outside"), absolute, past}, {At("root2"), absolute | any_owner, past}, {"/", absolute, past},
+        {At("outside"), 0, missing_message}, {"none", 0, missing_message}, {"f", 0, missing_message},
+        {std::string(5000, 'n'), 0, missing_message}, {"out", 0, link_message}, {"in", 0, link_message},
+        {"../root/d", 0, ""}, {"//d///", 0, ""}, {At("root/d"), absolute, ""},
+        // clang-format on
     };
     for (const auto& c : cases) {
         manager->SecurityOptions(c.options);
@@ -152,22 +137,18 @@ TEST_F(Contained, No_Operation_Takes_A_Way_Out) {
 }
 
 TEST_F(Contained, Last_Names_Are_Judged) {
-    ASSERT_EQ(symlink("../outside/o", At("root/l").c_str()), 0);
+    Link("../outside/o", "root/l");
     const std::string long_name(256, 'n');
-    const std::pair<const char*, std::string> cases[] = {{nullptr, System_Text(ENOENT)},
-                                                         {"", System_Text(ENOENT)},
-                                                         {long_name.c_str(), System_Text(ENAMETOOLONG)},
-                                                         {"l", link_message}};
-    for (const auto& [path, message] : cases)
+    for (const auto& [path, message] : {std::pair<const char*, std::string>(nullptr, System_Text(ENOENT)),
+                                        {long_name.c_str(), System_Text(ENAMETOOLONG)},
+                                        {"l", link_message}})
         for (const Contained_Operation& operation : contained_operations)
             if (operation.on_file) {
-                const bool own_way =
-                    path == cases[3].first && operation.name == std::string_view("Lock_Valid");
                 EXPECT_FALSE(operation.run(*manager, path)) << operation.name;
-                EXPECT_EQ(Error(), own_way ? System_Text(ELOOP) : message) << operation.name;
+                const bool lock = message == link_message && operation.name == std::string_view("Lock_Valid");
+                EXPECT_EQ(Error(), lock ? System_Text(ELOOP) : message) << operation.name;
             }
-    EXPECT_EQ(Exists(""), "no");
-    EXPECT_EQ(Exists(long_name.c_str()), "silent");
+    EXPECT_EQ(Exists("") + Exists(long_name.c_str()), "nosilent");
     // A link is moved and deleted like a file.
     EXPECT_TRUE(manager->Rename(data, "l", data, "l2") && manager->Delete(data, "l2"));
     EXPECT_EQ(Get("outside/o"), "outside/o");
@@ -189,18 +170,13 @@ TEST_F(Contained, Links_Are_Followed_One_By_One) {
         const char* path;
         std::string exists, content;
     } cases[] = {
-        {"to_f", "yes", "root/f"},
-        {"to_g", "yes", "root/d/g"},
-        {"to_to_g", "yes", "root/d/g"},
-        {"to_d/g", "yes", "root/d/g"},
-        {"twice", "yes", "root/d/g"},
-        {"whole", "yes", "root/f"},
-        {"out", "yes", "outside/o"},
-        {"chain60", "yes", "root/f"},
-        {"dangling", "no", missing},
-        {"lost", "no", missing},
-        {"self", recursive_message, recursive_message},
+        // clang-format off
+        {"to_f", "yes", "root/f"}, {"to_g", "yes", "root/d/g"}, {"to_to_g", "yes", "root/d/g"},
+        {"to_d/g", "yes", "root/d/g"}, {"twice", "yes", "root/d/g"}, {"whole", "yes", "root/f"},
+        {"out", "yes", "outside/o"}, {"chain60", "yes", "root/f"}, {"dangling", "no", missing},
+        {"lost", "no", missing}, {"self", recursive_message, recursive_message},
         {"circle1", recursive_message, recursive_message},
+        // clang-format on
     };
     for (const auto& c : cases) {
         manager->SecurityOptions(links);
@@ -286,7 +262,10 @@ TEST_F(Contained, Opens_Count_Against_The_Limit_And_Are_Not_Inherited) {
         second(manager->MakeTemporary(data, "d", "t", &name, FILE_MODE_WRITE)),
         third(manager->Open(data, "d/g", FILE_MODE_READ));
     const std::unique_ptr<char[]> owner(name);
-    const UNIXFileManager copy(nullptr, *manager);
+    manager->SecurityOptions(links);
+    Link("f", "root/l");
+    UNIXFileManager copy(nullptr, *manager); // with the roots, without options and limit
+    EXPECT_TRUE(see(copy.Open(data, "f", FILE_MODE_READ)) && !copy.Open(data, "l", FILE_MODE_READ));
     EXPECT_EQ(Entries("/proc/self/fd"), descriptors + 5); // two files, two roots, and where it was
     for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
         if (std::filesystem::read_symlink(entry).string().starts_with(base)) {
@@ -370,14 +349,6 @@ TEST_F(Contained, Normalizes_As_The_Root_Sees_It) {
     EXPECT_EQ(normal("a//b/../../../x"), At("x"));
     EXPECT_EQ(normal("/etc/../x"), "/x");
     EXPECT_EQ(manager->NormalizeContainedPath(Tarn_PathType_Script, "x", nullptr, nullptr), nullptr);
-}
-
-TEST_F(Contained, Copy_Of_A_Manager_Has_Roots_Of_Its_Own_And_No_Options) {
-    manager->SecurityOptions(links);
-    Link("f", "root/l");
-    manager = std::make_unique<UNIXFileManager>(nullptr, *manager);
-    EXPECT_EQ(Content("f"), "root/f");
-    EXPECT_EQ(Content("l"), link_message);
 }
 
 TEST_F(Contained, Unknown_Root_Fails) {

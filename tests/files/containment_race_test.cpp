@@ -11,7 +11,7 @@ namespace {
 
 // Below the root, a file and a directory change places with a stranger's links out of it to own targets, and
 // with each other, while every contained operation is tried. Nothing outside may be changed, and nothing of
-// it may be seen. RACE_SWAPS in the environment makes it long.
+// it may be seen. RACE_TRIES in the environment makes it long.
 class Containment_Race : public File_Tree {
   protected:
     void SetUp() override {
@@ -56,12 +56,12 @@ class Containment_Race : public File_Tree {
         racer.SecurityOptions(options);
         const Descriptor root(open_path(".", O_RDONLY)), own(open_path("d", O_RDONLY));
         const std::string before = Outside();
-        const char* const wanted = getenv("RACE_SWAPS");
-        const int last_swap = wanted ? atoi(wanted) : 150000;
+        const char* const wanted = getenv("RACE_TRIES");
+        const int least = wanted ? atoi(wanted) : 70000;
         std::atomic<int> swaps = 0;
         std::jthread other(Exchange, root.get(), std::ref(swaps));
         int done = 0, tries = 0;
-        for (; swaps < last_swap; tries++) {
+        for (; swaps < least || tries < least; tries++) {
             const Contained_Operation& operation =
                 contained_operations[tries % std::size(contained_operations)];
             const bool on_file = operation.on_file && tries / std::size(contained_operations) % 2;

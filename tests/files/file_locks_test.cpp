@@ -53,24 +53,17 @@ TEST_F(File_Locks, Are_Judged_By_Holder_Or_Age) {
         std::string content;
         int age, expiration, state;
     } cases[] = {
-        {own + "!1:here", 100, 60, FILE_LOCK_OWN},
-        {own + "!0:here", 0, 60, FILE_LOCK_OWN},
-        {own + ":here", 0, 60, FILE_LOCK_OWN},
-        {own + "!7:here", 100, 60, FILE_LOCK_VALID},
-        {dead + "!1:here", 0, 60, FILE_LOCK_STALE},
-        {dead + ":here", 0, 0, FILE_LOCK_STALE},
-        {"1!1:here", 100, 60, FILE_LOCK_VALID},
-        {own + "!1:there", 30, 60, FILE_LOCK_VALID},
-        {own + "!1:there", 60, 60, FILE_LOCK_STALE},
-        {own + "!1:there", 1000000, 0, FILE_LOCK_VALID},
-        {own + "!1:here\n", 60, 60, FILE_LOCK_STALE},
-        {"0!0:here", 60, 60, FILE_LOCK_STALE},
-        {"-1!1:here", 0, 60, FILE_LOCK_VALID},
-        {"4294967297!1:here", 0, 60, FILE_LOCK_VALID},
-        {"99999999999999999999!1:here", 60, 60, FILE_LOCK_STALE},
-        {"", 0, 60, FILE_LOCK_VALID},
-        {own, 60, 60, FILE_LOCK_STALE},
-        {std::string(5000, ':'), 60, 60, FILE_LOCK_STALE},
+        // clang-format off
+        {own + "!1:here", 100, 60, FILE_LOCK_OWN}, {own + "!0:here", 0, 60, FILE_LOCK_OWN},
+        {own + ":here", 0, 60, FILE_LOCK_OWN}, {own + "!7:here", 100, 60, FILE_LOCK_VALID},
+        {dead + "!1:here", 0, 60, FILE_LOCK_STALE}, {dead + ":here", 0, 0, FILE_LOCK_STALE},
+        {"1!1:here", 100, 60, FILE_LOCK_VALID}, {own + "!1:there", 30, 60, FILE_LOCK_VALID},
+        {own + "!1:there", 60, 60, FILE_LOCK_STALE}, {own + "!1:there", 1000000, 0, FILE_LOCK_VALID},
+        {own + "!1:here\n", 60, 60, FILE_LOCK_STALE}, {"0!0:here", 60, 60, FILE_LOCK_STALE},
+        {"-1!1:here", 0, 60, FILE_LOCK_VALID}, {"4294967297!1:here", 0, 60, FILE_LOCK_VALID},
+        {"99999999999999999999!1:here", 60, 60, FILE_LOCK_STALE}, {"", 0, 60, FILE_LOCK_VALID},
+        {own, 60, 60, FILE_LOCK_STALE}, {std::string(5000, ':'), 60, 60, FILE_LOCK_STALE},
+        // clang-format on
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.content);

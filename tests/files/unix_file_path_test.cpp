@@ -55,18 +55,13 @@ TEST(UNIXFilePath, Is_Compared_By_Whole_Elements) {
         const char *path, *other;
         bool contains, matches; // but for the last element
     } cases[] = {
-        {"/srv/data", "/srv/data", true, true},
-        {"/srv/data", "/srv/data/x", true, false},
-        {"/srv/data", "/srv/data2", false, true},
-        {"/srv/data", "/srv/data2/x", false, false},
-        {"/srv/data", "/srv", false, false},
-        {"/srv/data", "/srv/data/../x", false, true},
-        {"/srv/data", "/srv/a/../data/x", true, false},
-        {"/", "/x", true, false},
-        {"/", "x", false, true},
-        {".", "x", true, false},
-        {"a", "/a", false, false},
-        {"x/b", "y/b", false, false},
+        // clang-format off
+        {"/srv/data", "/srv/data", true, true}, {"/srv/data", "/srv/data/x", true, false},
+        {"/srv/data", "/srv/data2", false, true}, {"/srv/data", "/srv/data2/x", false, false},
+        {"/srv/data", "/srv", false, false}, {"/srv/data", "/srv/data/../x", false, true},
+        {"/srv/data", "/srv/a/../data/x", true, false}, {"/", "/x", true, false}, {"/", "x", false, true},
+        {".", "x", true, false}, {"a", "/a", false, false}, {"x/b", "y/b", false, false},
+        // clang-format on
     };
     for (const auto& c : cases) {
         UNIXFilePath path(c.path), other(c.other);

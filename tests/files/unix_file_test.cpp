@@ -34,12 +34,11 @@ TEST_F(Open_File, Modes_Decide_What_May_Be_Done) {
         bool reads, writes;
         const char* text; // of the file, after an attempt to write "xy"
     } cases[] = {
-        {0, true, false, "abc"},
-        {FILE_MODE_READ, true, false, "abc"},
-        {FILE_MODE_WRITE, false, true, "xyc"},
-        {both, true, true, "xyc"},
-        {FILE_MODE_WRITE | FILE_MODE_APPEND, false, true, "abcxy"},
+        // clang-format off
+        {0, true, false, "abc"}, {FILE_MODE_READ, true, false, "abc"}, {FILE_MODE_WRITE, false, true, "xyc"},
+        {both, true, true, "xyc"}, {FILE_MODE_WRITE | FILE_MODE_APPEND, false, true, "abcxy"},
         {FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE, false, true, "xy"},
+        // clang-format on
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.mode);
