@@ -16,8 +16,9 @@ ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
 } // namespace
 
 // Calls are checked in source order. A later call of an undefined function is checked against the count that
-// the record before it left behind. Counts are compared unless something else than a mismatch was the first
-// fault.
+// the record before it left behind. Counts are compared as long as nothing is wrong, and from the first
+// mismatch on to the end. When the first fault is another one, of the file or an undefined function, no count
+// is compared behind it.
 ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
     int expected = 0;
     bool mismatched = false;

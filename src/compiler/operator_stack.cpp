@@ -146,7 +146,9 @@ int CompilerParser::Member_Opcode() {
     return Needs_Writable_Access() ? OPCODE_MEMB : OPCODE_MEMB_RO;
 }
 
-// An element and its index leave one value, and the aggregate alone was counted: the index is not.
+// Of an access like a[i], the aggregate was counted as a value of the subexpression around the bracket, and
+// the index in the bracket's own statistic, which goes here. The instruction takes both and leaves one
+// element, so the count around the bracket is right as it stands.
 ParserStatus CompilerParser::Expression_Operator_Close_Elem(int flags) {
     if (!subexpressions.Top())
         return Report<Message::Bracket_Unopened>();

@@ -162,7 +162,9 @@ ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, in
     return status == PARSER_OK ? placement : status;
 }
 
-// A self-closing tag ends twice, and a closing tag ends too: both find no tag to be read.
+// The scanner tells the end of a self-closing tag at its / and again at its >, and it tells the > of a
+// closing tag too. The first end of a tag takes it out of current_tag, as a closing tag does at its start, so
+// that the end that follows finds none and does nothing.
 ParserStatus CompilerParser::End_Of_Tag(int) {
     ParserStatus status = PARSER_OK;
     if (current_tag >= 0 && current_tag < static_cast<int>(std::size(tag_actions))) {

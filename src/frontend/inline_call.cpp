@@ -20,7 +20,8 @@ class ExpressionParser::Inline_Calls {
     Inline_Calls(ExpressionParser& expression, Tokenizer* tokenizer, ParserState* state)
         : expression(expression), parser(*expression.parser), tokenizer(*tokenizer), state(state) {}
 
-    ParserStatus Read(int depth);
+    // Reads the call whose file expression has just been scanned, and all calls among its arguments.
+    ParserStatus Read_Calls(int depth);
 
   private:
     struct Call {
@@ -30,15 +31,15 @@ class ExpressionParser::Inline_Calls {
         int depth; // number of the next scratch variable
     };
 
-    ParserStatus Open(int depth);
-    ParserStatus Read_Argument();
+    ParserStatus Open_Call(int depth);
+    ParserStatus Read_Argument_Token();
     ParserStatus Read_String(const char* quote, int length);
     ParserStatus Read_Close_Parenthesis();
     ParserStatus Read_Open_Bracket(const char* sign);
     ParserStatus Read_Close_Bracket(const char* sign);
     ParserStatus Open_Nested(const char* bracket_end);
     ParserStatus Scan_File_Expression(const char* bracket_end);
-    void Close();
+    void Close_Call();
     void Store_Result();
 
     Tokenizer_TokenType Read_Token(const char** token, int& length);
@@ -54,25 +55,27 @@ class ExpressionParser::Inline_Calls {
     std::vector<Call> calls;
     std::vector<int> open_brackets; // their places in the text
     const char* bracket = nullptr;  // the last open one in the source, null when none is noted
-    int bracket_length = 0; // of the source from it on, less the parentheses: what is scanned relies on that
+    // Of the source from it on, without counting the parentheses among it. The file expression is scanned to
+    // this length, and so loses as many bytes at its end as it has parentheses; sources rely on that.
+    int bracket_length = 0;
 };
 
 ParserStatus ExpressionParser::Parse_Funcdo(Tokenizer* tokenizer, int depth, ParserState* state) {
-    return Inline_Calls(*this, tokenizer, state).Read(depth);
+    return Inline_Calls(*this, tokenizer, state).Read_Calls(depth);
 }
 
 // A failure ends all calls, but those around the one that failed store its result all the same.
-ParserStatus ExpressionParser::Inline_Calls::Read(int depth) {
-    ParserStatus status = Open(depth);
+ParserStatus ExpressionParser::Inline_Calls::Read_Calls(int depth) {
+    ParserStatus status = Open_Call(depth);
     while (status == PARSER_OK && !calls.empty())
-        status = Read_Argument();
+        status = Read_Argument_Token();
     while (!calls.empty())
-        Close();
+        Close_Call();
     return status;
 }
 
-// Reads up to the opening parenthesis.
-ParserStatus ExpressionParser::Inline_Calls::Open(int depth) {
+// Reads the name of a call, behind the ] that ends its file expression and up to its opening parenthesis.
+ParserStatus ExpressionParser::Inline_Calls::Open_Call(int depth) {
     calls.push_back({text.length(), open_brackets.size(), 1, depth});
     bracket = nullptr;
     const char* token;
@@ -97,7 +100,7 @@ Tokenizer_TokenType ExpressionParser::Inline_Calls::Read_Token(const char** toke
     return type == TOKEN_RBRACE || type == TOKEN_EOF ? type : tokenizer.Get_Next_Token(token, length);
 }
 
-ParserStatus ExpressionParser::Inline_Calls::Read_Argument() {
+ParserStatus ExpressionParser::Inline_Calls::Read_Argument_Token() {
     const char* token;
     int length;
     switch (Read_Token(&token, length)) {
@@ -147,7 +150,7 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Close_Parenthesis() {
         return PARSER_OK;
     ParserStatus status = parser.Expression_StartFunctionCall(text.text() + call.text_start,
                                                               text.length() - call.text_start, 1);
-    Close();
+    Close_Call();
     return status;
 }
 
@@ -187,7 +190,7 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end
     int depth = calls.back().depth++;
     text += "l.";
     text += Scratch_Name(depth);
-    return Open(depth + 1);
+    return Open_Call(depth + 1);
 }
 
 ParserStatus ExpressionParser::Inline_Calls::Scan_File_Expression(const char* bracket_end) {
@@ -213,7 +216,7 @@ ParserStatus ExpressionParser::Inline_Calls::Scan_File_Expression(const char* br
 }
 
 // Ends the innermost call; the one around it goes on behind it.
-void ExpressionParser::Inline_Calls::Close() {
+void ExpressionParser::Inline_Calls::Close_Call() {
     text.truncate(static_cast<unsigned>(calls.back().text_start));
     open_brackets.resize(calls.back().first_bracket);
     calls.pop_back();

@@ -137,8 +137,8 @@ void Parser::End_Of_Text(Scan& scan) {
         state = STATE_DONE;
 }
 
-// What is pending is a slice of the file that is left, and goes with it: an error may have left the tag of the
-// include open, so that another tag, whose text is pending, ended it.
+// What is pending is a slice of the file that is left, and goes with it: an error may have left the tag of
+// the include open, so that another tag, whose text is pending, ended it.
 void Parser::Drop_Pending() {
     pending_text = value_text = nullptr;
     pending_length = value_length = 0;
