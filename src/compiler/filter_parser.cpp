@@ -37,6 +37,11 @@ ParserStatus FilterParser::End_Of_File(ParserStatus status) {
     return status;
 }
 
+// Nothing is written that needs a number.
+int FilterParser::Find_Variable_Ident(const char*, int, Variable_Scope) {
+    return 0;
+}
+
 ParserStatus FilterParser::Unknown_Common(const char*, int, int) {
     return PARSER_OK;
 }

@@ -19,6 +19,7 @@ class FilterParser : public CompilerParser {
     ParserStatus Expression_StartFunctionCall(const char* name, int length, int dynamic) override;
     ParserStatus Expression_StringLiteral(const char* text, int length) override;
     ParserStatus End_Of_File(ParserStatus status) override;
+    int Find_Variable_Ident(const char* name, int length, Variable_Scope scope) override;
     void Output_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                      int by_reference) override;
     void Output_Assembly(const char* text, int length) override;

@@ -4,21 +4,24 @@
 #include "backend/opcode_queue.h"
 #include "compiler/compiler_parser.h"
 
-// The callee has its own position: behind the call the caller's is restored.
+#include <memory>
+
+// The callee has its own position: behind the call the caller's is restored. A call in code that goes nowhere
+// leaves no record, nor does one in the text of a filter, where nothing is resolved.
 ParserStatus CompilerParser::Output_Pending_Call() {
     if (!open_calls.Top())
         return Report<Message::Internal_Call_Without_Function>();
-    Function_Resolution_Info* call = open_calls.Pop();
-    ParserStatus status = PARSER_OK;
-    if (Generating()) {
-        if (application)
-            status = Record_Call(call);
-        opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
-        Queue_Source_File();
-        Queue(OPCODE_LINENO, Linenumber());
-        call_list.Insert(call, LIST_LAST);
+    std::unique_ptr<Function_Resolution_Info> call(open_calls.Pop());
+    if (!Generating())
+        return PARSER_OK;
+    ParserStatus status = application ? Record_Call(call.get()) : PARSER_OK;
+    opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
+    Queue_Source_File();
+    Queue(OPCODE_LINENO, Linenumber());
+    if (application) {
+        call_list.Insert(call.get(), LIST_LAST);
+        referenced_functions.Insert(call.release());
     }
-    referenced_functions.Insert(call);
     return status;
 }
 
