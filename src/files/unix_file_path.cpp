@@ -42,6 +42,8 @@ UNIXFilePath::UNIXFilePath(UNIXFilePath& other)
     : UNIXFilePath(other.Collapsed_Path(nullptr, nullptr), false) {
 }
 
+UNIXFilePath::~UNIXFilePath() = default;
+
 void UNIXFilePath::Parse() {
     collapsed.reset();
     collapsed_count = 0;

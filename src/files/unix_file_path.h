@@ -24,6 +24,7 @@ class UNIXFilePath {
     // The other's collapsed path.
     UNIXFilePath(UNIXFilePath& other);
     UNIXFilePath& operator=(const UNIXFilePath&) = delete;
+    ~UNIXFilePath();
 
     void Parse();
     void Collapse();
