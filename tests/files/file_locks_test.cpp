@@ -117,6 +117,7 @@ TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
         flock(breaker.get(), LOCK_UN);
     };
     EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
+    EXPECT_FALSE(application.while_waiting) << "it was removed under the eyes of the other";
 }
 
 TEST_F(File_Locks, Are_As_Old_As_Their_Holding) {
