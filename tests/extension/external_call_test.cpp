@@ -64,6 +64,10 @@ TEST_F(ExternalCallTest, Functions_Are_Found_In_Any_Case_And_The_First_Of_Its_Na
     for (int count = 0; count < 40; ++count)
         ASSERT_TRUE(later.RegisterDSO(whole_library_path));
     EXPECT_EQ(later.Lookup_External("keeper", -1), nullptr);
+    const _TN_EL_Function shadowed[] = {{"keeper", 6, 2, nullptr, nullptr}, {}};
+    const _TN_EL_Descriptor second = {nullptr, shadowed};
+    Value<const void*>("answer") = &second;
+    ASSERT_TRUE(calls.RegisterDSO(whole_library_path));
     Value<const void*>("answer") = &Value<char>("whole");
     ExternalCallManager copy(&libraries, later); // registers anew
     for (ExternalCallManager* const manager : {&calls, &copy}) {

@@ -27,6 +27,8 @@ class SegmentTest : public ImageTest {
             EXPECT_EQ((segment.*read)(offset, &found), offset + width);
             EXPECT_EQ(found, number);
         }
+        EXPECT_EQ((segment.*read)(8193 - width, &found), 8193);
+        EXPECT_EQ(found, number); // one that crossed the room of that time
     }
     std::string Listing(const std::string& code, const char* expression, int length) {
         Segment segment(1);
