@@ -5,8 +5,9 @@
 #include <new>
 #include <utility>
 
-// The memory of small objects that come and go by the token: what is given back is kept for the next one. A
-// class has it for its objects by an operator new and an operator delete of its own:
+// The memory of small objects that come and go by the token: it is taken from the system in blocks of many,
+// and what is given back is kept for the next object. A class has it by an operator new and an operator
+// delete of its own:
 //
 //     static void* operator new(std::size_t) { return Recycled_Memory<Operator>::Take(); }
 //     static void operator delete(void* memory) { Recycled_Memory<Operator>::Give_Back(memory); }
@@ -19,18 +20,29 @@
 template <class T>
 class Recycled_Memory {
   public:
-    static void* Take() { return kept ? std::exchange(kept, kept->next) : ::operator new(sizeof(Block)); }
+    static void* Take() {
+        if (!kept)
+            Take_Block();
+        return std::exchange(kept, kept->next);
+    }
     static void Give_Back(void* memory) {
         if (memory)
-            kept = ::new (memory) Block{kept};
+            kept = ::new (memory) Cell{kept};
     }
 
   private:
-    union Block {
-        Block* next;
+    union Cell {
+        Cell* next;
         alignas(T) std::byte object[sizeof(T)];
     };
-    static inline Block* kept = nullptr;
+    static constexpr int cells_of_block = 256;
+    static inline Cell* kept = nullptr;
+
+    static void Take_Block() {
+        auto* cells = static_cast<Cell*>(::operator new(cells_of_block * sizeof(Cell)));
+        for (int i = cells_of_block; i > 0;)
+            Give_Back(cells + --i);
+    }
 };
 
 #endif

@@ -44,12 +44,24 @@ class Stack {
     StackNode<T>* peek = nullptr;
 
   private:
+    // Nodes are made by the block, since a stack may get deep.
+    struct Block {
+        Block* older;
+        StackNode<T> nodes[31];
+    };
+
     // Nodes without an element; behind the fields above. Without them a page of code takes 6.9 % more
     // instructions, counted as recycled_memory.h tells.
     StackNode<T>* spare = nullptr;
+    Block* blocks = nullptr; // of all nodes
 
     T* Peeked() const { return peek ? peek->element : nullptr; }
     StackNode<T>* New_Node();
+    void New_Block();
+    void Spare(StackNode<T>* node) {
+        node->next = spare;
+        spare = node;
+    }
     T* Unlink_Top();
     void Discard_Top();
 };
@@ -58,8 +70,8 @@ template <class T>
 Stack<T>::~Stack() {
     if (top)
         Stack::Dump();
-    while (spare)
-        delete std::exchange(spare, spare->next);
+    while (blocks)
+        delete std::exchange(blocks, blocks->older);
 }
 
 template <class T>
@@ -107,15 +119,23 @@ void Stack<T>::Dump() {
 
 template <class T>
 StackNode<T>* Stack<T>::New_Node() {
-    return spare ? std::exchange(spare, spare->next) : new StackNode<T>;
+    if (!spare)
+        New_Block();
+    return std::exchange(spare, spare->next);
+}
+
+template <class T>
+void Stack<T>::New_Block() {
+    blocks = new Block{blocks, {}};
+    for (StackNode<T>& node : blocks->nodes)
+        Spare(&node);
 }
 
 template <class T>
 T* Stack<T>::Unlink_Top() {
     StackNode<T>* node = top;
     top = node->next;
-    node->next = spare;
-    spare = node;
+    Spare(node);
     return node->element;
 }
 
