@@ -1,42 +1,55 @@
 #!/usr/bin/env python3
-"""table_docs.py [--check]: writes the tables of docs/ from the tables of the sources. With --check it writes nothing, and
-fails where a document and its source differ.
+"""table_docs.py [--check]: writes the tables of the documents, the man page and the completions from the tables of the
+sources. With --check it writes nothing, and fails where one of them differs.
 
-In a document, a table stands between the lines "<!-- table: NAME -->" and "<!-- end of table -->".
+A table stands between a line "table: NAME" and a line "end of table", each in a comment of the file's own form: <!-- -->, .\\" or #.
+A tag's table of attributes has columns of its own behind those from the sources: they are kept, and must be filled.
 """
 
-import pathlib
 import re
 import sys
+import textwrap
 
-ROOT = pathlib.Path(__file__).resolve().parent.parent
-MARKED = re.compile(r"(<!-- table: (\w+) -->\n).*?(<!-- end of table -->)", re.DOTALL)
+from source_tables import (
+    ROOT,
+    c_interface,
+    causes,
+    c_text,
+    keyword_lists,
+    message_name,
+    messages,
+    options,
+    pedantic_words,
+    routes,
+    rows,
+    tag_keys,
+)
 
-
-def rows(path, macro):
-    """The arguments of each use of a macro in a .def file, as they are written."""
-    text = (ROOT / path).read_text(encoding="utf-8")
-    text = re.sub(r"^\s*//.*$", "", text, flags=re.MULTILINE)
-    argument = r'\s*("(?:[^"\\]|\\.)*"|[^,()"]*)\s*'
-    use = re.compile(rf"^{macro}\(((?:{argument},)*{argument})\)", re.MULTILINE)
-    return [[a for a in re.findall(r'"(?:[^"\\]|\\.)*"|[^,\s]+', found[1])] for found in use.finditer(text)]
+FILES = ("README.md", "docs/*.md", "man/*.1", "completion/*")
+MARKED = re.compile(
+    r'^((?:<!--|\.\\"|#) table: (\w+) ?([\w-]*)(?: -->)?\n)(.*?)(^(?:<!--|\.\\"|#) end of table(?: -->)?\n)',
+    re.DOTALL | re.MULTILINE,
+)
+UNFILLED = "TO BE TOLD"
 
 
 def cell(text):
     return text.replace("|", "\\|")
 
 
-def c_text(literal):
-    return literal[1:-1].replace('\\"', '"').replace("\\\\", "\\")
+def markdown(header, lines):
+    """Rows as a table; blank lines stand around it."""
+    shown = ["| " + " | ".join(row) + " |" for row in (header, *lines)]
+    return ["", shown[0], "|" + "---|" * len(header), *shown[1:], ""]
 
 
 def diagnostics(first, last):
-    prefix = "CW_" if last < 100 else "CE_"
-    lines = ["| Number | Text |", "|---|---|"]
-    for _, number, text in rows("src/app/messages.def", "MESSAGE"):
-        if first <= int(number) <= last:
-            lines.append(f"| {prefix}{number} | `{cell(c_text(text))}` |")
-    return lines
+    told = causes()
+    lines = []
+    for number, texts in messages().items():
+        if first <= number <= last:
+            lines.append([message_name(number), "<br>".join(f"`{cell(text)}`" for text in texts), *map(cell, told[number])])
+    return markdown(["Number", "Text", "Cause", "Cure"], lines)
 
 
 OPERANDS = {
@@ -56,84 +69,233 @@ OPERANDS = {
 
 
 def instructions():
-    lines = ["| Instruction | Number | Operands |", "|---|---|---|"]
-    for row in rows("src/backend/opcodes.def", "OPCODE"):
-        _, number, mnemonic, form = row[:4]
-        if form != "ENGINE":
-            lines.append(f"| `{c_text(mnemonic)}` | {number} | {OPERANDS[form]} |")
-    return lines
+    opcodes = [row[1:4] for row in rows("opcodes.def", "OPCODE") if row[3] != "ENGINE"]
+    lines = [[f"`{c_text(mnemonic)}`", number, OPERANDS[form]] for number, mnemonic, form in opcodes]
+    return markdown(["Instruction", "Number", "Operands"], lines)
+
+
+def shown_tag(key):
+    """TnIF for tnif."""
+    return "Tn" + key[2:].upper() if key.startswith("tn") else key.upper()
 
 
 def tags():
-    attributes = {}
-    for kind in ("ATTRIBUTE", "ATTRIBUTE_KEY"):
-        for row in rows("src/frontend/attributes.def", kind):
-            attributes.setdefault(row[0], []).append(c_text(row[-1]).upper())
-    routes = {}
-    text = (ROOT / "src/compiler/attribute_routes.h").read_text(encoding="utf-8")
-    for tag, attribute in re.findall(r"\{Tag::(\w+), Attribute::(\w+),", text):
-        routes.setdefault(tag, []).append("/".join(attributes[attribute]))
-    routes["Tarn"].append("the name of a tag and `_ERROR`")
-    keys = {row[0]: [f"`{c_text(row[2])}`"] for row in rows("src/frontend/tags.def", "TAG")}
-    for tag, key, *_ in rows("src/frontend/tags.def", "TAG_KEY"):
-        keys[tag].append(f"`{c_text(key)}`")
-    del keys["Expression"]  # the scanner knows the word, and the compiler refuses it
-    lines = ["| Tag | Attributes |", "|---|---|"]
-    for tag, spellings in keys.items():
-        lines.append(f"| {'/'.join(spellings)} | {', '.join(routes.get(tag, []))} |")
-    return lines
+    lines = []
+    for tag, keys in tag_keys().items():
+        names = ["/".join(spellings) for spellings, _, _ in routes().get(tag, [])]
+        if tag == "Tarn":
+            names.append("the name of a tag and `_ERROR`")
+        anchor = shown_tag(keys[0]).lower()
+        shown = "/".join(f"[{shown_tag(key)}](tags.md#{anchor})" for key in keys)
+        lines.append([shown, ", ".join(names)])
+    return markdown(["Tag", "Attributes"], lines)
+
+
+TEXT_OR_EXPRESSION = "text or expression"
+VALUES = {
+    "Constant": TEXT_OR_EXPRESSION,
+    "Constant_No_Element": "text",
+    "Target_Variable": "variable, or expression that gives its name",
+    "Whole_Name": "name, or expression that gives it",
+    "Index": "positive number or expression",
+    "Member": "name or expression",
+    "Variable_Name": "variable, or expression that gives its name",
+    "Reference_Name": "variable or expression",
+    "Positive_Number": "positive number or expression",
+    "Text": TEXT_OR_EXPRESSION,
+    "Directive_Text": "text",
+    "Dynamic_Text": "expression, kept as text",
+    "Constant_Flag": "none; any text is taken",
+    "Flag": "none; any text is taken",
+    "Copy_Flag": "none; any text is taken",
+    "Certificate_Type": "`pem` or `asn1`, or expression",
+    "Row_Position": "number, `top` or `bottom`, or expression",
+    "Array_Index": "positive number or expression",
+    "Array_Member": "name or expression",
+    "Include_Interpret": "`on` or `off`",
+    "Output_Level": "words",
+    "Capture_Level": "words",
+    "Localized_Level": "words",
+    "Error_Level": "words",
+    "Interpret": "words",
+    "Ident": "text",
+}
+
+
+def attributes(name, old):
+    tag = next(tag for tag, keys in tag_keys().items() if name.lower() in keys)
+    told = {row[0]: row[2:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
+    lines = []
+    for spellings, convert, _ in routes()[tag]:
+        key = "`" + "`, `".join(spellings) + "`"
+        lines.append([key, VALUES[convert], *told.get(key, [UNFILLED, UNFILLED])])
+    return markdown(["Attribute", "Value", "Needed", "Meaning"], lines)
+
+
+def words(name, old):
+    told = {row[0]: row[1:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
+    lines = []
+    for word, has_effect in keyword_lists()[name]:
+        meaning = told.get(f"`{word}`", [UNFILLED]) if has_effect else ["none; CW_51 says so where `-W 51` is given"]
+        lines.append([f"`{word}`", *meaning])
+    return markdown(["Word", "Meaning"], lines)
+
+
+def user_operators():
+    """Of the table, what a page may use: (key, priority, operands, type, opcode)."""
+    hidden = ("CALL", "COMMA", "CLOSE_BRACKET", "FMT", "SUBSTR")
+    return [(c_text(key), *rest) for name, _, key, *rest in rows("operators.def", "OPERATOR") if name not in hidden]
 
 
 def operators():
     by_priority = {}
-    for name, _, key, priority, operands, *_ in rows("src/frontend/operators.def", "OPERATOR"):
-        if name not in ("CALL", "COMMA", "CLOSE_BRACKET", "FMT", "SUBSTR"):
-            by_priority.setdefault((int(priority), operands), []).append(f"`{c_text(key)}`")
-    lines = ["| Priority | Operands | Operators |", "|---|---|---|"]
-    for (priority, operands), keys in sorted(by_priority.items(), reverse=True):
-        lines.append(f"| {priority} | {operands} | {' '.join(keys)} |")
+    for key, priority, operands, *_ in user_operators():
+        by_priority.setdefault((int(priority), operands), []).append(f"`{key}`")
+    lines = [[str(p), operands, " ".join(keys)] for (p, operands), keys in sorted(by_priority.items(), reverse=True)]
+    return markdown(["Priority", "Operands", "Operators"], lines)
+
+
+def c_names():
+    lines = []
+    for family, members in c_interface().items():
+        names = (f"`{member}`" + (" -" if result == "void" else "") for member, result in members)
+        lines.append([f"`{family}`", ", ".join(names)])
+    return markdown(["Family", "Names, behind the family and `_`"], lines)
+
+
+def roff(text):
+    """Text for the man page: a sentence begins its line, and lines are short."""
+    text = text.replace("\\", "\\e").replace('"', "\\(dq").replace("'", "\\(aq").replace("-", "\\-")
+    lines = [line for sentence in re.split(r"(?<=[.:;]) +", text) for line in textwrap.wrap(sentence, 78)]
+    return "\n".join("\\&" + line if line[0] in ".\"" else line for line in lines)
+
+
+def manual_diagnostics(first, last):
+    lines = []
+    told = causes()
+    for number, texts in messages().items():
+        if first <= number <= last:
+            lines.append(f".It Sy {message_name(number)}")
+            lines.append("\n.br\n".join(map(roff, texts)))
+            cause, cure = (re.sub(r"\[(.*?)\]\(.*?\)", r"\1", text).replace("`", "") for text in told[number])
+            lines += [".br", ".Em Cause :", roff(cause), ".br", ".Em Cure :", roff(cure)]
     return lines
 
 
-def c_interface():
-    families = {}
-    for result, name in rows("src/extension/c_interface.def", "STUB"):
-        family, member = name.split("_", 1)
-        families.setdefault(family, []).append(f"`{member}`" + (" -" if result == "void" else ""))
-    lines = ["| Family | Names, behind the family and `_` |", "|---|---|"]
-    return lines + [f"| `{family}` | {', '.join(names)} |" for family, names in families.items()]
+def warning_numbers():
+    return " ".join(str(number) for number in messages() if number < 100)
+
+
+def letters(wanted):
+    return "".join(name for name, value, _ in options() if len(name) == 1 and wanted(value))
+
+
+def shell_words():
+    return [
+        f"_tnc_letters='{letters(lambda value: True)}'",
+        f"_tnc_with_value='{letters(lambda value: value)}'",
+        "_tnc_long='" + " ".join("--" + name for name, *_ in options() if len(name) > 1) + "'",
+        f"_tnc_warnings='all {warning_numbers()}'",
+        f"_tnc_levels='all {' '.join(pedantic_words())}'",
+    ]
+
+
+ZSH_VALUES = {
+    "<file>": "file:_files",
+    "<warning>": "warning:_tnc_warnings",
+    "<version>": "engine version: ",
+    "<level>": "level:_tnc_levels",
+    "<token>": "name: ",
+    "<bytes>": "bytes: ",
+}
+NOT_REPEATED = "oCOdLfFA"
+
+
+def zsh_options():
+    lines = []
+    for name, value, text in options():
+        if len(name) > 1:
+            lines.append(f"    '(- *)--{name}[{text}]'")
+            continue
+        action = "library:_files -g \"*.so(-.)\"" if name == "b" else value and ZSH_VALUES[value]
+        repeated = "" if name in NOT_REPEATED else "*"
+        lines.append(f"    '{repeated}-{name}[{text}]" + (f":{action}'" if action else "'"))
+    return lines
+
+
+def zsh_words():
+    return [f"_tnc_warning_words=(all {warning_numbers()})", f"_tnc_level_words=(all {' '.join(pedantic_words())})"]
+
+
+FISH_VALUES = {
+    "<file>": "-rF",
+    "<warning>": f"-xa '(__tnc_list all {{warnings}})'",
+    "<level>": f"-xa '(__tnc_list all {{levels}})'",
+    "<version>": "-x",
+    "<token>": "-x",
+    "<bytes>": "-x",
+}
+
+
+def fish_options():
+    lines = []
+    for name, value, text in options():
+        text = text.replace("'", "\\'")
+        if len(name) > 1:
+            lines.append(f"complete -c tnc -l {name} -f -d '{text}'")
+            continue
+        action = "-xka '(__tnc_libraries)'" if name == "b" else value and FISH_VALUES[value]
+        action = (action or "").format(warnings=warning_numbers(), levels=" ".join(pedantic_words()))
+        lines.append(f"complete -c tnc -s {name} {action}".rstrip() + f" -d '{text}'")
+    return lines
 
 
 TABLES = {
-    "c_interface": c_interface,
+    "c_interface": c_names,
     "instructions": instructions,
     "operators": operators,
     "tags": tags,
     "warnings": lambda: diagnostics(1, 99),
     "errors": lambda: diagnostics(100, 999),
+    "manual_warnings": lambda: manual_diagnostics(1, 99),
+    "manual_errors": lambda: manual_diagnostics(100, 999),
+    "shell_words": shell_words,
+    "zsh_options": zsh_options,
+    "zsh_words": zsh_words,
+    "fish_options": fish_options,
 }
+TABLES_WITH_COLUMNS = {"attributes": attributes, "words": words}
 
 
-def filled(document):
+def filled(text):
     def fill(match):
-        return match[1] + "\n" + "\n".join(TABLES[match[2]]()) + "\n\n" + match[3]
+        opening, name, argument, old, closing = match.groups()
+        if name in TABLES_WITH_COLUMNS:
+            old_rows = [line for line in old.splitlines() if line.startswith("| `")]
+            lines = TABLES_WITH_COLUMNS[name](argument, old_rows)
+        else:
+            lines = TABLES[name]()
+        return opening + "".join(line + "\n" for line in lines) + closing
 
-    return MARKED.sub(fill, document)
+    return MARKED.sub(fill, text)
 
 
 def main():
     stale = []
-    for path in sorted((ROOT / "docs").glob("*.md")):
-        document = path.read_text(encoding="utf-8")
-        written = filled(document)
-        if written == document:
-            continue
-        if "--check" in sys.argv[1:]:
-            stale.append(f"{path.relative_to(ROOT)}: run tools/table_docs.py")
-        else:
-            path.write_text(written, encoding="utf-8")
-    print("\n".join(stale) or "the tables of docs/ are those of the sources")
-    return 1 if stale else 0
+    for pattern in FILES:
+        for path in sorted(ROOT.glob(pattern)):
+            text = path.read_text(encoding="utf-8")
+            written = filled(text)
+            if written != text:
+                stale.append(f"{path.relative_to(ROOT)}: run tools/table_docs.py")
+            if UNFILLED in written:
+                stale.append(f"{path.relative_to(ROOT)}: a table has rows that are to be filled in")
+            if "--check" not in sys.argv[1:]:
+                path.write_text(written, encoding="utf-8")
+    if "--check" in sys.argv[1:] and stale:
+        print("\n".join(stale))
+        return 1
+    return 0
 
 
 if __name__ == "__main__":
