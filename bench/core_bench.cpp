@@ -1,5 +1,5 @@
 // Strings, tables and number conversions next to what the standard library offers for the same.
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/hash_table.h"
 #include "core/string.h"
 

@@ -1,5 +1,5 @@
 // The head of a response with one very long line, over a pair of sockets.
-#include "app/unix_compiler_application.h"
+#include "app/driver/unix_compiler_application.h"
 #include "network/http_response_stream.h"
 #include "network/unix_network_connection.h"
 

@@ -1,12 +1,12 @@
 // Speed of the compiler inside one process, and of the parts that write its output. bench/time_process.py
 // times whole processes.
 
-#include "app/unix_compiler_application.h"
-#include "backend/assembly_item.h"
-#include "backend/compiler_output.h"
-#include "backend/file_compiler_parser.h"
-#include "backend/opcode_queue.h"
-#include "backend/quoted_text.h"
+#include "app/driver/unix_compiler_application.h"
+#include "backend/outputs/assembly_item.h"
+#include "backend/outputs/compiler_output.h"
+#include "backend/outputs/quoted_text.h"
+#include "backend/queue/opcode_queue.h"
+#include "backend/writers/file_compiler_parser.h"
 
 #include <benchmark/benchmark.h>
 #include <filesystem>

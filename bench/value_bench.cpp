@@ -1,6 +1,6 @@
 // Variables: cached conversions, elements of arrays, tables by name and by slot, and the compiler's tables of
 // names.
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/hash_table.h"
 #include "value/aggregate.h"
 #include "value/user_variable_hash.h"

@@ -1,5 +1,5 @@
-/* What an extension library of Tarn Script is built against: the records that it exports, and those functions of the
- * program that the array functions use. The program that loads the library supplies the functions. */
+/* What an extension library of Tarn Script is built against: the records that it exports, and those functions
+ * of the program that the array functions use. The program that loads the library supplies the functions. */
 #ifndef TARN_EXTENSION_H
 #define TARN_EXTENSION_H
 
@@ -19,8 +19,8 @@ typedef struct {
     int flags; /* TN_EL_BY_REFERENCE */
 } tnParameter;
 
-/* Stores its answer in result. The slot behind data belongs to the function: it starts null and is kept between calls. A
- * last call, with nothing but data, tells the function to release what it keeps there. */
+/* Stores its answer in result. The slot behind data belongs to the function: it starts null and is kept
+ * between calls. A last call, with nothing but data, tells the function to release what it keeps there. */
 typedef void (*tnEntryPoint)(TarnVM* vm, VariableHash* parameters, Variable* result, void** data);
 
 typedef struct {

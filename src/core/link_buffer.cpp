@@ -1,7 +1,7 @@
 #include "core/link_buffer.h"
 
-#include "app/tarn_application.h"
-#include "backend/output.h"
+#include "app/services/tarn_application.h"
+#include "backend/outputs/output.h"
 #include "value/variable.h"
 
 #include <algorithm>

@@ -2,7 +2,7 @@
 // that String::assign_nocopy takes. Decimals are set in the one context of the process, whose status word
 // stays untouched.
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/integer_text.h"
 #include "core/shortest_double.h"
 #include "core/text_length.h"

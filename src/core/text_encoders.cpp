@@ -1,5 +1,5 @@
 // URL form, entities and NUL bytes: the text encoders that replace single bytes or short sequences.
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/encoder_result.h"
 #include "core/text_search.h"
 

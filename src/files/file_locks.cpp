@@ -5,8 +5,8 @@
 // not both remove, since the second might meet the new lock of the first. So the remover holds a lock on the
 // file that it has judged while it makes sure that this very file still stands at the path.
 
-#include "app/config.h"
-#include "app/tarn_application.h"
+#include "app/services/config.h"
+#include "app/services/tarn_application.h"
 #include "core/file_identity.h"
 #include "core/md5.h"
 #include "files/descriptor.h"

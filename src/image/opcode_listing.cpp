@@ -1,4 +1,4 @@
-#include "backend/opcode.h"
+#include "backend/instructions/opcode.h"
 #include "image/segment.h"
 
 #include <cstdio>

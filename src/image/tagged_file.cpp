@@ -6,7 +6,7 @@
 
 #include "image/tagged_file.h"
 
-#include "backend/engine_version.h"
+#include "backend/instructions/engine_version.h"
 #include "files/file_manager.h"
 #include "image/little_endian.h"
 

@@ -21,9 +21,9 @@ struct HTTPResponseStream_Header {
 // length, by its last chunk or with the connection. The stream neither makes nor frees the connection, but
 // for Close.
 //
-// A body that the peer breaks off ends like a whole one, with a read that answers 0. One whose length was told
-// shows by total_read() below content_length(). One in chunks shows, by a failure, only where it broke off
-// between two of them; one that lasts as long as the connection never does.
+// A body that the peer breaks off ends like a whole one, with a read that answers 0. One whose length was
+// told shows by total_read() below content_length(). One in chunks shows, by a failure, only where it broke
+// off between two of them; one that lasts as long as the connection never does.
 class HTTPResponseStream {
   public:
     // The timeout, in seconds, is that of each read.
@@ -32,8 +32,8 @@ class HTTPResponseStream {
     HTTPResponseStream& operator=(const HTTPResponseStream&) = delete;
     virtual ~HTTPResponseStream();
 
-    // 1, or 0 on failure. May be called again, for the next response on the connection: that frees the headers
-    // of the last one and forgets all of it but error().
+    // 1, or 0 on failure. May be called again, for the next response on the connection: that frees the
+    // headers of the last one and forgets all of it but error().
     [[nodiscard]] int Read_Headers();
     // Reads from the body, and never across the end of a chunk. Answers the number of bytes; 0 at the end of
     // the body, where the connection ends early, where its TLS library fails, and for a length below 1; below

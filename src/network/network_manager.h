@@ -46,11 +46,12 @@ class NetworkManager {
     [[nodiscard]] virtual NetworkConnection* Connect(const char* host, int port, int timeout);
     // Straight to the host.
     [[nodiscard]] virtual NetworkConnection* TCP_Connect(const char* host, int port, int timeout) = 0;
-    // Brings TLS up on a connection to the host, and checks that the server's certificate is for that host, as
-    // far as the Verify_ operations below go, and is the pinned one. Whether the certificate is genuine, by
-    // the chain of who signed it, is checked only with CONNECTION_MUST_VERIFY, or where the application has
-    // set its context so: without either, anyone can show a certificate for any host. A client certificate in
-    // a file goes ahead of one in a text. On failure the connection stays open and the caller's.
+    // Brings TLS up on a connection to the host, and checks that the server's certificate is for that host,
+    // as far as the Verify_ operations below go, and is the pinned one. Whether the certificate is genuine,
+    // by the chain of who signed it, is checked only with CONNECTION_MUST_VERIFY, or where the application
+    // has set its context so: without either, anyone can show a certificate for any host. A client
+    // certificate in a file goes ahead of one in a text. On failure the connection stays open and the
+    // caller's.
     [[nodiscard]] virtual int SSL_Connect(NetworkConnection* connection, const char* host,
                                           const char* cert_file, const char* cert_value,
                                           const char* cert_type, const char* cert_password,

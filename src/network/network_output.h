@@ -1,7 +1,7 @@
 #ifndef NETWORK_NETWORK_OUTPUT_H
 #define NETWORK_NETWORK_OUTPUT_H
 
-#include "backend/output.h"
+#include "backend/outputs/output.h"
 #include "core/string.h"
 
 class NetworkConnection;

@@ -1,6 +1,6 @@
 #include "network/network_service.h"
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/text_length.h"
 #include "network/network_connection.h"
 #include "network/network_manager.h"

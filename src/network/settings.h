@@ -1,8 +1,8 @@
 #ifndef NETWORK_SETTINGS_H
 #define NETWORK_SETTINGS_H
 
-#include "app/config.h"
-#include "app/tarn_application.h"
+#include "app/services/config.h"
+#include "app/services/tarn_application.h"
 #include "core/string.h"
 
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "network/tls_library.h"
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 
 #include <cerrno>
 
@@ -21,7 +21,7 @@ TLS_Library::TLS_Library(TarnApplication* application) : application(application
 
 String TLS_Library::missing(unsigned needs) const {
 #define TLS_FUNCTION(function_needs, member, result, arguments, name, older_name)                            \
-    if (((function_needs) & needs) && !member)                                                               \
+    if (((function_needs)&needs) && !member)                                                                 \
         return "The SSL library has no " name;
 #include "network/tls_functions.def"
     return "";

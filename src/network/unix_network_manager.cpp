@@ -1,6 +1,6 @@
 #include "network/unix_network_manager.h"
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "network/unix_network_connection.h"
 
 #include <algorithm>

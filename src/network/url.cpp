@@ -1,6 +1,6 @@
 // URLs, and the HTTP requests that are sent to them.
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "core/text_length.h"
 #include "core/text_words.h"
 #include "network/network_connection.h"

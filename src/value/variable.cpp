@@ -1,6 +1,6 @@
 #include "value/variable.h"
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "value/aggregate.h"
 #include "value/callback_variable.h"
 #include "value/element_walk.h"

@@ -1,6 +1,6 @@
 // The cached forms of a scalar: filled in at need, never changing what the variable was last set to.
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "value/variable.h"
 
 const String& Variable::value() {

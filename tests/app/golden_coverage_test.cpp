@@ -1,8 +1,8 @@
 // The golden pages show every message and every instruction, less those listed here with the reason why no
 // page can.
 
-#include "app/diagnostics.h"
-#include "backend/opcode.h"
+#include "app/services/diagnostics.h"
+#include "backend/instructions/opcode.h"
 
 #include <algorithm>
 #include <cctype>

@@ -2,16 +2,16 @@
 // their offset. Both are read out of pointers to members, as the platform's C++ binary interface lays them
 // out.
 
-#include "app/unix_compiler_application.h"
-#include "backend/compiler_output.h"
-#include "backend/file_compiler_parser.h"
-#include "backend/opcode_queue.h"
+#include "app/driver/unix_compiler_application.h"
+#include "backend/outputs/compiler_output.h"
+#include "backend/queue/opcode_queue.h"
+#include "backend/writers/file_compiler_parser.h"
 #include "core/calendar_time.h"
 #include "core/splay_tree.h"
 #include "extension/external_call.h"
 #include "extension/external_library.h"
 #include "files/unix_file_manager.h"
-#include "frontend/tokenizer.h"
+#include "frontend/scanner/tokenizer.h"
 #include "image/dictionary.h"
 #include "image/function_table.h"
 #include "image/segment_manager.h"

@@ -1,5 +1,5 @@
-#include "app/config.h"
-#include "app/console_application.h"
+#include "app/services/config.h"
+#include "app/services/console_application.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -2,9 +2,9 @@
 #ifndef TESTS_BACKEND_ASSEMBLY_FIXTURE_H
 #define TESTS_BACKEND_ASSEMBLY_FIXTURE_H
 
-#include "backend/compiler_output.h"
-#include "backend/file_compiler_parser.h"
-#include "backend/opcode_queue.h"
+#include "backend/outputs/compiler_output.h"
+#include "backend/queue/opcode_queue.h"
+#include "backend/writers/file_compiler_parser.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-#include "backend/opcode.h"
+#include "backend/instructions/opcode.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,4 +1,4 @@
-#include "backend/compiler_output.h"
+#include "backend/outputs/compiler_output.h"
 #include "files/unix_file_manager.h"
 
 #include <cerrno>

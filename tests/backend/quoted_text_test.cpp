@@ -1,6 +1,6 @@
-#include "backend/quoted_text.h"
+#include "backend/outputs/quoted_text.h"
 
-#include "backend/compiler_output.h"
+#include "backend/outputs/compiler_output.h"
 
 #include <gtest/gtest.h>
 #include <memory>

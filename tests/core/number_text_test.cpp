@@ -1,4 +1,4 @@
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 
 #include <bit>
 #include <cerrno>

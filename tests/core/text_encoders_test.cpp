@@ -1,4 +1,4 @@
-#include "app/unix_compiler_application.h"
+#include "app/driver/unix_compiler_application.h"
 #include "core/link_buffer.h"
 
 #include <gtest/gtest.h>

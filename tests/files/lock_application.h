@@ -1,8 +1,8 @@
 #ifndef TESTS_FILES_LOCK_APPLICATION_H
 #define TESTS_FILES_LOCK_APPLICATION_H
 
-#include "app/config.h"
-#include "app/unix_compiler_application.h"
+#include "app/driver/unix_compiler_application.h"
+#include "app/services/config.h"
 
 #include <functional>
 #include <unistd.h>

@@ -1,7 +1,7 @@
-#include "frontend/attribute_value.h"
+#include "frontend/values/attribute_value.h"
 
 #include "backend/assembly_fixture.h"
-#include "frontend/attribute_value_array.h"
+#include "frontend/values/attribute_value_array.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,5 +1,5 @@
-#include "backend/compiler_output.h"
-#include "backend/file_compiler_parser.h"
+#include "backend/outputs/compiler_output.h"
+#include "backend/writers/file_compiler_parser.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,6 +1,6 @@
-#include "frontend/attribute_lookup.h"
-#include "frontend/operator_lookup.h"
-#include "frontend/tag_lookup.h"
+#include "frontend/scanner/attribute_lookup.h"
+#include "frontend/scanner/operator_lookup.h"
+#include "frontend/scanner/tag_lookup.h"
 
 #include <cctype>
 #include <cstring>
@@ -16,7 +16,7 @@ struct Tag_Row {
 const Tag_Row tag_rows[] = {
 #define TAG(name, id, key, required, optional) {key, id, required, optional},
 #define TAG_KEY(name, key, required, optional) {key, Tag::name, required, optional},
-#include "frontend/tags.def"
+#include "frontend/scanner/tags.def"
 };
 
 struct Key_Row {
@@ -26,11 +26,11 @@ struct Key_Row {
 const Key_Row attribute_rows[] = {
 #define ATTRIBUTE(name, id, key) {key, id},
 #define ATTRIBUTE_KEY(name, key) {key, Attribute::name},
-#include "frontend/attributes.def"
+#include "frontend/scanner/attributes.def"
 };
 const Key_Row operator_rows[] = {
 #define OPERATOR(name, id, key, priority, operands, type, opcode) {key, id},
-#include "frontend/operators.def"
+#include "frontend/scanner/operators.def"
 };
 
 std::string Upper(std::string text) {

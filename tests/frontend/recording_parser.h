@@ -2,7 +2,7 @@
 #ifndef TESTS_FRONTEND_RECORDING_PARSER_H
 #define TESTS_FRONTEND_RECORDING_PARSER_H
 
-#include "frontend/parser.h"
+#include "frontend/scanner/parser.h"
 
 #include <cstring>
 #include <string>

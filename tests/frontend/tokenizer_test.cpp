@@ -1,4 +1,4 @@
-#include "frontend/tokenizer.h"
+#include "frontend/scanner/tokenizer.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,10 +1,10 @@
 // Any text is a page: it compiles or is refused, with each back end, whatever the options. The last byte of
 // the input chooses them. Bytes of value 1 part the input into the files that an include may name; the first
 // is the page.
-#include "app/unix_compiler_application.h"
-#include "backend/compiler_output.h"
-#include "backend/coverage_compiler_parser.h"
-#include "backend/doxygen_compiler_parser.h"
+#include "app/driver/unix_compiler_application.h"
+#include "backend/outputs/compiler_output.h"
+#include "backend/writers/coverage_compiler_parser.h"
+#include "backend/writers/doxygen_compiler_parser.h"
 #include "page_files.h"
 
 #include <mpdecimal.h>

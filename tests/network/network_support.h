@@ -2,8 +2,8 @@
 #ifndef TESTS_NETWORK_NETWORK_SUPPORT_H
 #define TESTS_NETWORK_NETWORK_SUPPORT_H
 
-#include "app/config.h"
-#include "app/unix_compiler_application.h"
+#include "app/driver/unix_compiler_application.h"
+#include "app/services/config.h"
 #include "network/network_connection.h"
 #include "network/unix_network_manager.h"
 

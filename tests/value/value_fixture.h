@@ -1,7 +1,7 @@
 #ifndef TESTS_VALUE_VALUE_FIXTURE_H
 #define TESTS_VALUE_VALUE_FIXTURE_H
 
-#include "app/tarn_application.h"
+#include "app/services/tarn_application.h"
 #include "value/aggregate.h"
 #include "value/variable.h"
 #include "value/variable_hash.h"

@@ -1,0 +1,163 @@
+#include "app/services/console_application.h"
+
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+ConsoleOutput::ConsoleOutput(int capacity) : BufferedOutput(capacity) {
+}
+
+ConsoleOutput::~ConsoleOutput() {
+    Flush();
+}
+
+void ConsoleOutput::Write_Error(const char* text, int length) {
+    size_t size = length == -1 ? strlen(text) : static_cast<size_t>(length);
+    fwrite(text, 1, size, stderr);
+}
+
+int ConsoleOutput::Write(const char* text, int length) {
+    size_t size = length == -1 ? strlen(text) : static_cast<size_t>(length);
+    int written = BufferedOutput::Write(text, static_cast<int>(size));
+    if (fill > 0 && (memchr(text, '\n', size) || memchr(text, '\r', size)))
+        Flush();
+    return written;
+}
+
+int ConsoleOutput::DoWrite(const char* text, int length) {
+    int written = printf("%.*s", length, text);
+    fflush(stdout);
+    return written;
+}
+
+ConsoleApplication::ConsoleApplication(int argc, char** argv)
+    : output_(new ConsoleOutput(8192)), basename_(Base_Name(argv[0])), argc(argc), argv(argv) {
+    gethostname(hostname_, sizeof hostname_);
+    hostname_[sizeof hostname_ - 1] = '\0';
+}
+
+ConsoleApplication::~ConsoleApplication() {
+    delete output_;
+}
+
+Output* ConsoleApplication::SetOutput(Output* output) {
+    Output* earlier = output_;
+    output_ = output;
+    return earlier;
+}
+
+char* ConsoleApplication::Crypt(const char*, int, const char*, int*, int*) {
+    return nullptr;
+}
+
+char* ConsoleApplication::MakeSessionID(int*) {
+    return nullptr;
+}
+
+bool ConsoleApplication::OutputError(const char* text, int length) {
+    output()->Write_Error(text, length);
+    return false;
+}
+
+void ConsoleApplication::Sleep(int) {
+}
+
+int ConsoleApplication::BeginAsynchronousTask(TarnVM*, unsigned) {
+    return 3;
+}
+
+void ConsoleApplication::AsynchronousSleep(long, Tarn_PathType, const char*) {
+}
+
+bool ConsoleApplication::SSL_Initialize(String*) {
+    return false;
+}
+
+void* ConsoleApplication::SSL_GetFunction(const char*) {
+    return nullptr;
+}
+
+void ConsoleApplication::Log(unsigned, LogParameter*) {
+}
+
+void ConsoleApplication::Notify_InputError(const String& text) {
+    Error(text);
+}
+
+void ConsoleApplication::Notify_FatalError(const String& text) {
+    Error(text);
+}
+
+void ConsoleApplication::Notify_TimeoutError(const String& text) {
+    Error(text);
+}
+
+void ConsoleApplication::Notify_RuntimeError(int, const String& text, bool display) {
+    if (display)
+        Error(text);
+}
+
+void ConsoleApplication::ResolveErrorSyslog() {
+}
+
+void ConsoleApplication::Notify_Syslog(const String&) {
+}
+
+void ConsoleApplication::SetProcessName(const char*, int) {
+}
+
+bool ConsoleApplication::ResolvePath(const char* path, String& result, Tarn_PathType, String*) {
+    result.assign(path, -1);
+    return true;
+}
+
+int ConsoleApplication::CommandLine_Parse() {
+    for (int index = 1; index < argc; ++index) {
+        const char* argument = argv[index];
+        if (argument[0] != '-')
+            return index;
+        bool is_long = argument[1] == '-';
+        if (!(is_long ? Process_Long_Option(index) : Process_Option_Cluster(index)))
+            return -1;
+    }
+    return argc > 1 ? argc : 1;
+}
+
+// Both take the option's value from the next argument, and leave the index at the last argument used.
+bool ConsoleApplication::Process_Long_Option(int& index) {
+    const char* name = argv[index] + 2;
+    const char* value = nullptr;
+    if (CommandLine_Requires_Argument(name)) {
+        if (index + 1 >= argc)
+            return ArgumentError(String("Option '--") + name + "' requires an argument");
+        value = argv[++index];
+    }
+    return CommandLine_Process_Option_Long(name, value);
+}
+
+// What stands behind a letter that takes a value is dropped: the value is always the next argument.
+bool ConsoleApplication::Process_Option_Cluster(int& index) {
+    for (const char* letter = argv[index] + 1; *letter; ++letter) {
+        if (CommandLine_Requires_Argument(*letter)) {
+            if (index + 1 >= argc)
+                return ArgumentError(String("Option '-") + *letter + "' requires an argument");
+            return CommandLine_Process_Option(*letter, argv[++index]);
+        }
+        if (!CommandLine_Process_Option(*letter, nullptr))
+            return false;
+    }
+    return true;
+}
+
+bool ConsoleApplication::ArgumentError(const String& text) {
+    return Error(String(basename()) + ": " + text + "\n");
+}
+
+const char* ConsoleApplication::Base_Name(const char* path) {
+    const char* name = path ? path : "";
+    for (const char* at = name; *at; ++at) {
+        if (*at == '/' || *at == '\\')
+            name = at + 1;
+    }
+    return name;
+}

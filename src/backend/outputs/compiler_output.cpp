@@ -1,0 +1,105 @@
+#include "backend/outputs/compiler_output.h"
+
+#include "core/text_length.h"
+#include "files/file.h"
+
+#include <algorithm>
+#include <cstring>
+
+CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity, item_limit) {
+}
+
+CompilerOutput::~CompilerOutput() = default;
+
+int CompilerOutput::Write_Lower(const char* text, int length) {
+    length = Text_Length(text, length);
+    char lower[256];
+    for (int written = 0; written < length;) {
+        const int piece = std::min(length - written, static_cast<int>(sizeof lower));
+        std::transform(text + written, text + written + piece, lower, [](char byte) {
+            return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte;
+        });
+        Write(lower, piece);
+        written += piece;
+    }
+    return length;
+}
+
+FileOutput::FileOutput(File* file, int capacity) : CompilerOutput(capacity), file(file) {
+}
+
+FileOutput::~FileOutput() {
+    Flush();
+}
+
+int FileOutput::Write(const char* text, int length) {
+    length = Text_Length(text, length);
+    if (length <= capacity)
+        return CompilerOutput::Write(text, length);
+    Flush();
+    DoWrite(text, length);
+    last_was_space = Is_Space(text[length - 1]);
+    return length;
+}
+
+int FileOutput::DoWrite(const char* text, int length) {
+    for (int written = 0; written < length && !failed_;) {
+        const long result = file->Write(text + written, static_cast<unsigned long>(length - written));
+        failed_ = result <= 0;
+        written += failed_ ? 0 : static_cast<int>(result);
+    }
+    if (failed_ && error_.length() == 0)
+        error_ = file->error();
+    return failed_ ? -1 : length;
+}
+
+void FileOutput::Abandon() {
+    fill = 0;
+    failed_ = true;
+}
+
+StringOutput::StringOutput() : CompilerOutput(fragment_capacity) {
+}
+
+StringOutput::~StringOutput() = default;
+
+int StringOutput::DoWrite(const char* text, int length) {
+    flushed.cat(text, length);
+    return length;
+}
+
+const char* StringOutput::Contents(int* length) {
+    Flush();
+    *length = flushed.length();
+    return flushed.text();
+}
+
+int StringOutput::Move_Contents(CompilerOutput* target) {
+    const int moved = flushed.length() + fill;
+    if (flushed.length() != 0) {
+        target->Write(flushed.text(), flushed.length());
+        flushed.truncate(0);
+    }
+    target->Write(buffer.get(), fill);
+    fill = 0;
+    return moved;
+}
+
+void StringOutput::Clear() {
+    flushed.truncate(0);
+    fill = 0;
+    last_was_space = 1;
+}
+
+NullCompilerOutput::NullCompilerOutput() : CompilerOutput(0) {
+}
+
+NullCompilerOutput::~NullCompilerOutput() = default;
+
+int NullCompilerOutput::Write(const char* text, int length) {
+    return Text_Length(text, length);
+}
+
+int NullCompilerOutput::DoWrite(const char*, int length) {
+    return length;
+}

@@ -1,0 +1,198 @@
+#include "backend/queue/opcode_queue.h"
+
+#include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+OpcodeQueue::OpcodeQueue(CompilerParser* parser, _OpcodeQueueType type) : parser(parser), type(type) {
+}
+
+OpcodeQueue::~OpcodeQueue() {
+    delete spare;
+}
+
+OpcodeQueue* OpcodeQueue::Confirm_Type(OpcodeQueue* queue, _OpcodeQueueType wanted) {
+    if (queue->type != wanted)
+        queue->Flush();
+    return Replace(queue, wanted);
+}
+
+OpcodeQueue* OpcodeQueue::Replace(OpcodeQueue* queue, _OpcodeQueueType wanted) {
+    if (queue->type == wanted)
+        return queue;
+    OpcodeQueue* successor = std::exchange(queue->spare, nullptr);
+    if (successor)
+        successor->Renew();
+    else if (wanted == OPCODE_QUEUE_QUEUE)
+        successor = new OpcodeQueueQueue(queue->parser);
+    else
+        successor = new OpcodeQueueOutput(queue->parser);
+    successor->spare = queue;
+    return successor;
+}
+
+OpcodeQueueOutput::OpcodeQueueOutput(CompilerParser* parser) : OpcodeQueue(parser, OPCODE_QUEUE_OUTPUT) {
+}
+
+OpcodeQueueOutput::~OpcodeQueueOutput() = default;
+
+void OpcodeQueueOutput::Clear_RHS() {
+}
+
+void OpcodeQueueOutput::Queue_Generated_Label(ParserLabelType type, int number) {
+    parser->Follow_LineNo();
+    parser->Output_Generated_Label(type, number);
+}
+
+void OpcodeQueueOutput::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
+    parser->Follow_LineNo();
+    parser->Output_Opcode_With_Label(opcode, type, number);
+}
+
+void OpcodeQueueOutput::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
+                                                              int immediate) {
+    parser->Follow_LineNo();
+    parser->Output_Opcode_With_Label_and_Immediate(opcode, type, number, immediate);
+}
+
+void OpcodeQueueOutput::Queue_Opcode(int opcode, double value) {
+    parser->Follow_LineNo();
+    parser->Output_Opcode(opcode, value);
+}
+
+// A source file has no line yet when its name is given.
+void OpcodeQueueOutput::Queue_Opcode(int opcode, int first, int second) {
+    if (opcode != OPCODE_SOURCEFILE)
+        parser->Follow_LineNo();
+    parser->Output_Opcode(opcode, first, second);
+}
+
+void OpcodeQueueOutput::Queue_Opcode(int opcode, const char* text, int length, int lower) {
+    parser->Follow_LineNo();
+    parser->Output_Opcode(opcode, text, length, lower);
+}
+
+void OpcodeQueueOutput::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
+                                                   int by_reference) {
+    parser->Follow_LineNo();
+    parser->Output_Variable_Instruction(is_pop, ident, scope, alias, by_reference);
+}
+
+void OpcodeQueueOutput::Flush() {
+}
+
+void OpcodeQueueOutput::Renew() {
+}
+
+void QueuedOpcode::Output(CompilerParser* parser) {
+    parser->Force_LineNo(line);
+}
+
+void QueuedOpcode_Integer::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Opcode(opcode, first, second);
+}
+
+void QueuedOpcode_Double::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Opcode(opcode, value);
+}
+
+void QueuedOpcode_With_Label::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Opcode_With_Label(opcode, label_type, label);
+}
+
+void QueuedOpcode_With_Label_and_Immediate::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Opcode_With_Label_and_Immediate(opcode, label_type, label, immediate);
+}
+
+void QueuedOpcode_Label::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Generated_Label(label_type, label);
+}
+
+void QueuedOpcode_Text::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Opcode(opcode, text, length, lower);
+}
+
+void QueuedOpcode_Variable::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Variable_Instruction(is_pop, ident, scope, alias, by_reference);
+}
+
+OpcodeQueueQueue::OpcodeQueueQueue(CompilerParser* parser) : OpcodeQueue(parser, OPCODE_QUEUE_QUEUE) {
+}
+
+OpcodeQueueQueue::~OpcodeQueueQueue() = default;
+
+void OpcodeQueueQueue::Clear_RHS() {
+    rhs = 0;
+}
+
+void OpcodeQueueQueue::Queue_Generated_Label(ParserLabelType type, int number) {
+    Append<QueuedOpcode_Label>(parser->Linenumber(), type, number);
+}
+
+void OpcodeQueueQueue::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
+    Append<QueuedOpcode_With_Label>(opcode, parser->Linenumber(), type, number);
+}
+
+void OpcodeQueueQueue::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
+                                                             int immediate) {
+    Append<QueuedOpcode_With_Label_and_Immediate>(opcode, parser->Linenumber(), type, number, immediate);
+}
+
+void OpcodeQueueQueue::Queue_Opcode(int opcode, double value) {
+    Append<QueuedOpcode_Double>(opcode, parser->Linenumber(), value);
+}
+
+void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
+    Append<QueuedOpcode_Integer>(opcode, parser->Linenumber(), first, second);
+}
+
+void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
+    length = Text_Length(text, length);
+    char* const copy = static_cast<char*>(memory.allocate(length + 1, 1));
+    std::memcpy(copy, text, length);
+    copy[length] = '\0';
+    Append<QueuedOpcode_Text>(opcode, parser->Linenumber(), copy, length, lower);
+}
+
+void OpcodeQueueQueue::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
+                                                  int by_reference) {
+    Append<QueuedOpcode_Variable>(parser->Linenumber(), is_pop, ident, scope, alias, by_reference);
+}
+
+// One change anywhere makes every access writable, those included that have nothing to do with it.
+void OpcodeQueueQueue::Flush() {
+    for (QueuedOpcode* entry = first; entry; entry = entry->next) {
+        if (!rhs)
+            entry->opcode = Writable_Access(entry->opcode);
+        entry->Output(parser);
+    }
+    Delete_All();
+    parser->Unforce_LineNo();
+}
+
+void OpcodeQueueQueue::Renew() {
+    Delete_All();
+    rhs = 1;
+}
+
+template <typename Record, typename... Fields>
+void OpcodeQueueQueue::Append(Fields... fields) {
+    QueuedOpcode* const entry = new (memory.allocate(sizeof(Record), alignof(Record))) Record(fields...);
+    (last ? last->next : first) = entry;
+    last = entry;
+}
+
+void OpcodeQueueQueue::Delete_All() {
+    first = last = nullptr;
+    memory.release();
+}

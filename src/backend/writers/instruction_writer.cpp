@@ -1,0 +1,122 @@
+// The text of instructions and labels.
+
+#include "app/services/tarn_application.h"
+#include "backend/outputs/assembly_item.h"
+#include "backend/writers/file_compiler_parser.h"
+
+#include <memory>
+
+namespace {
+
+// The last engine without read-only element and member access.
+constexpr double last_engine_of_writable_access = 4.06;
+
+// The piece of a variable instruction between its direction and its number.
+std::string_view Scope_Piece(Variable_Scope scope) {
+    switch (scope) {
+    case SCOPE_LOCAL: return "l\tl_";
+    case SCOPE_GLOBAL: return "g\tl_";
+    case SCOPE_SYSTEM: return "s\tsys_";
+    case SCOPE_DATABASE: return "dc\ts_";
+    case SCOPE_LOCAL_BY_NAME: return "lvnc\ts_";
+    case SCOPE_UNSCOPED: return "nc\ts_";
+    }
+    return "";
+}
+
+} // namespace
+
+void FileCompilerParser::Output_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
+                                                     int by_reference) {
+    Assembly_Item item(output);
+    item.Text(!is_pop ? "\n\tpush" : by_reference ? "\n\tpopr" : "\n\tpop").Text(Scope_Piece(scope));
+    if (scope == SCOPE_DATABASE)
+        item.Number(alias).Text(", s_");
+    item.Number(ident);
+}
+
+void FileCompilerParser::Generate_Label(ParserLabelType type, int number) {
+    Assembly_Item(output).Text(label_texts[type]).Number(number);
+}
+
+void FileCompilerParser::Output_Generated_Label(ParserLabelType type, int number) {
+    Assembly_Item(output).Text("\n");
+    Generate_Label(type, number);
+    Assembly_Item(output).Text(":");
+}
+
+void FileCompilerParser::Output_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
+    Follow_LineNo();
+    const Opcode_Info* const row = Find_Opcode(opcode);
+    if (row && (row->operands == Operand_Form::LABEL || row->operands == Operand_Form::LABEL_IMMEDIATE))
+        Assembly_Item(output).Head(*row);
+    Generate_Label(type, number);
+}
+
+void FileCompilerParser::Output_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
+                                                                int immediate) {
+    Output_Opcode_With_Label(opcode, type, number);
+    Assembly_Item(output).Text(", ").Number(immediate);
+}
+
+void FileCompilerParser::Output_Opcode(int opcode, double value) {
+    Follow_LineNo();
+    if (opcode == OPCODE_PUSHF)
+        Assembly_Item(output).Head(Opcode_Row(opcode));
+    else
+        (void)Report<Message::Internal_Opcode_Double>(); // the number is written all the same
+    int length;
+    const std::unique_ptr<char[]> number(TarnApplication::dtos(value, &length, nullptr));
+    output->Write(number.get(), length);
+}
+
+void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
+    if (opcode != OPCODE_LINENO && opcode != OPCODE_SOURCEFILE)
+        Follow_LineNo();
+    const Opcode_Info* const row = Find_Opcode(opcode);
+    const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
+    switch (form) {
+    case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);
+    case Operand_Form::LABEL:
+    case Operand_Form::LABEL_IMMEDIATE:
+    case Operand_Form::TEXT:
+    case Operand_Form::REAL:
+    case Operand_Form::ENGINE: return Output_Unknown_Opcode(opcode, first);
+    default: break;
+    }
+    Assembly_Item item(output);
+    item.Head(*row);
+    if (form == Operand_Form::NONE)
+        return;
+    item.Number(first);
+    if (form == Operand_Form::FIELD)
+        item.Text(", s_").Number(second);
+    else if (form == Operand_Form::PAIR)
+        item.Text(", ").Number(second);
+}
+
+void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length, int lower) {
+    Follow_LineNo();
+    if (opcode == OPCODE_CALL || opcode == OPCODE_PUSHF || opcode == OPCODE_PUSHI)
+        Assembly_Item(output).Head(Opcode_Row(opcode));
+    if (lower)
+        output->Write_Lower(text, length);
+    else
+        output->Write(text, length);
+}
+
+// Engines without read-only access get the writable instruction instead.
+void FileCompilerParser::Output_Read_Only_Access(int opcode) {
+    if (Engine_Version() > last_engine_of_writable_access) {
+        Assembly_Item(output).Head(Opcode_Row(opcode));
+        (void)Output_Version(file_version_major, FILE_VERSION_READ_ONLY_ELEMENTS);
+    } else {
+        Assembly_Item(output).Head(Opcode_Row(Writable_Access(opcode)));
+    }
+}
+
+void FileCompilerParser::Output_Unknown_Opcode(int opcode, int first) {
+    (void)Report<Message::Internal_Opcode>(); // an instruction has no status to answer
+    if (First_Operand(opcode) != Operand_Kind::NONE)
+        Assembly_Item(output).Number(first);
+}

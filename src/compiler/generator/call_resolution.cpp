@@ -1,0 +1,85 @@
+// Where calls meet definitions: nothing is resolved before the end of the last file, since a definition may
+// follow its calls.
+
+#include <charconv>
+
+#include "compiler/generator/compiler_parser.h"
+#include "extension/external_call.h"
+#include "extension/external_function.h"
+
+namespace {
+
+ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
+    return manager ? manager->Lookup_External(name.text(), name.length()) : nullptr;
+}
+
+} // namespace
+
+// Calls are checked in source order. A later call of an undefined function is checked against the count that
+// the record before it left behind. Counts are compared as long as nothing is wrong, and from the first
+// mismatch on to the end. When the first fault is another one, of the file or an undefined function, no count
+// is compared behind it.
+ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
+    int expected = 0;
+    bool mismatched = false;
+    for (Function_Resolution_Info* call = call_list.First(); call; call = call_list.Next()) {
+        const String& name = call->name;
+        if (Function_Resolution_Info* definition = defined_functions.Find(name.text(), name.length())) {
+            expected = definition->parameters;
+        } else if (ExternalCall* external = Find_External(external_calls, name)) {
+            expected = external->record->parameter_count;
+        } else if (!unresolved_functions.Find(name.text(), name.length())) {
+            expected = call->parameters;
+            status = Declare_Unresolved_Function(call);
+        }
+        if (status != PARSER_OK && !mismatched)
+            continue;
+        if (call->parameters != expected) {
+            mismatched = true;
+            status =
+                Report_At<Message::Function_Arity>(call->line, &call->file, name, expected, call->parameters);
+        }
+    }
+    return status;
+}
+
+// The stub of an undefined function numbers its parameters from 1.
+ParserStatus CompilerParser::Declare_Unresolved_Function(Function_Resolution_Info* call) {
+    unresolved_functions.Insert(call);
+    Generate_Function_Directive(call->name.text(), call->name.length(), FUNCTION_UNRESOLVED, -1, -1,
+                                ACCESS_UNSET);
+    for (int number = 1; number <= call->parameters; ++number) {
+        char name[sizeof "param" + 10] = "param";
+        char* end = std::to_chars(name + sizeof "param" - 1, std::end(name), number).ptr;
+        Output_Parameter_Directive(name, static_cast<int>(end - name), number, 1);
+    }
+    Output_End_Function_Directive();
+    return Report_At<Message::Function_Undefined>(call->line, &call->file, call->name);
+}
+
+// Walks what was called, calls that stand only in filters included.
+void CompilerParser::Declare_External_Functions() {
+    for (Function_Resolution_Info* call = called_functions.First(); call; call = called_functions.Next()) {
+        const String& name = call->name;
+        if (defined_functions.Find(name.text(), name.length()))
+            continue;
+        ExternalCall* external = Find_External(external_calls, name);
+        if (!external)
+            continue;
+        Generate_Function_Directive(name.text(), name.length(), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
+        int index = 0;
+        for (const _TN_EL_Parameter& parameter : Parameters_Of(*external->record)) {
+            const bool by_value = !(parameter.flags & EXTERNAL_PARAMETER_BY_REFERENCE);
+            Output_Parameter_Directive(parameter.name, parameter.name_length, index++, by_value);
+        }
+        Output_End_Function_Directive();
+    }
+}
+
+// A body that is compiled here begins with its own source file.
+void CompilerParser::Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
+                                                 int error_level, int access) {
+    Output_Function_Directive(name, length, kind, stdout_level, error_level, access);
+    if (!(kind & FUNCTION_EXTERNAL))
+        (void)Start_Of_File(); // can't fail
+}

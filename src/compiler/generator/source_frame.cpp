@@ -1,0 +1,91 @@
+// The frame of a source file: its name at the start, the checks and the end marker at its end, and the line
+// numbers between them.
+
+#include "backend/instructions/opcode.h"
+#include "compiler/generator/block_tables.h"
+#include "core/md5.h"
+#include "frontend/scanner/tokenizer.h"
+
+ParserStatus CompilerParser::Start_Of_File() {
+    if (const std::string_view file = Current_File()->view(); digested_file != file)
+        Set_File_Ident(file);
+    if (start_state == START_FILE)
+        Queue_Source_File();
+    return PARSER_OK;
+}
+
+void CompilerParser::Set_File_Ident(std::string_view file) {
+    digested_file = file;
+    unsigned char digest[16];
+    MD5Encoder().Encode(reinterpret_cast<const unsigned char*>(file.data()),
+                        static_cast<unsigned>(file.size()), digest);
+    MD5Encoder::Make_Printable(digest, file_ident);
+}
+
+void CompilerParser::Queue_Source_File() {
+    const String* file = Current_File();
+    int ident = Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT);
+    Queue(OPCODE_SOURCEFILE, ident);
+}
+
+const String* CompilerParser::Current_File() const {
+    return &tokenizer->filename;
+}
+
+ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
+    if (tokenizer_stack.Entries() > 0) { // an included file
+        if (status == PARSER_OK)
+            Output_End_Of_File();
+        return status;
+    }
+    status = Check_Open_Blocks(status);
+    status = Resolve_Calls(status);
+    Declare_External_Functions();
+    if (status == PARSER_OK)
+        Output_End_Of_File();
+    return status;
+}
+
+ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
+    for (const Block_Family& family : block_families) {
+        status = family.stack ? Check_State_Empty(&(this->*family.stack), Tag_Word(family.tag), status)
+                              : Check_State_Empty(&ifdef_stack, status);
+    }
+    status = Check_Single_Block(smtp_block, Tag::Smtp, status);
+    status = Check_Single_Block(async_block, Tag::Asynchronous, status);
+    if (Inside_Function())
+        status = Report<Message::Function_Unclosed>();
+    return status;
+}
+
+ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status) {
+    if (!block)
+        return status;
+    return Report_At<Message::Single_Block_Unclosed>(block->line, &block->file, Tag_Word(tag), Tag_Word(tag));
+}
+
+void CompilerParser::Output_LineNo() {
+    if (lineno_forced)
+        return;
+    int line = Linenumber();
+    if (line != last_lineno) {
+        last_lineno = line;
+        Queue(OPCODE_LINENO, line);
+    }
+}
+
+void CompilerParser::Force_LineNo(int line) {
+    lineno_forced = 1;
+    if (line != last_lineno) {
+        last_lineno = line;
+        Queue(OPCODE_LINENO, line);
+    }
+}
+
+void CompilerParser::Unforce_LineNo() {
+    lineno_forced = 0;
+}
+
+void CompilerParser::Reset_LineNo() {
+    last_lineno = 0;
+}

@@ -1,0 +1,83 @@
+// Variables: names become numbers, each table counting its own, and the compiler makes variables of its own.
+
+#include <charconv>
+#include <string>
+
+#include "backend/instructions/opcode.h"
+#include "compiler/generator/compiler_parser.h"
+
+namespace {
+
+constexpr std::size_t scratch_name_room = 95; // for any name that the compiler makes
+
+} // namespace
+
+HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
+    switch (scope) {
+    case SCOPE_LOCAL: return local_variables;
+    case SCOPE_GLOBAL: return global_variables;
+    case SCOPE_SYSTEM: return system_variables;
+    default: return nullptr;
+    }
+}
+
+int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_Scope scope) {
+    HashTable<Variable>* table = Variables_Of(scope);
+    if (!table)
+        return Generate_String_Directive(name, length, EXPRESSION_STATE_ESCAPED);
+    if (Variable* known = table->Find(name, length))
+        return known->value_integer();
+    if (!Generating())
+        return 0;
+    int ident = table->Entries();
+    table->Insert(new Variable(name, length, ident));
+    Output_Variable_Directive(saved_output, name, length, ident, scope);
+    return ident;
+}
+
+// The name holds the digest of the source file, so code of two files never shares such a variable.
+int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
+    if (!Generating())
+        return 0;
+    char digits[12];
+    char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+    std::string name;
+    name.reserve(scratch_name_room);
+    name.append("__scratch:").append(base).append(1, '_').append(std::begin(digits), end);
+    name.append(1, ':').append(file_ident, sizeof file_ident);
+    const int length = static_cast<int>(name.size());
+    if (Variable* known = scratch_variables->Find(name.data(), length))
+        return known->value_integer();
+    int ident = local_variables->Entries();
+    auto* variable = new Variable(name.data(), length, ident);
+    local_variables->Insert(variable);
+    scratch_variables->Insert(variable);
+    Output_Variable_Directive(saved_output, name.data(), length, ident, SCOPE_LOCAL);
+    return ident;
+}
+
+String CompilerParser::ScratchVariable_Ident() {
+    return String(file_ident, sizeof file_ident);
+}
+
+ParserStatus CompilerParser::Expression_Variable(const char* name, int length, Variable_Scope scope,
+                                                 const char* alias, int alias_length, const char* full_text,
+                                                 int full_length) {
+    Count_Value();
+    if (scope == SCOPE_DATABASE && alias_length == 0) {
+        Queue(OPCODE_PUSHNC, Generate_String_Directive(full_text, full_length, EXPRESSION_STATE_ESCAPED));
+        return PARSER_OK;
+    }
+    int ident = Find_Variable_Ident(name, length, scope);
+    switch (scope) {
+    case SCOPE_LOCAL: Queue(OPCODE_PUSHL, ident); return PARSER_OK;
+    case SCOPE_GLOBAL: Queue(OPCODE_PUSHG, ident); return PARSER_OK;
+    case SCOPE_SYSTEM: Queue(OPCODE_PUSHS, ident); return PARSER_OK;
+    case SCOPE_DATABASE:
+        Queue(OPCODE_PUSHDC, Generate_String_Directive(alias, alias_length, EXPRESSION_STATE_ESCAPED), ident);
+        return PARSER_OK;
+    case SCOPE_LOCAL_BY_NAME: return PARSER_ERROR; // never comes out of the text of an expression
+    case SCOPE_UNSCOPED: Queue(OPCODE_PUSHNC, ident); return PARSER_OK;
+    }
+    return PARSER_OK;
+}

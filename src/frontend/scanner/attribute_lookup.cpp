@@ -1,0 +1,25 @@
+#include "frontend/scanner/attribute_lookup.h"
+
+#include "frontend/scanner/perfect_hash.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr _AttributeLookup Row(int id, std::string_view key) {
+    return {id, 0, -1, -1, static_cast<int>(key.size()), key.data()};
+}
+
+constexpr std::array rows{
+#define ATTRIBUTE(name, id, key) Row(id, key),
+#define ATTRIBUTE_KEY(name, key) Row(Attribute::name, key),
+#include "frontend/scanner/attributes.def"
+};
+
+constexpr Perfect_Hash<_AttributeLookup, rows.size(), 7, 6> attributes(rows);
+
+} // namespace
+
+const _AttributeLookup* AttributeLookup::Lookup(const char* name, int length) const {
+    return attributes.Find(name, length);
+}

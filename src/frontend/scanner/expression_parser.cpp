@@ -1,0 +1,284 @@
+#include "frontend/scanner/expression_parser.h"
+
+#include "app/driver/compiler_application.h"
+#include "frontend/scanner/parser.h"
+#include "value/variable_hash.h"
+
+#include <algorithm>
+#include <string_view>
+
+ExpressionParser::ExpressionParser(Parser* parser)
+    : parser(parser), minus_operator(operator_lookup.Lookup("-", 1)), operand_seen(0), scan_state(SCAN_IDLE),
+      dot_count(0), first_dot(0), last_dot(0), paren_depth(0) {
+}
+
+ExpressionParser::~ExpressionParser() = default;
+
+void ExpressionParser::Start_Of_Expression() {
+    operand_seen = 0;
+    Reset();
+}
+
+void ExpressionParser::Reset() {
+    text.truncate(0);
+    scan_state = SCAN_IDLE;
+    dot_count = 0;
+}
+
+ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType type, const char* token,
+                                                           int length, Tokenizer* tokenizer,
+                                                           ParserState* state) {
+    switch (type) {
+    case TOKEN_IDENT: return Take_Identifier(token, length, tokenizer);
+    case TOKEN_SQUOTE: return Take_String(tokenizer);
+    case TOKEN_OPERATOR: return Take_Operator(token, length, tokenizer, state);
+    case TOKEN_NUMBER: return Take_Number(token, length);
+    case TOKEN_LPAREN: return Take_Open_Parenthesis();
+    case TOKEN_RPAREN: return Take_Close_Parenthesis();
+    case TOKEN_DOT: return Take_Dot();
+    case TOKEN_SPACE: return Take_Space();
+    case END_OF_EXPRESSION: return Expression_Flush();
+    default: return Skip_Expression(token, length, tokenizer, state);
+    }
+}
+
+// A word is an operator only where no operand is being collected: behind one it needs white space in front. A
+// dotted name is taken at once; by its tokens it would end up in the same state.
+ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, Tokenizer* tokenizer) {
+    if (scan_state == SCAN_IDLE) {
+        const _OperatorLookup* word = operator_lookup.Lookup(token, length);
+        if (word && (word->id == OPERATOR_FMT || word->id == OPERATOR_SUBSTR))
+            return parser->Report<Message::Operator_Obsolete>(
+                std::string_view(token, static_cast<std::size_t>(length)));
+        if (word) {
+            operand_seen = 0;
+            return Hand_On(*word, 0);
+        }
+        tokenizer->Read_Dotted_Name(length);
+    }
+    text.cat(token, length);
+    if (scan_state == SCAN_CALL_DOT)
+        scan_state = SCAN_CALL_NAME;
+    else if (scan_state != SCAN_CALL_NAME && scan_state != SCAN_MEMBER)
+        scan_state = SCAN_NAME;
+    return PARSER_OK;
+}
+
+// A name directly in front of the literal is not flushed, and so comes behind it.
+ParserStatus ExpressionParser::Take_String(Tokenizer* tokenizer) {
+    int line = parser->Linenumber();
+    const char* literal;
+    int length;
+    Tokenizer_TokenType end = tokenizer->Read_Until(&literal, length, '\'', '\\');
+    ParserStatus status = parser->Expression_StringLiteral(literal, std::max(length - 1, 0));
+    if (end != TOKEN_EOF)
+        return status;
+    parser->Report_At<Message::String_Literal_Unterminated>(line, nullptr);
+    return PARSER_FATAL;
+}
+
+ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Tokenizer* tokenizer,
+                                             ParserState* state) {
+    std::string_view sign(token, static_cast<std::size_t>(length));
+    if (!operand_seen && scan_state == SCAN_IDLE && sign == "-") {
+        text.cat('-');
+        scan_state = SCAN_MINUS;
+        return PARSER_OK;
+    }
+    if (ParserStatus status = Expression_Flush(); status != PARSER_OK)
+        return status;
+
+    int flags = operand_seen ? 0 : OPERATOR_PREFIX;
+    const char* next;
+    int next_length;
+    if (sign == "]" && tokenizer->Peek(&next, next_length) == TOKEN_DOT) {
+        scan_state = SCAN_CALL_BRACKET;
+        flags |= OPERATOR_BEFORE_DOT;
+    }
+    const _OperatorLookup* found = operator_lookup.Lookup(token, length);
+    if (!found)
+        return parser->Report<Message::Internal_Operator_Unidentified>(sign);
+    if (ParserStatus status = Hand_On(*found, flags); status != PARSER_OK)
+        return status;
+
+    if (scan_state == SCAN_CALL_BRACKET) {
+        ParserStatus status = Parse_Funcdo(tokenizer, 0, state);
+        scan_state = SCAN_IDLE;
+        operand_seen = 1;
+        return status;
+    }
+    if (found->id == OPERATOR_MEMBER)
+        scan_state = SCAN_MEMBER;
+    if (found->id != OPERATOR_DECREMENT && found->id != OPERATOR_INCREMENT)
+        operand_seen = 0;
+    return PARSER_OK;
+}
+
+ParserStatus ExpressionParser::Hand_On(const _OperatorLookup& op, int flags) {
+    return parser->Expression_Operator(op.id, op.priority, op.operands, op.type, flags);
+}
+
+// A number behind a number is the rest of something like 1.2.3, and ends it.
+ParserStatus ExpressionParser::Take_Number(const char* token, int length) {
+    text.cat(token, length);
+    if (scan_state == SCAN_NUMBER)
+        return Expression_Flush();
+    if (scan_state == SCAN_IDLE || scan_state == SCAN_MINUS)
+        scan_state = SCAN_NUMBER;
+    return PARSER_OK;
+}
+
+// Nothing is flushed: a minus or number that waits is dropped, so that -(a) is (a).
+ParserStatus ExpressionParser::Take_Open_Parenthesis() {
+    ParserStatus status;
+    switch (scan_state) {
+    case SCAN_CALL_NAME:
+        text.cat('(');
+        ++paren_depth;
+        return PARSER_OK;
+    case SCAN_NAME: status = parser->Expression_StartFunctionCall(text.text(), text.length(), 0); break;
+    case SCAN_MEMBER: status = parser->Report<Message::Expected_Member_Name>(); break;
+    default: status = parser->Expression_StartParen(); break;
+    }
+    Reset();
+    return status;
+}
+
+ParserStatus ExpressionParser::Take_Close_Parenthesis() {
+    if (scan_state == SCAN_CALL_NAME)
+        return Close_Call_Text();
+    ParserStatus status = Expression_Flush();
+    if (status == PARSER_OK)
+        status = parser->Expression_CloseParen();
+    operand_seen = 1;
+    return status;
+}
+
+ParserStatus ExpressionParser::Close_Call_Text() {
+    text.cat(')');
+    if (--paren_depth > 0)
+        return PARSER_OK;
+    if (paren_depth < 0)
+        return parser->Report<Message::Expected_Open_Parenthesis>();
+    parser->Capture_Expression_Text(0);
+    return Expression_Flush();
+}
+
+ParserStatus ExpressionParser::Take_Dot() {
+    ParserStatus status = PARSER_OK;
+    switch (scan_state) {
+    case SCAN_IDLE: scan_state = SCAN_NUMBER; break;
+    case SCAN_NAME:
+    case SCAN_DOTTED_NAME:
+        scan_state = SCAN_DOTTED_NAME;
+        (dot_count == 0 ? first_dot : last_dot) = text.length() + 1;
+        break;
+    case SCAN_CALL_BRACKET:
+        scan_state = SCAN_CALL_DOT;
+        paren_depth = 0;
+        parser->Capture_Expression_Text(1);
+        break;
+    case SCAN_CALL_DOT: status = parser->Report<Message::Expected_Function_Name>(); break;
+    default: break;
+    }
+    ++dot_count;
+    text.cat('.');
+    return status;
+}
+
+// A minus in front of white space is no sign of a literal but the operator, which has no left side.
+ParserStatus ExpressionParser::Take_Space() {
+    if (scan_state == SCAN_CALL_NAME)
+        return PARSER_OK;
+    if (scan_state == SCAN_MINUS) {
+        if (ParserStatus status = Hand_On(*minus_operator, 0); status != PARSER_OK)
+            return status;
+    }
+    return Expression_Flush();
+}
+
+// Reads the rest of the value, so that the scan goes on behind it. Identifiers keep the rule of expressions
+// until the next expression ends.
+ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, Tokenizer* tokenizer,
+                                               ParserState* state) {
+    std::string_view unexpected(token, static_cast<std::size_t>(length));
+    parser->Reset_Expression();
+    parser->Reset_Output();
+    ParserStatus status = parser->Report<Message::Unexpected_In_Expression>(unexpected);
+    if (!tokenizer)
+        return status;
+    Tokenizer_TokenType type;
+    const char* skipped;
+    int skipped_length;
+    do
+        type = tokenizer->Get_Next_Token(&skipped, skipped_length);
+    while (type != TOKEN_RBRACE && type != TOKEN_EOF);
+    if (tokenizer->Get_Next_Token(&skipped, skipped_length) != TOKEN_DQUOTE)
+        parser->Report<Message::Unexpected_At_Expression_End>(unexpected);
+    *state = STATE_ATTRIBUTE;
+    return PARSER_OK;
+}
+
+ParserStatus ExpressionParser::Expression_Flush() {
+    ParserStatus status = PARSER_OK;
+    switch (scan_state) {
+    case SCAN_IDLE:
+    case SCAN_CALL_BRACKET: break;
+    case SCAN_NAME:
+    case SCAN_DOTTED_NAME: status = Flush_Name(); break;
+    case SCAN_NUMBER: status = Flush_Number(); break;
+    case SCAN_MINUS: operand_seen = 1; break;
+    case SCAN_MEMBER:
+        status = parser->Expression_Member(text.text(), text.length());
+        operand_seen = 1;
+        break;
+    case SCAN_CALL_DOT: status = parser->Report<Message::Internal_External_Function>(); break;
+    case SCAN_CALL_NAME: status = parser->Expression_StartFunctionCall(text.text(), text.length(), 1); break;
+    }
+    Reset();
+    return status;
+}
+
+ParserStatus ExpressionParser::Flush_Name() {
+    if (text.contains('\\'))
+        text.gsub("\\", nullptr);
+    const char* name;
+    const char* alias = nullptr;
+    int name_length;
+    int alias_length = 0;
+    Variable_Scope scope =
+        VariableHash::Scope(text.text(), text.length(), &name, &name_length, &alias, &alias_length);
+    ParserStatus status = parser->Expression_Variable(name, name_length, scope, alias, alias_length,
+                                                      text.text(), text.length());
+    if (status == PARSER_OK && scope == SCOPE_UNSCOPED)
+        status = Check_Scope();
+    operand_seen = 1;
+    return status;
+}
+
+ParserStatus ExpressionParser::Check_Scope() {
+    CompilerApplication* application = parser->app();
+    if (application && application->Pedantic_Warn() & PEDANTIC_SCOPE)
+        return parser->Report<Message::Unscoped_Variable_Warning>(text);
+    if (application && application->Pedantic_Error() & PEDANTIC_SCOPE)
+        return parser->Report<Message::Unscoped_Variable_Error>(text);
+    return PARSER_OK;
+}
+
+// A float that begins with its point gets a digit in front of it.
+ParserStatus ExpressionParser::Flush_Number() {
+    operand_seen = 1;
+    std::string_view number = text.view();
+    auto dots = std::count(number.begin(), number.end(), '.');
+    if (dots == 0)
+        return parser->Expression_NumericLiteral(text.text(), text.length());
+    int sign_length = number.front() == '-';
+    if (text.matches('.', sign_length)) {
+        String whole = text.before(sign_length);
+        whole.cat('0');
+        whole.cat(text.text() + sign_length, text.length() - sign_length);
+        text = whole;
+    }
+    ParserStatus status = parser->Expression_FloatLiteral(text.text(), text.length());
+    return dots < 2 ? status : parser->Report<Message::Float_Invalid>(text);
+}

@@ -1,0 +1,96 @@
+// Text that is read in one step, not by tokens: the bodies of comments and assembly passages, and quoted
+// values.
+#include "frontend/scanner/parser.h"
+
+#include "app/driver/compiler_application.h"
+#include "core/text_search.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view comment_open = "<TnCOMMENT>";
+constexpr std::string_view comment_close = "</TnCOMMENT>";
+constexpr std::string_view assembly_close = "</TnASSEMBLY>";
+
+constexpr int Length(std::string_view text) {
+    return static_cast<int>(text.size());
+}
+
+// What stands between a tag's name and its closing tag, less the byte behind the name, which as a rule is the
+// >.
+std::string_view Body(const char* text, int length, std::string_view close) {
+    int body_length = length - 1 - Length(close);
+    return body_length > 0 ? std::string_view(text + 1, static_cast<std::size_t>(body_length))
+                           : std::string_view("");
+}
+
+} // namespace
+
+ParserStatus Parser::Eat_TnCOMMENT() {
+    int line = Linenumber();
+    const char* text;
+    int length = 0;
+    state = STATE_TEXT;
+    Tokenizer_TokenType type =
+        tokenizer->Read_Until(&text, length, comment_close.data(), Length(comment_close));
+    if (type == TOKEN_EOF)
+        return PARSER_OK;
+    if (type == TOKEN_UNTERMINATED) {
+        Report_At<Message::Comment_Unterminated>(line, nullptr);
+        return PARSER_FATAL;
+    }
+    std::string_view body = Body(text, length, comment_close);
+    auto search = length < 301 ? bf_searchi : bm_searchi;
+    if (search(comment_open.data(), Length(comment_open), body.data(), Length(body)) >= 0)
+        Report_At<Message::Comment_Nested>(line, nullptr);
+    Output_Comment(body.data(), Length(body));
+    return PARSER_OK;
+}
+
+// Unlike a comment, a passage that is not closed is taken as if the text ended with its closing tag: sources
+// rely on neither being reported, nor on the bytes that this costs.
+ParserStatus Parser::Eat_TnASSEMBLY() {
+    int line = Linenumber();
+    const char* text;
+    int length = 0;
+    state = STATE_TEXT;
+    if (tokenizer->Read_Until(&text, length, assembly_close.data(), Length(assembly_close)) == TOKEN_EOF) {
+        Report_At<Message::Assembly_Unterminated>(line, nullptr);
+        return PARSER_FATAL;
+    }
+    std::string_view body = Body(text, length, assembly_close);
+    Output_Assembly(body.data(), Length(body));
+    return PARSER_OK;
+}
+
+// Reads the rest of a value, whose first token is given. The escapes stay in the value, the closing quote
+// does not belong to it. A value that is not closed runs to the end of the text.
+ParserStatus Parser::Process_Quoted_String(char quote, const char* text, int length) {
+    if (pending_text) {
+        pending_length += length;
+        value_length = 0;
+    } else {
+        value_text = text;
+        value_length = length;
+    }
+    int line = Linenumber();
+    const char* rest;
+    int rest_length;
+    state = STATE_ATTRIBUTE;
+    if (Read_Until(&rest, rest_length, quote) == TOKEN_EOF) {
+        Report_At<Message::Quoted_Value_Unterminated>(line, nullptr);
+        return PARSER_FATAL;
+    }
+    if (pending_text) {
+        pending_length += rest_length;
+        return PARSER_OK;
+    }
+    return Attribute_Value(value_text, std::max(value_length + rest_length - 1, 0));
+}
+
+bool Parser::Verify_Numeric(const char* text, int length) {
+    int bad_number = 0;
+    TarnApplication::stod(text, length, length, &bad_number);
+    return !bad_number;
+}

@@ -1,0 +1,45 @@
+#include "frontend/scanner/tag_lookup.h"
+
+#include "frontend/scanner/perfect_hash.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr _TagLookup Row(int id, std::string_view key, int required, int optional) {
+    return {id, required == NO_SLOTS ? 0 : 2, required, optional, static_cast<int>(key.size()), key.data()};
+}
+
+constexpr std::array rows{
+#define TAG(name, id, key, required, optional) Row(id, key, required, optional),
+#define TAG_KEY(name, key, required, optional) Row(Tag::name, key, required, optional),
+#include "frontend/scanner/tags.def"
+};
+
+constexpr Perfect_Hash<_TagLookup, rows.size(), 7, 6> tags(rows);
+
+using Word = std::array<char, 24>;
+
+constexpr Word Spelled(std::string_view key) {
+    Word word{};
+    for (std::size_t i = 0; i < key.size(); ++i)
+        word[i] = key[i] >= 'a' && key[i] <= 'z' ? static_cast<char>(key[i] - 'a' + 'A') : key[i];
+    if (key.substr(0, 2) == "tn")
+        word[1] = 'n';
+    return word;
+}
+
+constexpr Word words[] = {
+#define TAG(name, id, key, required, optional) Spelled(key),
+#include "frontend/scanner/tags.def"
+};
+
+} // namespace
+
+const char* Tag_Word(int tag) {
+    return words[tag].data();
+}
+
+const _TagLookup* TagLookup::Lookup(const char* name, int length) const {
+    return tags.Find(name, length);
+}

@@ -1,0 +1,366 @@
+#include "frontend/scanner/tokenizer.h"
+
+#include "core/text_search.h"
+#include "files/file.h"
+#include "files/file_manager.h"
+#include "files/file_status.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+namespace {
+
+enum Byte_Trait : unsigned char {
+    TAG_NAME_BYTE = 1,        // goes on in an identifier inside a tag
+    EXPRESSION_NAME_BYTE = 2, // goes on in an identifier inside an expression
+    DIGIT = 4,
+    HEX_DIGIT = 8,
+    WHITE_SPACE = 16,
+};
+
+using Byte_Table = std::array<unsigned char, 256>;
+
+constexpr Byte_Table first_bytes = [] {
+    Byte_Table table{};
+    table.fill(TOKEN_OTHER);
+    for (unsigned char byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+        table[byte] = TOKEN_SPACE | VARYING_LENGTH;
+    for (unsigned char byte : {'$', '*', ',', '/', ':', '[', ']'})
+        table[byte] = TOKEN_OPERATOR;
+    for (unsigned char byte : {'+', '-'})
+        table[byte] = TOKEN_OPERATOR | VARYING_LENGTH;
+    for (unsigned char byte = '0'; byte <= '9'; ++byte)
+        table[byte] = TOKEN_NUMBER | VARYING_LENGTH;
+    for (unsigned char byte = 'a'; byte <= 'z'; ++byte)
+        table[byte] = table[byte - 'a' + 'A'] = TOKEN_IDENT | VARYING_LENGTH;
+    table['_'] = TOKEN_IDENT | VARYING_LENGTH;
+    table['\0'] = TOKEN_EOF | VARYING_LENGTH;
+    table['>'] = TOKEN_GT;
+    table['<'] = TOKEN_LT;
+    table['!'] = TOKEN_BANG;
+    table['='] = TOKEN_EQUALS;
+    table['"'] = TOKEN_DQUOTE;
+    table['\''] = TOKEN_SQUOTE;
+    table['{'] = TOKEN_LBRACE;
+    table['}'] = TOKEN_RBRACE;
+    table['('] = TOKEN_LPAREN;
+    table[')'] = TOKEN_RPAREN;
+    table['.'] = TOKEN_DOT;
+    table['\\'] = TOKEN_BACKSLASH;
+    return table;
+}();
+
+constexpr Byte_Table byte_traits = [] {
+    Byte_Table table{};
+    for (unsigned char byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+        table[byte] = WHITE_SPACE;
+    for (unsigned char byte = '0'; byte <= '9'; ++byte)
+        table[byte] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | DIGIT | HEX_DIGIT;
+    for (unsigned char byte = 'a'; byte <= 'z'; ++byte) {
+        unsigned char traits = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | (byte <= 'f' ? HEX_DIGIT : 0);
+        table[byte] = table[byte - 'a' + 'A'] = traits;
+    }
+    table['_'] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE;
+    for (unsigned char byte : {'-', ':', '\\'})
+        table[byte] = TAG_NAME_BYTE;
+    return table;
+}();
+
+unsigned First_Token(char byte) {
+    return token_first_bytes[static_cast<unsigned char>(byte)];
+}
+
+bool Has_Trait(char byte, Byte_Trait trait) {
+    return byte_traits[static_cast<unsigned char>(byte)] & trait;
+}
+
+struct Text_Run {
+    const char* end;
+    int line_feeds;
+};
+
+// The bytes up to the first '<' or zero byte. Long texts are the bulk of many sources, so the search and the
+// count are one pass over 16 bytes at a time; what is left at the end of the text is looked at byte by byte.
+Text_Run Find_End_Of_Text(const char* at, const char* end) {
+    int line_feeds = 0;
+#ifdef __SSE2__
+    const __m128i zero = _mm_setzero_si128();
+    __m128i feed_counts = zero; // two sums
+    auto count = [&] {
+        return line_feeds + _mm_cvtsi128_si32(feed_counts) +
+               _mm_cvtsi128_si32(_mm_srli_si128(feed_counts, 8));
+    };
+    for (; end - at >= 16; at += 16) {
+        __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        __m128i stops = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')), _mm_cmpeq_epi8(bytes, zero));
+        __m128i feeds = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n'));
+        if (unsigned stop_bits = static_cast<unsigned>(_mm_movemask_epi8(stops))) {
+            int length = __builtin_ctz(stop_bits);
+            unsigned feed_bits = static_cast<unsigned>(_mm_movemask_epi8(feeds)) & ((1U << length) - 1);
+            for (; feed_bits; feed_bits &= feed_bits - 1)
+                ++line_feeds;
+            return {at + length, count()};
+        }
+        feed_counts = _mm_add_epi64(feed_counts, _mm_sad_epu8(_mm_sub_epi8(zero, feeds), zero));
+    }
+    line_feeds = count();
+#endif
+    for (; at < end && *at != '<' && *at != '\0'; ++at)
+        line_feeds += *at == '\n';
+    return {at, line_feeds};
+}
+
+const char* Behind_Last_Line_Feed(const char* begin, const char* end) {
+    if (end[-1] == '\n')
+        return end;
+    return static_cast<const char*>(memrchr(begin, '\n', static_cast<std::size_t>(end - begin))) + 1;
+}
+
+} // namespace
+
+constinit const Byte_Table token_first_bytes = first_bytes;
+
+Tokenizer::Tokenizer(FileManager* filemanager)
+    : filemanager(filemanager), buffer(nullptr), length(0), position(0), bare_expression(0), open_pending(1),
+      close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr), peek_text(nullptr),
+      peek_length(0), peek_type(TOKEN_EOF), identifier_limit(0) {
+}
+
+Tokenizer::Tokenizer(const char* text, int length, int bare_expression)
+    : filemanager(nullptr), buffer(text), length(length), position(0), bare_expression(bare_expression),
+      open_pending(1), close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr),
+      peek_text(nullptr), peek_length(0), peek_type(TOKEN_EOF), identifier_limit(length) {
+}
+
+Tokenizer::~Tokenizer() {
+    delete file;
+}
+
+bool Tokenizer::Open(const String& path) {
+    bool is_directory = false;
+    if (!filemanager->IsDirectory(path.text(), &is_directory)) {
+        lasterror = filemanager->error();
+        return false;
+    }
+    if (is_directory) {
+        lasterror = "Is a directory";
+        return false;
+    }
+    if (Is_Stream(path.text())) {
+        lasterror = std::strerror(ESPIPE);
+        return false;
+    }
+    file = filemanager->Open(path.text(), FILE_MODE_READ);
+    if (!file) {
+        lasterror = filemanager->error();
+        return false;
+    }
+    filename = path;
+    position = 0;
+    return Map_File();
+}
+
+// A text that was given stays where it is.
+bool Tokenizer::File_Activate() {
+    if (!file)
+        return true;
+    if (!file->Activate(lasterror)) {
+        Use_No_Text();
+        return false;
+    }
+    return Map_File();
+}
+
+void Tokenizer::File_Deactivate() {
+    if (!file)
+        return;
+    file->Release();
+    buffer = line_start = peek_text = nullptr;
+    file->Deactivate();
+}
+
+// Positions are ints, so a text of 2 GiB is refused.
+bool Tokenizer::Map_File() {
+    long size = file->Length();
+    if (size > INT_MAX)
+        lasterror = std::strerror(EFBIG);
+    else if (size == 0)
+        buffer = "";
+    else if (size < 0 || !(buffer = file->Map(0, size)))
+        lasterror = file->error();
+    if (size > INT_MAX || !buffer) {
+        Use_No_Text();
+        return false;
+    }
+    length = identifier_limit = static_cast<int>(size);
+    position = std::min(position, length);
+    return true;
+}
+
+void Tokenizer::Use_No_Text() {
+    buffer = "";
+    length = identifier_limit = position = 0;
+}
+
+// One that was held back, one that a bare expression has or may have of its own, and the end.
+Tokenizer_TokenType Tokenizer::Get_Rare_Token(const char** text, int& token_length) {
+    if (peek_text) {
+        *text = peek_text;
+        token_length = peek_length;
+        peek_text = nullptr;
+        return peek_type;
+    }
+    *text = buffer + position;
+    token_length = 0;
+    if (bare_expression && open_pending) {
+        open_pending = 0;
+        return TOKEN_LBRACE;
+    }
+    Tokenizer_TokenType type;
+    return Check_Buffer_Fullness(type) ? type : Scan_Token(text, token_length);
+}
+
+// Of a token that may have another length than 1. A zero byte is passed, but does not belong to the token.
+int Tokenizer::Token_Length(Tokenizer_TokenType type, const char* start) {
+    const char* end = start + 1;
+    if (type == TOKEN_IDENT)
+        end = End_Of_Identifier(end);
+    else if (type == TOKEN_SPACE)
+        end = End_Of_Space(start);
+    else if (type == TOKEN_NUMBER)
+        end = End_Of_Number(start);
+    else if (type == TOKEN_OPERATOR)
+        end += end < buffer + length && *end == *start;
+    else {
+        ++position;
+        end = start;
+    }
+    return static_cast<int>(end - start);
+}
+
+Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_length) {
+    if (in_expression || bare_expression || peek_text || position >= length || buffer[position] == '<')
+        return Get_Next_Token(text, token_length);
+    const char* start = buffer + position;
+    Text_Run run = Find_End_Of_Text(start, buffer + length);
+    if (run.end == start)
+        return Scan_Token(text, token_length);
+    if (run.line_feeds) {
+        line += run.line_feeds;
+        line_start = Behind_Last_Line_Feed(start, run.end);
+    }
+    *text = start;
+    token_length = static_cast<int>(run.end - start);
+    position += token_length;
+    return TOKEN_OTHER;
+}
+
+void Tokenizer::Read_Dotted_Name(int& token_length) {
+    while (!peek_text && length - position > 1 && buffer[position] == '.' &&
+           First_Token(buffer[position + 1]) == (TOKEN_IDENT | VARYING_LENGTH)) {
+        int end = static_cast<int>(End_Of_Identifier(buffer + position + 2) - buffer);
+        token_length += end - position;
+        position = end;
+    }
+}
+
+Tokenizer_TokenType Tokenizer::Peek(const char** text, int& token_length) {
+    Tokenizer_TokenType type = Get_Next_Token(text, token_length);
+    peek_text = *text;
+    peek_length = token_length;
+    return peek_type = type;
+}
+
+Tokenizer_TokenType Tokenizer::Read_Until(const char** text, int& token_length, char terminator,
+                                          char escape) {
+    const char* start = buffer + position;
+    *text = start;
+    token_length = 0;
+    Tokenizer_TokenType type;
+    if (Check_Buffer_Fullness(type))
+        return type;
+    const char* end = buffer + length;
+    const char* at = start;
+    while (at < end) {
+        while (at < end && *at == escape)
+            at += std::min<long>(2, end - at);
+        if (at == end)
+            break;
+        char byte = *at++;
+        if (byte == '\n')
+            Note_Line_Feed(at);
+        if (byte == terminator)
+            break;
+    }
+    token_length = static_cast<int>(at - start);
+    position += token_length;
+    return at < end || at[-1] == terminator ? TOKEN_OTHER : TOKEN_UNTERMINATED;
+}
+
+Tokenizer_TokenType Tokenizer::Read_Until(const char** text, int& token_length, const char* pattern,
+                                          int pattern_length) {
+    const char* start = buffer + position;
+    *text = start;
+    Tokenizer_TokenType type;
+    if (Check_Buffer_Fullness(type))
+        return type;
+    int rest = length - position;
+    int found = rest > 300 ? bm_searchi(pattern, pattern_length, start, rest)
+                           : bf_searchi(pattern, pattern_length, start, rest);
+    if (found < 0 && bare_expression) {
+        bare_expression = 0;
+        return TOKEN_RBRACE;
+    }
+    token_length = found < 0 ? rest : found + pattern_length;
+    position += token_length;
+    line += static_cast<int>(std::count(start, start + token_length, '\n'));
+    return found < 0 ? TOKEN_UNTERMINATED : TOKEN_OTHER;
+}
+
+void Tokenizer::Note_Line_Feed(const char* behind) {
+    ++line;
+    line_start = behind;
+}
+
+const char* Tokenizer::End_Of_Space(const char* at) {
+    for (const char* end = buffer + length; at < end && Has_Trait(*at, WHITE_SPACE); ++at) {
+        if (*at == '\n')
+            Note_Line_Feed(at + 1);
+    }
+    return at;
+}
+
+const char* Tokenizer::End_Of_Number(const char* at) const {
+    const char* end = buffer + length;
+    Byte_Trait digit = DIGIT;
+    if (end - at > 2 && at[0] == '0' && (at[1] == 'x' || at[1] == 'X') && Has_Trait(at[2], HEX_DIGIT)) {
+        digit = HEX_DIGIT;
+        at += 2;
+    }
+    for (bool dotted = false; at < end; ++at) {
+        if (*at == '.' && !dotted)
+            dotted = true;
+        else if (!Has_Trait(*at, digit))
+            break;
+    }
+    return at;
+}
+
+// In an expression a backslash takes the byte behind it, whatever that is.
+inline const char* Tokenizer::End_Of_Identifier(const char* at) const {
+    const char* end = buffer + identifier_limit;
+    Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
+    for (;;) {
+        while (at < end && Has_Trait(*at, name_byte))
+            ++at;
+        if (!in_expression || at == end || *at != '\\')
+            return at;
+        at += std::min<long>(2, end - at);
+    }
+}

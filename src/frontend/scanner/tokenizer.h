@@ -1,0 +1,131 @@
+#ifndef FRONTEND_TOKENIZER_H
+#define FRONTEND_TOKENIZER_H
+
+#include "core/string.h"
+#include "frontend/scanner/parser_types.h"
+
+#include <array>
+
+class File;
+class FileManager;
+
+// The token that a byte starts, with a bit for those that may have another length than 1.
+extern const std::array<unsigned char, 256> token_first_bytes;
+inline constexpr unsigned char VARYING_LENGTH = 0x80;
+
+// Tokenizer turns a text that is held whole in memory into small tokens. A token is a slice of the text, so
+// that the scanner can rebuild any stretch of the source by adding up lengths; nothing is copied. It serves a
+// source file, the file of an include, and a piece of text that is scanned as an expression.
+//
+// Source files are mapped, never read into memory. No byte outside the text is looked at: behind a file whose
+// size is a multiple of the page size there is nothing. A zero byte ends the text like its end does.
+//
+// The owner of the tokenizer keeps a text that was given alive; the file is the tokenizer's own.
+class Tokenizer {
+  public:
+    explicit Tokenizer(FileManager* filemanager);
+    // With bare_expression the text is an expression without braces, and the tokenizer adds a pair, as tokens
+    // of length 0; an empty text gets the opening one only.
+    Tokenizer(const char* text, int length, int bare_expression);
+    virtual ~Tokenizer();
+    Tokenizer(const Tokenizer&) = delete;
+    Tokenizer& operator=(const Tokenizer&) = delete;
+
+    // Lets the text that was given end early. An identifier that starts ahead of that runs on to its own end.
+    void End_Early(int new_length) { length = new_length; }
+
+    // Brings the file in. On failure lasterror has the reason and the text is empty.
+    [[nodiscard]] bool Open(const String& path);
+
+    // The token's first byte and its length. At the end of the text, and for a brace that was added, the
+    // length is 0.
+    inline Tokenizer_TokenType Get_Next_Token(const char** text, int& token_length);
+    // The same with all bytes up to the next '<' as one token, of type TOKEN_OTHER: outside of tags nothing
+    // else is told apart. Answers an ordinary token where the identifiers of expressions could hide a '<'.
+    Tokenizer_TokenType Get_Next_Text(const char** text, int& token_length);
+    // The token that the next Get_Next_Token will return. The line counter moves now.
+    Tokenizer_TokenType Peek(const char** text, int& token_length);
+    // Extends an identifier that was just read over what continues a dotted name: any number of dots that are
+    // directly followed by an identifier.
+    void Read_Dotted_Name(int& token_length);
+    // Reads to the first terminator, which belongs to the slice, over pairs of the escape and another byte.
+    // The answer is TOKEN_OTHER, TOKEN_UNTERMINATED when the text ended first, or that of
+    // Check_Buffer_Fullness when nothing was left at all.
+    Tokenizer_TokenType Read_Until(const char** text, int& token_length, char terminator, char escape);
+    // Likewise to the end of a pattern, in any case. A bare expression that lacks it answers TOKEN_RBRACE,
+    // once, and stays where it is.
+    Tokenizer_TokenType Read_Until(const char** text, int& token_length, const char* pattern,
+                                   int pattern_length);
+
+    // Takes the file and its text back; position and line have stayed. On failure lasterror has the reason
+    // and the text is empty.
+    [[nodiscard]] bool File_Activate();
+    // Gives the file and its mapping up while an included file is read.
+    void File_Deactivate();
+
+    // True when no text is left, with the type of the token that says so.
+    inline bool Check_Buffer_Fullness(Tokenizer_TokenType& type);
+
+    // The order of the fields is part of the binary interface.
+  private:
+    FileManager* filemanager;
+    const char* buffer;
+    int length;
+    int position; // of the next unread byte
+    int bare_expression;
+    int open_pending; // the opening brace of a bare expression is still to come
+    int close_sent;   // its closing brace has gone out
+    File* file;       // owned
+
+  public:
+    String filename;
+    int in_expression; // chooses the rule for identifiers; the scanner sets it
+    String lasterror;
+    int line; // line feeds passed so far
+
+  private:
+    const char* line_start; // behind the last line feed that was passed
+    const char* peek_text;  // null when no token is held back
+    int peek_length;
+    Tokenizer_TokenType peek_type;
+    int identifier_limit; // length, or what it was before the text was made to end early
+
+    bool Map_File();
+    void Use_No_Text();
+    void Note_Line_Feed(const char* behind);
+    Tokenizer_TokenType Get_Rare_Token(const char** text, int& token_length);
+    inline Tokenizer_TokenType Scan_Token(const char** text, int& token_length);
+    int Token_Length(Tokenizer_TokenType type, const char* start);
+    const char* End_Of_Space(const char* at);
+    const char* End_Of_Number(const char* at) const;
+    const char* End_Of_Identifier(const char* at) const;
+};
+
+inline bool Tokenizer::Check_Buffer_Fullness(Tokenizer_TokenType& type) {
+    if (position < length)
+        return false;
+    bool close = bare_expression && length != 0 && !close_sent;
+    if (close)
+        close_sent = 1;
+    type = close ? TOKEN_RBRACE : TOKEN_EOF;
+    return true;
+}
+
+inline Tokenizer_TokenType Tokenizer::Get_Next_Token(const char** text, int& token_length) {
+    if (peek_text || bare_expression || position >= length) [[unlikely]]
+        return Get_Rare_Token(text, token_length);
+    return Scan_Token(text, token_length);
+}
+
+// Of the text, which has not ended.
+inline Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) {
+    const char* start = buffer + position;
+    *text = start;
+    unsigned first = token_first_bytes[static_cast<unsigned char>(*start)];
+    auto type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
+    token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
+    position += token_length;
+    return type;
+}
+
+#endif

@@ -1,0 +1,17 @@
+// The text of attributes, and what is asked of it.
+#ifndef COMPILER_TEXT_PIECES_H
+#define COMPILER_TEXT_PIECES_H
+
+#include "core/text_words.h"
+#include "frontend/values/attribute_value.h"
+
+#include <string_view>
+
+// The plain text of a value, empty when it has none.
+inline std::string_view Text_Of(const AttributeValue& value) {
+    int length = 0;
+    const char* text = value.Get_Simple_Text(&length);
+    return text ? std::string_view(text, static_cast<std::size_t>(length)) : std::string_view();
+}
+
+#endif
