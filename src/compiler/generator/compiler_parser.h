@@ -21,6 +21,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 class CompilerOutput;
 class ExternalCallManager;
@@ -283,7 +284,10 @@ class CompilerParser : public Parser {
         Tag_Operation at_end;   // End_Of_Tag, behind the attributes
     };
     static const Tag_Actions tag_actions[]; // by tag id, null where a tag does nothing
-    static constexpr bool Has_Its_Row(Tag_Operation operation, int tag);
+    template <Tag_Operation operation, int tag>
+    static constexpr bool Has_Its_Row();
+    template <int... tags>
+    static constexpr bool Actions_Are_Sound(std::integer_sequence<int, tags...>);
 
     // tag_dispatch.cpp
     // Reports a message without placeholders that a table has chosen.

@@ -5,6 +5,7 @@
 #include "compiler/records/tag_rows.h"
 
 #include <iterator>
+#include <type_traits>
 #include <utility>
 
 // The jumps that leave or repeat a block differ on purpose in when they run: those that run at the start do
@@ -116,30 +117,31 @@ bool Is_Allowed_In_Array_Block(int tag) {
 
 } // namespace
 
-// Whether the table that an operation reads, if it reads one, has a row for the tag.
-constexpr bool CompilerParser::Has_Its_Row(Tag_Operation operation, int tag) {
-    if (operation == &CompilerParser::Generate_Plain_Tag)
-        return Find_Row(plain_tags, tag);
-    if (operation == &CompilerParser::Jump_In_Block)
-        return Find_Row(block_jumps, tag);
-    if (operation == &CompilerParser::Close_Loop_Block)
-        return Find_Row(loop_blocks, tag) && Find_Row(block_families, tag);
+// Whether the table that an operation reads, if it reads one, has a row for the tag. Operations are told
+// apart as types, since sanitizers keep pointers from being compared while compiling.
+template <CompilerParser::Tag_Operation operation, int tag>
+constexpr bool CompilerParser::Has_Its_Row() {
+    using Asked = std::integral_constant<Tag_Operation, operation>;
+    if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Generate_Plain_Tag>>)
+        return Has_Row(plain_tags, tag);
+    if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Jump_In_Block>>)
+        return Has_Row(block_jumps, tag);
+    if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Close_Loop_Block>>)
+        return Has_Row(loop_blocks, tag) && Has_Row(block_families, tag);
     return true;
+}
+
+template <int... tags>
+constexpr bool CompilerParser::Actions_Are_Sound(std::integer_sequence<int, tags...>) {
+    return ((tag_actions[tags].tag == tags && Has_Its_Row<tag_actions[tags].at_open, tags>() &&
+             Has_Its_Row<tag_actions[tags].at_close, tags>() &&
+             Has_Its_Row<tag_actions[tags].at_end, tags>()) &&
+            ...);
 }
 
 ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, int optional,
                                           const char* name) {
-    static_assert([] {
-        int id = 0;
-        for (const Tag_Actions& actions : tag_actions) {
-            if (actions.tag != id++)
-                return false;
-            for (const Tag_Operation operation : {actions.at_open, actions.at_close, actions.at_end})
-                if (!Has_Its_Row(operation, actions.tag))
-                    return false;
-        }
-        return true;
-    }());
+    static_assert(Actions_Are_Sound(std::make_integer_sequence<int, std::size(tag_actions)>()));
 
     current_attribute = ATTRIBUTE_NONE;
     ParserStatus placement = PARSER_OK;

@@ -5,20 +5,21 @@
 #include <cassert>
 #include <cstddef>
 
-// The row of a tag, null where it has none.
 template <typename Row, std::size_t count>
-constexpr const Row* Find_Row(const Row (&rows)[count], int tag) {
+constexpr bool Has_Row(const Row (&rows)[count], int tag) {
     for (const Row& row : rows)
         if (row.tag == tag)
-            return &row;
-    return nullptr;
+            return true;
+    return false;
 }
 
 // The row of a tag that has one: tag_dispatch.cpp checks while compiling that the tags it sends on do.
 template <typename Row, std::size_t count>
 constexpr const Row& Row_Of(const Row (&rows)[count], int tag) {
-    const Row* row = Find_Row(rows, tag);
-    assert(row);
+    assert(Has_Row(rows, tag));
+    const Row* row = rows;
+    while (row->tag != tag)
+        ++row;
     return *row;
 }
 
