@@ -36,7 +36,7 @@ template <class Text, void append(Text&)>
 void Cat(benchmark::State& state) {
     for (auto _ : state) {
         Text text;
-        for (int64_t i = 0; i < state.range(0); i++)
+        for (std::int64_t i = 0; i < state.range(0); ++i)
             append(text);
         benchmark::DoNotOptimize(text);
     }
@@ -49,9 +49,9 @@ BENCHMARK_TEMPLATE(Cat, String, Append_Character)->Arg(16)->Arg(100000);
 BENCHMARK_TEMPLATE(Cat, std::string, Append_Character)->Arg(16)->Arg(100000);
 
 // Names as a page has them, in an order that has nothing to do with where they stand in memory.
-std::vector<std::string> Names(int64_t count) {
+std::vector<std::string> Names(std::int64_t count) {
     std::vector<std::string> names;
-    for (int64_t i = 0; i < count; i++)
+    for (std::int64_t i = 0; i < count; ++i)
         names.push_back("l.basket_item_" + std::to_string(i));
     std::shuffle(names.begin(), names.end(), std::mt19937(1));
     return names;
@@ -122,7 +122,7 @@ void Table_Find(benchmark::State& state) {
     std::shuffle(names.begin(), names.end(), std::mt19937(2));
     for (std::string& name : names)
         name += searched == Absent ? "_" : "";
-    size_t i = 0;
+    std::size_t i = 0;
     for (auto _ : state) {
         benchmark::DoNotOptimize(table.Find(names[i]));
         i = i + 1 < names.size() ? i + 1 : 0;
@@ -132,7 +132,7 @@ void Table_Find(benchmark::State& state) {
 
 // Equals behind equals, as the table of all calls has them.
 void Insert_Equals(benchmark::State& state) {
-    std::vector<Entry> entries(static_cast<size_t>(state.range(0)), Entry{"l.same_name"});
+    std::vector<Entry> entries(static_cast<std::size_t>(state.range(0)), Entry{"l.same_name"});
     for (auto _ : state) {
         Own_Table<1> table;
         Insert_All(table, entries);
@@ -154,14 +154,14 @@ std::vector<double> Numbers() {
     std::mt19937_64 random(3);
     std::uniform_real_distribution<double> prices(-10000, 10000);
     std::vector<double> numbers;
-    for (int i = 0; i < 1000; i++)
+    for (int i = 0; i < 1000; ++i)
         numbers.push_back(prices(random));
     return numbers;
 }
 
 void Double_To_Text(benchmark::State& state) {
     const std::vector<double> numbers = Numbers();
-    size_t i = 0;
+    std::size_t i = 0;
     for (auto _ : state) {
         String text;
         int len, size;
@@ -173,7 +173,7 @@ void Double_To_Text(benchmark::State& state) {
 
 void Double_To_Text_By_To_Chars(benchmark::State& state) {
     const std::vector<double> numbers = Numbers();
-    size_t i = 0;
+    std::size_t i = 0;
     for (auto _ : state) {
         char digits[512];
         const double number = numbers[i++ % numbers.size()];

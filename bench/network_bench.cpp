@@ -4,7 +4,6 @@
 #include "network/unix_network_connection.h"
 
 #include <benchmark/benchmark.h>
-
 #include <fcntl.h>
 #include <string>
 #include <sys/socket.h>
@@ -34,8 +33,8 @@ void Read_Long_Line(benchmark::State& state) {
     for (auto _ : state) {
         Paired_Connection connection(&application);
         const std::jthread peer([&] {
-            for (size_t sent = 0; sent < head.size();)
-                sent += static_cast<size_t>(write(connection.peer, &head[sent], head.size() - sent));
+            for (std::size_t sent = 0; sent < head.size();)
+                sent += static_cast<std::size_t>(write(connection.peer, &head[sent], head.size() - sent));
         });
         HTTPResponseStream stream(&connection, 60);
         if (!stream.Read_Headers())

@@ -5,9 +5,8 @@
 #include "core/md5.h"
 #include "core/text_search.h"
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
+#include <benchmark/benchmark.h>
 #include <cstring>
 #include <functional>
 #include <string>

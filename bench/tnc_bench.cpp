@@ -28,7 +28,7 @@ void Compile_Page(benchmark::State& state, const char* mix) {
             return;
         }
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(std::filesystem::file_size(page)));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(std::filesystem::file_size(page)));
 }
 BENCHMARK_CAPTURE(Compile_Page, text, "text")->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(Compile_Page, typical, "typical")->Unit(benchmark::kMillisecond);

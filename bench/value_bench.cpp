@@ -8,7 +8,6 @@
 
 #include <benchmark/benchmark.h>
 #include <mpdecimal.h>
-
 #include <random>
 #include <string>
 #include <vector>
@@ -19,14 +18,14 @@ const bool decimal_context_is_set = mpd_ieee_context(&Tarn_MPD_Context, MPD_DECI
 
 VariableHold Array(int count) {
     VariableHold array(new Variable);
-    for (int i = 1; i <= count; i++)
+    for (int i = 1; i <= count; ++i)
         array->Element(i, 1)->SetValue_Integer(i);
     return array;
 }
 
 std::vector<int> Random_Numbers(int count) {
     std::mt19937 random{1};
-    std::vector<int> numbers(static_cast<size_t>(count));
+    std::vector<int> numbers(static_cast<std::size_t>(count));
     for (int& number : numbers)
         number = std::uniform_int_distribution<int>(1, count)(random);
     return numbers;
@@ -34,13 +33,13 @@ std::vector<int> Random_Numbers(int count) {
 
 std::vector<std::string> Names(int count) {
     std::vector<std::string> names;
-    for (int i = 0; i < count; i++)
+    for (int i = 0; i < count; ++i)
         names.push_back("Variable_" + std::to_string(i));
     return names;
 }
 
 void Per_Item(benchmark::State& state) {
-    state.SetItemsProcessed(static_cast<int64_t>(state.iterations()) * state.range(0));
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
 }
 
 void Read_Converted(benchmark::State& state) {
@@ -89,7 +88,7 @@ void Elements_In_Order(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
     const VariableHold array = Array(count);
     for (auto _ : state)
-        for (int i = 1; i <= count; i++)
+        for (int i = 1; i <= count; ++i)
             benchmark::DoNotOptimize(array->Element(i, 0));
     Per_Item(state);
 }
@@ -141,7 +140,7 @@ void Index_By_Slot(benchmark::State& state) {
     for (const std::string& name : names)
         table.SetVariable(name.data(), -1, "1", 1);
     for (auto _ : state)
-        for (int slot = 0; slot < table.Entries(); slot++)
+        for (int slot = 0; slot < table.Entries(); ++slot)
             benchmark::DoNotOptimize(table.Index(slot, 0));
     Per_Item(state);
 }

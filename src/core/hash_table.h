@@ -100,8 +100,8 @@ class HashTable {
     // `link` tells that the slot is the last of a ring of equals, chained through `next` in the order of
     // insertion and from the last to the first; without it the slot's element has no equals.
     struct Place {
-        uint32_t hash;
-        uint32_t link;
+        std::uint32_t hash;
+        std::uint32_t link;
 
         int slot() const { return static_cast<int>(link >> 1) - 1; }
         bool has_equals() const { return link & 1; }
@@ -121,21 +121,21 @@ class HashTable {
     int cursor = 0;
     bool behind_last = false; // the cursor waits behind the last slot for what comes
     int room = 0;             // what is allocated for next and slots
-    size_t places = 0;        // size of the index, a power of two
-    size_t places_used = 0;
+    std::size_t places = 0;   // size of the index, a power of two
+    std::size_t places_used = 0;
 
   private:
     static constexpr int slot_growth = 512;
     static constexpr int least_room = 32;
-    static constexpr size_t least_places = 64;
+    static constexpr std::size_t least_places = 64;
 
     unsigned Bucket(std::string_view key) const;
-    uint32_t Index_Hash(std::string_view key) const;
-    uint32_t Index_Hash(T* e) const { return Index_Hash(Hash_Key(*e)); }
+    std::uint32_t Index_Hash(std::string_view key) const;
+    std::uint32_t Index_Hash(T* e) const { return Index_Hash(Hash_Key(*e)); }
     int Compare_Key(T* e, std::string_view key) const;
 
     template <class Equal>
-    Place* Look_Up(uint32_t hash, Equal equal) const;
+    Place* Look_Up(std::uint32_t hash, Equal equal) const;
     int First_Slot(const Place& place) const;
     T* Find_Element(const Place* place) const;
     void Make_Room();
@@ -159,8 +159,8 @@ template <class T>
 HashTable<T>::HashTable(const HashTable& other)
     : HashTable(0, other.case_insensitive, other.bucket_bits, other.capacity) {
     if (other.entries) {
-        slots = Resized_Array(slots, static_cast<size_t>(other.room));
-        next = Resized_Array(next, static_cast<size_t>(other.room));
+        slots = Resized_Array(slots, static_cast<std::size_t>(other.room));
+        next = Resized_Array(next, static_cast<std::size_t>(other.room));
         buckets = Resized_Array(buckets, other.places);
         std::copy_n(other.slots, other.entries, slots);
         // Parts of it were never set.
@@ -203,18 +203,18 @@ unsigned HashTable<T>::hash(const char* key, int len) const {
 template <class T>
 void HashTable<T>::Insert(T* e) {
     Make_Room();
-    const uint32_t hash = Index_Hash(e);
+    const std::uint32_t hash = Index_Hash(e);
     Place* place = Look_Up(hash, [&](T* other) { return Compare(e, other); });
     const int slot = entries;
     slots[slot] = e;
     if (place->link)
         Append_Equal(*place, slot);
     else {
-        *place = {hash, static_cast<uint32_t>(slot + 1) << 1};
-        places_used++;
-        buckets_used++;
+        *place = {hash, static_cast<std::uint32_t>(slot + 1) << 1};
+        ++places_used;
+        ++buckets_used;
     }
-    entries++;
+    ++entries;
 }
 
 template <class T>
@@ -246,9 +246,9 @@ T* HashTable<T>::Remove(const char* key, int len) {
     T* e = slots[slot];
     Remove_First(*place);
     slots[slot] = nullptr;
-    buckets_used--;
+    --buckets_used;
     while (entries && !slots[entries - 1])
-        entries--;
+        --entries;
     if (behind_last)
         cursor = std::min(cursor, entries);
     return e;
@@ -256,13 +256,13 @@ T* HashTable<T>::Remove(const char* key, int len) {
 
 template <class T>
 unsigned HashTable<T>::Bucket(std::string_view key) const {
-    const uint32_t len = static_cast<uint32_t>(key.size());
-    const uint32_t full = case_insensitive ? ::hashi(key.data(), len, 0) : ::hash(key.data(), len, 0);
+    const std::uint32_t len = static_cast<std::uint32_t>(key.size());
+    const std::uint32_t full = case_insensitive ? ::hashi(key.data(), len, 0) : ::hash(key.data(), len, 0);
     return full & (bucket_count - 1);
 }
 
 template <class T>
-uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
+std::uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
     if (case_insensitive)
         return index_hash(key, Joining_Cases());
     // Of keys that differ in case alone those of one bucket have one hash, and those of two buckets two.
@@ -286,8 +286,8 @@ int HashTable<T>::Compare_Key(T* e, std::string_view key) const {
 // must be an index, which always has a free place.
 template <class T>
 template <class Equal>
-typename HashTable<T>::Place* HashTable<T>::Look_Up(uint32_t hash, Equal equal) const {
-    for (size_t i = hash & (places - 1);; i = (i + 1) & (places - 1)) {
+typename HashTable<T>::Place* HashTable<T>::Look_Up(std::uint32_t hash, Equal equal) const {
+    for (std::size_t i = hash & (places - 1);; i = (i + 1) & (places - 1)) {
         Place& place = buckets[i];
         if (!place.link || (place.hash == hash && equal(slots[place.slot()]) == 0))
             return &place;
@@ -314,8 +314,8 @@ void HashTable<T>::Make_Room() {
     }
     if (entries == room) {
         const int grown = room > INT_MAX / 2 ? INT_MAX : std::max(2 * room, least_room);
-        slots = Resized_Array(slots, static_cast<size_t>(grown));
-        next = Resized_Array(next, static_cast<size_t>(grown));
+        slots = Resized_Array(slots, static_cast<std::size_t>(grown));
+        next = Resized_Array(next, static_cast<std::size_t>(grown));
         room = grown;
     }
     if ((places_used + 1) * 4 > places * 3)
@@ -324,14 +324,14 @@ void HashTable<T>::Make_Room() {
 
 template <class T>
 void HashTable<T>::Grow_Index() {
-    const size_t grown_places = std::max(2 * places, least_places);
+    const std::size_t grown_places = std::max(2 * places, least_places);
     Place* grown = static_cast<Place*>(std::calloc(grown_places, sizeof(Place)));
     if (!grown)
         throw std::bad_alloc();
-    for (size_t old = 0; old < places; old++) {
+    for (std::size_t old = 0; old < places; ++old) {
         if (!buckets[old].link)
             continue;
-        size_t i = buckets[old].hash & (grown_places - 1);
+        std::size_t i = buckets[old].hash & (grown_places - 1);
         while (grown[i].link)
             i = (i + 1) & (grown_places - 1);
         grown[i] = buckets[old];
@@ -346,7 +346,7 @@ void HashTable<T>::Append_Equal(Place& place, int slot) {
     const int last = place.slot();
     next[slot] = First_Slot(place);
     next[last] = slot;
-    place.link = static_cast<uint32_t>(slot + 1) << 1 | 1;
+    place.link = static_cast<std::uint32_t>(slot + 1) << 1 | 1;
 }
 
 template <class T>
@@ -361,17 +361,17 @@ void HashTable<T>::Remove_First(Place& place) {
 // Closes the gap: what stands behind moves up, unless that led it ahead of the place that its hash names.
 template <class T>
 void HashTable<T>::Free_Place(Place& place) {
-    const size_t mask = places - 1;
-    size_t gap = &place - buckets;
-    for (size_t i = (gap + 1) & mask; buckets[i].link; i = (i + 1) & mask) {
-        const size_t home = buckets[i].hash & mask;
+    const std::size_t mask = places - 1;
+    std::size_t gap = &place - buckets;
+    for (std::size_t i = (gap + 1) & mask; buckets[i].link; i = (i + 1) & mask) {
+        const std::size_t home = buckets[i].hash & mask;
         if (((i - home) & mask) < ((i - gap) & mask))
             continue;
         buckets[gap] = buckets[i];
         gap = i;
     }
     buckets[gap] = {};
-    places_used--;
+    --places_used;
 }
 
 // An index much larger than what was in it is given up, so that clearing it again and again costs no more
@@ -392,13 +392,13 @@ template <class T>
 void HashTable<T>::Delete_Elements() {
     if (!own)
         return;
-    for (int i = 0; i < entries; i++)
+    for (int i = 0; i < entries; ++i)
         delete slots[i];
 }
 
 template <class T>
 T* HashTable<T>::Walk_Forward(int from) {
-    for (int i = from; i < entries; i++) {
+    for (int i = from; i < entries; ++i) {
         if (slots[i]) {
             cursor = i;
             behind_last = false;
@@ -413,7 +413,7 @@ T* HashTable<T>::Walk_Forward(int from) {
 template <class T>
 T* HashTable<T>::Walk_Backward(int from) {
     behind_last = false;
-    for (cursor = from; cursor >= 0; cursor--) {
+    for (cursor = from; cursor >= 0; --cursor) {
         if (slots[cursor])
             return slots[cursor];
     }

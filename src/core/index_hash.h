@@ -20,14 +20,14 @@ struct Joining_Cases {
 
 namespace index_hash_detail {
 
-inline uint64_t Product(uint64_t a, uint64_t b) {
+inline std::uint64_t Product(std::uint64_t a, std::uint64_t b) {
     __extension__ using Wide = unsigned __int128;
     const Wide product = static_cast<Wide>(a) * b;
-    return static_cast<uint64_t>(product) ^ static_cast<uint64_t>(product >> 64);
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
 }
 
 template <class Word, class Folding>
-uint64_t Load(const char* p, Folding) {
+std::uint64_t Load(const char* p, Folding) {
     Word word;
     std::memcpy(&word, p, sizeof word);
     return Folding::Fold(word);
@@ -36,27 +36,27 @@ uint64_t Load(const char* p, Folding) {
 } // namespace index_hash_detail
 
 template <class Folding>
-uint32_t index_hash(std::string_view key, Folding folding) {
+std::uint32_t index_hash(std::string_view key, Folding folding) {
     using namespace index_hash_detail;
-    constexpr uint64_t salt = 0xa0761d6478bd642f;
+    constexpr std::uint64_t salt = 0xa0761d6478bd642f;
     const char* p = key.data();
     const char* const end = p + key.size();
-    uint64_t h = key.size() * 0x9e3779b97f4a7c15;
+    std::uint64_t h = key.size() * 0x9e3779b97f4a7c15;
     for (; end - p > 16; p += 16)
-        h = Product(Load<uint64_t>(p, folding) ^ salt, Load<uint64_t>(p + 8, folding) ^ h);
-    uint64_t a = 0, b = 0; // the last bytes, the two words overlapping
+        h = Product(Load<std::uint64_t>(p, folding) ^ salt, Load<std::uint64_t>(p + 8, folding) ^ h);
+    std::uint64_t a = 0, b = 0; // the last bytes, the two words overlapping
     if (end - p >= 8) {
-        a = Load<uint64_t>(p, folding);
-        b = Load<uint64_t>(end - 8, folding);
+        a = Load<std::uint64_t>(p, folding);
+        b = Load<std::uint64_t>(end - 8, folding);
     } else if (end - p >= 4) {
-        a = Load<uint32_t>(p, folding);
-        b = Load<uint32_t>(end - 4, folding);
+        a = Load<std::uint32_t>(p, folding);
+        b = Load<std::uint32_t>(end - 4, folding);
     } else if (p < end) {
-        a = Load<uint8_t>(p, folding) << 8 | Load<uint8_t>(end - 1, folding);
-        b = Load<uint8_t>(p + (end - p) / 2, folding);
+        a = Load<std::uint8_t>(p, folding) << 8 | Load<std::uint8_t>(end - 1, folding);
+        b = Load<std::uint8_t>(p + (end - p) / 2, folding);
     }
     h = Product(a ^ salt, b ^ h);
-    return static_cast<uint32_t>(h ^ h >> 32);
+    return static_cast<std::uint32_t>(h ^ h >> 32);
 }
 
 #endif

@@ -79,7 +79,7 @@ List<T>::~List() {
 
 template <class T>
 ListNode<T>* List<T>::Insert(T* e, ListPosition p) {
-    entries++;
+    ++entries;
     if (!head)
         return Link(e, nullptr, nullptr);
     ListNode<T>* at = Node_At(p);
@@ -90,7 +90,7 @@ ListNode<T>* List<T>::Insert(T* e, ListPosition p) {
 
 template <class T>
 T* List<T>::Remove(ListPosition p) {
-    entries--;
+    --entries;
     ListNode<T>* node = Node_At(p);
     if (!node)
         return nullptr;

@@ -37,7 +37,7 @@ struct Free_Decimal_Text {
 // The status that operations of the decimal library leave. Of what it can hold only the lack of memory
 // matters to all.
 struct Decimal_Status {
-    uint32_t bits = 0;
+    std::uint32_t bits = 0;
 
     void Check_Memory() const {
         if (bits & MPD_Malloc_error)
@@ -64,7 +64,7 @@ Decimal Reduced(const mpd_t* value) {
     return reduced;
 }
 
-mpd_t* Set_Integer(mpd_t* target, int64_t value) {
+mpd_t* Set_Integer(mpd_t* target, std::int64_t value) {
     Decimal_Status status;
     mpd_qset_i64(target, value, &Tarn_MPD_Context, &status.bits);
     status.Check_Memory();
@@ -75,7 +75,7 @@ mpd_t* Set_Integer(mpd_t* target, int64_t value) {
 char* New_Text(std::string_view text, int spare, int* len, int* size) {
     const int text_length = Length_Of(text);
     const int text_size = text_length + 1 + spare;
-    char* copy = new char[static_cast<size_t>(text_size)];
+    char* copy = new char[static_cast<std::size_t>(text_size)];
     std::memcpy(copy, text.data(), text.size());
     copy[text.size()] = '\0';
     if (len)
@@ -91,7 +91,7 @@ class Terminated_Text {
   public:
     Terminated_Text(const char* text, int len, int size) : text(text) {
         if (len >= size || text[len] != '\0')
-            this->text = copy.assign(text, static_cast<size_t>(len)).c_str();
+            this->text = copy.assign(text, static_cast<std::size_t>(len)).c_str();
     }
     Terminated_Text(const Terminated_Text&) = delete;
 
@@ -183,14 +183,14 @@ int TarnApplication::stoi(const char* text, int len, int* error) {
         base = 16;
         digits.remove_prefix(2);
     }
-    uint32_t value = 0;
+    std::uint32_t value = 0;
     for (const char c : digits) {
         if (!Is_Digit(c, base)) {
             Set_Error(error, 1);
             return 0;
         }
         const int digit = std::isdigit(static_cast<unsigned char>(c)) ? c - '0' : (c | 0x20) - 'a' + 10;
-        value = value * static_cast<uint32_t>(base) + static_cast<uint32_t>(digit);
+        value = value * static_cast<std::uint32_t>(base) + static_cast<std::uint32_t>(digit);
     }
     if (digits.empty() && !negative)
         Set_Error(error, 1);
@@ -226,7 +226,7 @@ mpd_t* TarnApplication::stompd(mpd_t* target, const char* text, int len, int siz
     target = Target_Or_New(target);
     if (text_length == 0)
         return Set_Integer(target, 0);
-    if (std::memchr(text, '\0', static_cast<size_t>(text_length))) {
+    if (std::memchr(text, '\0', static_cast<std::size_t>(text_length))) {
         Set_Error(error, 1);
         return Set_Integer(target, 0);
     }
@@ -238,7 +238,7 @@ mpd_t* TarnApplication::stompd(mpd_t* target, const char* text, int len, int siz
         return target;
     if (Begins_Hexadecimal(View(text, text_length))) {
         char* end;
-        const int64_t value = std::strtoll(terminated.get(), &end, 16);
+        const std::int64_t value = std::strtoll(terminated.get(), &end, 16);
         if (end == terminated.get() + text_length)
             return Set_Integer(target, value);
     }

@@ -22,24 +22,24 @@ struct Decimal_Digits {
 // Reads "d.ddde+xx", which ends at `end`.
 Decimal_Digits Parse_Scientific(const char* text, const char* end) {
     Decimal_Digits result{};
-    for (; *text != 'e'; text++) {
+    for (; *text != 'e'; ++text) {
         if (*text != '.')
             result.digits[result.count++] = *text;
     }
     text += text[1] == '+' ? 2 : 1;
     std::from_chars(text, end, result.point);
-    result.point++;
+    ++result.point;
     return result;
 }
 
 // Whether these digits, which stand for a double of 2^53 or more, lie exactly between two doubles: then their
 // odd part takes one bit more than a double has.
 bool Is_Midpoint(const Decimal_Digits& number) {
-    constexpr uint64_t too_long = uint64_t{1} << 54;
-    uint64_t odd_part = 0;
+    constexpr std::uint64_t too_long = std::uint64_t{1} << 54;
+    std::uint64_t odd_part = 0;
     std::from_chars(number.digits, number.digits + number.count, odd_part);
     odd_part >>= std::countr_zero(odd_part);
-    for (int zeros = number.point - number.count; zeros > 0 && odd_part < too_long; zeros--)
+    for (int zeros = number.point - number.count; zeros > 0 && odd_part < too_long; --zeros)
         odd_part *= 5;
     return odd_part > too_long / 2 && odd_part < too_long;
 }
@@ -53,18 +53,18 @@ Decimal_Digits Shortest_Digits(double magnitude) {
     Decimal_Digits result = Parse_Scientific(text, std::to_chars(text, limit, magnitude, scientific).ptr);
     if (magnitude < 0x1p53)
         return result;
-    for (int count = result.count; Is_Midpoint(result); count++)
+    for (int count = result.count; Is_Midpoint(result); ++count)
         result = Parse_Scientific(text, std::to_chars(text, limit, magnitude, scientific, count).ptr);
     return result;
 }
 
 char* Append(char* target, const char* text, int len) {
-    std::memcpy(target, text, static_cast<size_t>(len));
+    std::memcpy(target, text, static_cast<std::size_t>(len));
     return target + len;
 }
 
 char* Append_Zeros(char* target, int count) {
-    std::memset(target, '0', static_cast<size_t>(count));
+    std::memset(target, '0', static_cast<std::size_t>(count));
     return target + count;
 }
 

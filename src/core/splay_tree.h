@@ -110,7 +110,7 @@ SplayTree<T, K>::~SplayTree() {
 template <class T, class K>
 void SplayTree<T, K>::Insert(T* e) {
     Node* node = new Node{nullptr, nullptr, e};
-    entries++;
+    ++entries;
     if (root) {
         K k = Key(e);
         Splay(k);
@@ -134,7 +134,7 @@ T* SplayTree<T, K>::Remove(K k) {
     Splay(k);
     if (Compare(k, root->element) != 0)
         return nullptr;
-    entries--;
+    --entries;
     T* e = root->element;
     Remove_Root();
     return e;

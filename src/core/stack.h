@@ -79,7 +79,7 @@ StackNode<T>* Stack<T>::Push(T* e) {
     StackNode<T>* node = New_Node();
     *node = {top, e};
     top = peek = node;
-    entries++;
+    ++entries;
     return top;
 }
 
@@ -89,10 +89,10 @@ T* Stack<T>::Pop() {
         return nullptr;
     while (peek && top != peek) {
         Discard_Top();
-        entries--;
+        --entries;
     }
     T* e = Unlink_Top();
-    entries--;
+    --entries;
     peek = top;
     return e;
 }

@@ -8,14 +8,14 @@
 
 // A table of files by identity, device and inode. It is searched with elements; no text is the key of any.
 
-inline uint32_t Identity_Hash(const struct stat& file) {
+inline std::uint32_t Identity_Hash(const struct stat& file) {
     const auto bytes_of = [](const auto& number) { return reinterpret_cast<const char*>(&number); };
-    const uint32_t device = hash(bytes_of(file.st_dev), sizeof file.st_dev, 0);
+    const std::uint32_t device = hash(bytes_of(file.st_dev), sizeof file.st_dev, 0);
     return hash(bytes_of(file.st_ino), sizeof file.st_ino, device);
 }
 
 template <>
-inline uint32_t HashTable<struct stat>::Index_Hash(struct stat* e) const {
+inline std::uint32_t HashTable<struct stat>::Index_Hash(struct stat* e) const {
     return Identity_Hash(*e);
 }
 

@@ -1,6 +1,7 @@
 // Storing, appending and editing. Pieces and queries are in string_pieces.cpp.
 
 #include "core/string.h"
+
 #include "core/text_length.h"
 
 #include <algorithm>
@@ -16,29 +17,29 @@ constexpr int capacity_unit = 24;
 
 // The size of the array when text was appended beyond its capacity: the next power of two, or the middle
 // between two.
-size_t Size_With_Spare(size_t capacity) {
-    const size_t step = std::bit_floor(capacity) / 2;
+std::size_t Size_With_Spare(std::size_t capacity) {
+    const std::size_t step = std::bit_floor(capacity) / 2;
     return (capacity + step - 1) / step * step;
 }
 
 char* Copy_To(char* target, const char* s, int len) {
     if (len > 0)
-        std::memcpy(target, s, static_cast<size_t>(len));
+        std::memcpy(target, s, static_cast<std::size_t>(len));
     return target + len;
 }
 
 // Tab, line feed, carriage return and space. Vertical tab and form feed are ordinary bytes here, unlike to
 // isspace.
 bool Is_White(char c) {
-    constexpr uint64_t white = 1ull << '\t' | 1ull << '\n' | 1ull << '\r' | 1ull << ' ';
+    constexpr std::uint64_t white = 1ull << '\t' | 1ull << '\n' | 1ull << '\r' | 1ull << ' ';
     const auto byte = static_cast<unsigned char>(c);
     return byte <= ' ' && (white >> byte & 1);
 }
 
 } // namespace
 
-int String::Rounded_Capacity(int64_t needed) {
-    const int64_t rounded = (needed + capacity_unit - 1) / capacity_unit * capacity_unit;
+int String::Rounded_Capacity(std::int64_t needed) {
+    const std::int64_t rounded = (needed + capacity_unit - 1) / capacity_unit * capacity_unit;
     if (rounded > INT_MAX)
         throw std::bad_alloc();
     return static_cast<int>(rounded);
@@ -95,13 +96,13 @@ void String::assign(const char* s, int len) {
     len = Text_Length(s, len);
     if (capacity_ <= len) {
         const int new_capacity = Capacity_For(len);
-        char* p = new char[static_cast<size_t>(new_capacity)];
+        char* p = new char[static_cast<std::size_t>(new_capacity)];
         Copy_To(p, s, len);
         Replace_Buffer(p, len, new_capacity);
         return;
     }
     if (len > 0)
-        std::memmove(buffer, s, static_cast<size_t>(len));
+        std::memmove(buffer, s, static_cast<std::size_t>(len));
     End_At(len);
 }
 
@@ -134,7 +135,7 @@ void String::Cat_Slowly(char c) {
     if (!buffer)
         assign(c);
     else
-        Grow_To(Rounded_Capacity(int64_t{capacity_} + 1), &c, 1);
+        Grow_To(Rounded_Capacity(std::int64_t{capacity_} + 1), &c, 1);
 }
 
 void String::Cat_Slowly(const char* s, int len) {
@@ -143,7 +144,7 @@ void String::Cat_Slowly(const char* s, int len) {
         return;
     }
     len = Text_Length(s, len);
-    const int64_t new_length = int64_t{length_} + len;
+    const std::int64_t new_length = std::int64_t{length_} + len;
     if (capacity_ <= new_length)
         Grow_To(Capacity_For(new_length), s, len);
     else if (len > 0)
@@ -156,7 +157,7 @@ void String::Cat_Slowly(const char* s, int len) {
 // that, so that a long text that grows by small pieces need not move each time. No field is left to tell how
 // long it is; the allocator knows, also of an array that was released and adopted in between.
 void String::Grow_To(int new_capacity, const char* s, int len) {
-    const size_t size = Size_With_Spare(static_cast<size_t>(new_capacity));
+    const std::size_t size = Size_With_Spare(static_cast<std::size_t>(new_capacity));
     if (malloc_usable_size(buffer) >= size) {
         capacity_ = new_capacity;
         Append_In_Place(s, len);
@@ -169,9 +170,9 @@ void String::Grow_To(int new_capacity, const char* s, int len) {
 
 void String::prepend(const char* s, int len) {
     len = Text_Length(s, len);
-    const int64_t new_length = int64_t{length_} + len;
+    const std::int64_t new_length = std::int64_t{length_} + len;
     const int new_capacity = new_length < capacity_ ? capacity_ : Capacity_For(new_length);
-    char* p = new char[static_cast<size_t>(new_capacity)];
+    char* p = new char[static_cast<std::size_t>(new_capacity)];
     Copy_To(Copy_To(p, s, len), buffer, length_);
     Replace_Buffer(p, length_ + len, new_capacity);
 }
@@ -190,7 +191,7 @@ void String::lowcase() {
 }
 
 int String::chop(int n) {
-    const int64_t left = int64_t{length_} - std::max(n, 0);
+    const std::int64_t left = std::int64_t{length_} - std::max(n, 0);
     if (left >= 0)
         length_ = static_cast<int>(left);
     return static_cast<int>(left);
@@ -200,7 +201,7 @@ void String::StripWhitespace() {
     ltrim();
     int kept = length_;
     while (kept > 0 && Is_White(buffer[kept - 1]))
-        kept--;
+        --kept;
     if (buffer)
         End_At(kept);
 }

@@ -42,7 +42,7 @@ class String {
     int length() const { return length_; }
     // Bytes of the buffer, 0 without one.
     int capacity() const { return capacity_; }
-    std::string_view view() const { return {text(), static_cast<size_t>(length_)}; }
+    std::string_view view() const { return {text(), static_cast<std::size_t>(length_)}; }
 
     void assign(char c);
     // s may be part of this String.
@@ -115,8 +115,8 @@ class String {
 
   private:
     // Capacity for a text of `length` bytes and its NUL. Throws when that is beyond 31 bits.
-    static int Capacity_For(int64_t length) { return Rounded_Capacity(length + 1); }
-    static int Rounded_Capacity(int64_t needed);
+    static int Capacity_For(std::int64_t length) { return Rounded_Capacity(length + 1); }
+    static int Rounded_Capacity(std::int64_t needed);
 
     void Take(String& other) noexcept;
     void Forget_Buffer();
@@ -125,7 +125,7 @@ class String {
         buffer[length] = '\0';
     }
     void Append_In_Place(const char* s, int len) {
-        std::memcpy(buffer + length_, s, static_cast<size_t>(len));
+        std::memcpy(buffer + length_, s, static_cast<std::size_t>(len));
         End_At(length_ + len);
     }
     void Cat_Slowly(char c);
@@ -133,12 +133,12 @@ class String {
     void Grow_To(int new_capacity, const char* s, int len);
     void Replace_Buffer(char* p, int len, int cap);
     std::string_view C_Text() const;
-    String C_Tail(int64_t position) const;
+    String C_Tail(std::int64_t position) const;
 
     // The order of the fields is part of the binary interface.
     char* buffer = nullptr;
-    int32_t capacity_ = 0; // what the rule says, see Grow_To; the array may be longer
-    int32_t length_ = 0;
+    std::int32_t capacity_ = 0; // what the rule says, see Grow_To; the array may be longer
+    std::int32_t length_ = 0;
 };
 
 String operator+(const String& left, const String& right);

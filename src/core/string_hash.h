@@ -29,23 +29,23 @@ struct Ignoring_Case {
     }
 };
 
-constexpr uint32_t Byte(const char* p) {
+constexpr std::uint32_t Byte(const char* p) {
     return static_cast<unsigned char>(*p);
 }
 
-constexpr uint32_t Word(const char* p) {
+constexpr std::uint32_t Word(const char* p) {
     return Byte(p) | Byte(p + 1) << 8 | Byte(p + 2) << 16 | Byte(p + 3) << 24;
 }
 
 // The first `count` bytes (0 to 4) at p as the low bytes of a word.
-constexpr uint32_t Partial_Word(const char* p, unsigned count) {
-    uint32_t word = 0;
-    for (unsigned i = 0; i < count; i++)
+constexpr std::uint32_t Partial_Word(const char* p, unsigned count) {
+    std::uint32_t word = 0;
+    for (unsigned i = 0; i < count; ++i)
         word |= Byte(p + i) << (8 * i);
     return word;
 }
 
-constexpr void Mix(uint32_t& a, uint32_t& b, uint32_t& c) {
+constexpr void Mix(std::uint32_t& a, std::uint32_t& b, std::uint32_t& c) {
     a -= b, a -= c, a ^= c >> 13;
     b -= c, b -= a, b ^= a << 8;
     c -= a, c -= b, c ^= b >> 13;
@@ -58,11 +58,11 @@ constexpr void Mix(uint32_t& a, uint32_t& b, uint32_t& c) {
 }
 
 template <class Folding>
-constexpr uint32_t Hash(const char* key, uint32_t len, uint32_t seed) {
-    uint32_t a = 0x9e3779b9u;
-    uint32_t b = 0x9e3779b9u;
-    uint32_t c = seed;
-    uint32_t left = len;
+constexpr std::uint32_t Hash(const char* key, std::uint32_t len, std::uint32_t seed) {
+    std::uint32_t a = 0x9e3779b9u;
+    std::uint32_t b = 0x9e3779b9u;
+    std::uint32_t c = seed;
+    std::uint32_t left = len;
     for (; left >= 12; left -= 12, key += 12) {
         a += Folding::Fold(Word(key));
         b += Folding::Fold(Word(key + 4));
@@ -82,11 +82,11 @@ constexpr uint32_t Hash(const char* key, uint32_t len, uint32_t seed) {
 } // namespace string_hash_detail
 
 // `key` need not be terminated and may hold any bytes. Hashes are chained by handing one on as the next seed.
-constexpr uint32_t hash(const char* key, uint32_t len, uint32_t seed) {
+constexpr std::uint32_t hash(const char* key, std::uint32_t len, std::uint32_t seed) {
     return string_hash_detail::Hash<string_hash_detail::As_Written>(key, len, seed);
 }
 
-constexpr uint32_t hashi(const char* key, uint32_t len, uint32_t seed) {
+constexpr std::uint32_t hashi(const char* key, std::uint32_t len, std::uint32_t seed) {
     return string_hash_detail::Hash<string_hash_detail::Ignoring_Case>(key, len, seed);
 }
 

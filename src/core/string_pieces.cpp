@@ -14,12 +14,12 @@ namespace {
 
 using Base64_Conversion = int(const unsigned char* in, unsigned char* out, int len);
 
-String Converted(const String& s, Base64_Conversion* convert, int64_t size) {
+String Converted(const String& s, Base64_Conversion* convert, std::int64_t size) {
     if (!s.length())
         return String("", 0);
     if (size > INT_MAX)
         throw std::bad_alloc();
-    char* out = new char[static_cast<size_t>(size)];
+    char* out = new char[static_cast<std::size_t>(size)];
     const int length = convert(reinterpret_cast<const unsigned char*>(s.text()),
                                reinterpret_cast<unsigned char*>(out), s.length());
     return String(out, length, static_cast<int>(size));
@@ -38,10 +38,10 @@ std::string_view String::C_Text() const {
 }
 
 // The C string at a position, which may lie behind the text.
-String String::C_Tail(int64_t position) const {
+String String::C_Tail(std::int64_t position) const {
     if (position >= length_)
         return String("", 0);
-    std::string_view tail = view().substr(static_cast<size_t>(std::max<int64_t>(position, 0)));
+    std::string_view tail = view().substr(static_cast<std::size_t>(std::max<std::int64_t>(position, 0)));
     tail = tail.substr(0, tail.find('\0'));
     return String(tail.data(), Length_Of(tail));
 }
@@ -53,7 +53,7 @@ String String::before(int n) const {
 }
 
 String String::after(int n) const {
-    return C_Tail(int64_t{n} + 1);
+    return C_Tail(std::int64_t{n} + 1);
 }
 
 String String::from(int n) const {
@@ -89,7 +89,7 @@ String String::padl(int width, char c) const {
     if (width <= length_ || !c)
         return *this;
     const int capacity = Capacity_For(width);
-    char* p = new char[static_cast<size_t>(capacity)];
+    char* p = new char[static_cast<std::size_t>(capacity)];
     std::fill_n(p, width - length_, c);
     std::copy_n(buffer, length_, p + (width - length_));
     return String(p, width, capacity);
@@ -102,7 +102,7 @@ String String::before(const char* s) const {
 
 String String::after(const char* s, int from) const {
     const int hit = search(s, from);
-    return hit < 0 ? String("", 0) : C_Tail(int64_t{hit} + Text_Length(s, -1));
+    return hit < 0 ? String("", 0) : C_Tail(std::int64_t{hit} + Text_Length(s, -1));
 }
 
 String String::from(const char* s, int from) const {
@@ -111,29 +111,29 @@ String String::from(const char* s, int from) const {
 }
 
 String String::Base64_Encode() const {
-    return Converted(*this, tn_base64_encode, int64_t{length_} / 3 * 4 + 5);
+    return Converted(*this, tn_base64_encode, std::int64_t{length_} / 3 * 4 + 5);
 }
 
 String String::Base64_Decode() const {
-    return Converted(*this, tn_base64_decode, int64_t{length_} + 1);
+    return Converted(*this, tn_base64_decode, std::int64_t{length_} + 1);
 }
 
 int String::search(const char* s, int from) const {
     if (!s || !*s || length_ <= from)
         return -1;
-    const size_t start = static_cast<size_t>(std::max(from, 0));
-    const void* hit = memmem(text() + start, static_cast<size_t>(length_) - start, s, std::strlen(s));
+    const std::size_t start = static_cast<std::size_t>(std::max(from, 0));
+    const void* hit = memmem(text() + start, static_cast<std::size_t>(length_) - start, s, std::strlen(s));
     return hit ? static_cast<int>(static_cast<const char*>(hit) - buffer) : -1;
 }
 
 bool String::contains(char c, int from) const {
-    return view().find(c, static_cast<size_t>(std::max(from, 0))) != std::string_view::npos;
+    return view().find(c, static_cast<std::size_t>(std::max(from, 0))) != std::string_view::npos;
 }
 
 int String::freq(const char* s) const {
     int count = 0;
     for (int hit = index(s); hit >= 0; hit = search(s, hit + 1))
-        count++;
+        ++count;
     return count;
 }
 
@@ -141,7 +141,7 @@ bool String::matches(const char* s, int pos) const {
     pos = std::max(pos, 0);
     if (!s || pos > length_)
         return false;
-    const size_t rest = static_cast<size_t>(length_ - pos);
+    const std::size_t rest = static_cast<std::size_t>(length_ - pos);
     return rest == std::strlen(s) && memcmpi_upper(text() + pos, s, rest) == 0;
 }
 
@@ -182,7 +182,7 @@ String operator+(const String& left, double right) {
 char* tarn_strdup(const char* s) {
     if (!s)
         return nullptr;
-    const size_t size = std::strlen(s) + 1;
+    const std::size_t size = std::strlen(s) + 1;
     return static_cast<char*>(std::memcpy(new char[size], s, size));
 }
 

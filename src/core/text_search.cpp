@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <string_view>
-
 #include <string.h>
+#include <string_view>
 #include <strings.h>
 
 namespace {

@@ -18,7 +18,7 @@ File* UNIXFileManager::Open(Tarn_PathType type, const char* path, int mode) {
     Descriptor opened(OpenContained(type, path, flags));
     if (!opened)
         return nullptr;
-    return Enter(new UNIXFile(this, type, path_text(path), std::move(opened), flags), mode);
+    return Enter(new UNIXFile(this, type, Path_Text(path), std::move(opened), flags), mode);
 }
 
 bool UNIXFileManager::Delete(Tarn_PathType type, const char* path) {
@@ -100,7 +100,7 @@ bool UNIXFileManager::Length(Tarn_PathType type, const char* path, unsigned long
     struct stat status;
     if (!Stat(type, path, &status))
         return false;
-    *length = length_of(status);
+    *length = Length_Of(status);
     return true;
 }
 

@@ -21,9 +21,9 @@ constexpr const char* realize_failures[] = {
 
 constexpr char outside[] = "The specified path references a path outside the configured ";
 
-constexpr size_t path_size = 4096;
+constexpr std::size_t path_size = 4096;
 
-std::unique_ptr<UNIXFilePath> current_directory() {
+std::unique_ptr<UNIXFilePath> Current_Directory() {
     std::unique_ptr<char[]> text(new char[path_size]);
     if (!getcwd(text.get(), path_size))
         return nullptr;
@@ -31,7 +31,7 @@ std::unique_ptr<UNIXFilePath> current_directory() {
 }
 
 // Enters a directory or what a link leads to, which must have the owner of the link.
-int enter_with_owner_check(const Opened_Name& element) {
+int Enter_With_Owner_Check(const Opened_Name& element) {
     if (!element)
         return REALIZE_NOT_ENTERED;
     if (!element.Is_Link())
@@ -42,12 +42,12 @@ int enter_with_owner_check(const Opened_Name& element) {
     return entered.st_uid == element.Owner() ? REALIZE_RESOLVED : REALIZE_OTHER_OWNER;
 }
 
-int enter_with_owner_checks(UNIXFilePath& path) {
+int Enter_With_Owner_Checks(UNIXFilePath& path) {
     if (chdir(path.Element(0)) != 0)
         return REALIZE_NOT_ENTERED;
     int status = REALIZE_RESOLVED;
-    for (int i = 1; const char* element = path.Element(i); i++)
-        if (status = enter_with_owner_check(Opened_Name(element)); status != REALIZE_RESOLVED)
+    for (int i = 1; const char* element = path.Element(i); ++i)
+        if (status = Enter_With_Owner_Check(Opened_Name(element)); status != REALIZE_RESOLVED)
             break;
     return status;
 }
@@ -61,23 +61,23 @@ bool UNIXFileManager::Fail_Realize(int status) {
 int UNIXFileManager::RealizePath(const char* path, UNIXFilePath** out, bool allow_links,
                                  bool allow_other_owner) {
     UNIXFilePath p(path);
-    return RealizePath(&p, path_text(path), out, allow_links, allow_other_owner);
+    return RealizePath(&p, Path_Text(path), out, allow_links, allow_other_owner);
 }
 
 int UNIXFileManager::RealizePath(UNIXFilePath* p, const char* path, UNIXFilePath** out, bool allow_links,
                                  bool allow_other_owner) {
     if (chdir(path) != 0)
         return REALIZE_NOT_ENTERED;
-    std::unique_ptr<UNIXFilePath> real = current_directory();
+    std::unique_ptr<UNIXFilePath> real = Current_Directory();
     if (!real)
         return REALIZE_NOT_ENTERED;
     if (!p->Matches(*real, 0)) { // a link lies on the way
         if (!allow_links)
             return REALIZE_LINK;
         if (!allow_other_owner) {
-            if (const int status = enter_with_owner_checks(*p); status != REALIZE_RESOLVED)
+            if (const int status = Enter_With_Owner_Checks(*p); status != REALIZE_RESOLVED)
                 return status;
-            real = current_directory();
+            real = Current_Directory();
             if (!real)
                 return REALIZE_NOT_ENTERED;
         }
@@ -100,7 +100,7 @@ bool UNIXFileManager::RealizeContainedPath(Tarn_PathType type, _UNIXContainedPat
         return Fail_System();
     }
     UNIXFilePath& root = *settings->root;
-    const char* below = path_text(directory);
+    const char* below = Path_Text(directory);
     const bool absolute = settings->allow_absolute && *below == '/';
     if (!absolute)
         below += strspn(below, "/");
@@ -138,7 +138,7 @@ char* UNIXFileManager::NormalizeContainedPath(Tarn_PathType type, const char* pa
         errno = EINVAL;
         return Fail_System(), nullptr;
     }
-    path = path_text(path);
+    path = Path_Text(path);
     if (!settings.allow_absolute)
         return UNIXFilePath(path + strspn(path, "/")).Collapsed_Path(length, size);
     if (*path == '/')

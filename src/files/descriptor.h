@@ -16,18 +16,18 @@ constexpr mode_t new_directory_mode = 0777;
 constexpr int copy_target_flags = O_WRONLY | O_CREAT;
 
 // A null path is the empty one, which names nothing.
-inline const char* path_text(const char* path) {
+inline const char* Path_Text(const char* path) {
     return path ? path : "";
 }
 
 // Opens a path so that no program started later inherits the descriptor.
-inline int open_path(const char* path, int flags, mode_t mode = 0) {
+inline int Open_Path(const char* path, int flags, mode_t mode = 0) {
     return open(path, flags | O_CLOEXEC, mode);
 }
 
 // Makes a system call again as long as a signal breaks it off.
 template <class Call>
-auto uninterrupted(Call call) {
+auto Uninterrupted(Call call) {
     auto result = call();
     while (result < 0 && errno == EINTR)
         result = call();
@@ -35,36 +35,36 @@ auto uninterrupted(Call call) {
 }
 
 // Reads until the buffer is full or nothing is left; answers the number of bytes, or -1.
-inline ssize_t read_all(int descriptor, char* buffer, size_t length) {
-    size_t filled = 0;
+inline ssize_t Read_All(int descriptor, char* buffer, std::size_t length) {
+    std::size_t filled = 0;
     while (filled < length) {
         const ssize_t count =
-            uninterrupted([&] { return read(descriptor, buffer + filled, length - filled); });
+            Uninterrupted([&] { return read(descriptor, buffer + filled, length - filled); });
         if (count < 0)
             return -1;
         if (count == 0)
             break;
-        filled += static_cast<size_t>(count);
+        filled += static_cast<std::size_t>(count);
     }
     return static_cast<ssize_t>(filled);
 }
 
 // Answers whether all was written; errno tells why not, also behind a short write.
-inline bool write_all(int descriptor, const char* bytes, size_t length) {
+inline bool Write_All(int descriptor, const char* bytes, std::size_t length) {
     while (length > 0) {
-        const ssize_t written = uninterrupted([&] { return write(descriptor, bytes, length); });
+        const ssize_t written = Uninterrupted([&] { return write(descriptor, bytes, length); });
         if (written == 0)
             errno = EIO;
         if (written <= 0)
             return false;
         bytes += written;
-        length -= static_cast<size_t>(written);
+        length -= static_cast<std::size_t>(written);
     }
     return true;
 }
 
 // What is read from a FIFO isn't known ahead.
-inline off_t length_of(const struct stat& status) {
+inline off_t Length_Of(const struct stat& status) {
     return S_ISFIFO(status.st_mode) ? 0 : status.st_size;
 }
 

@@ -7,7 +7,7 @@
 
 namespace {
 
-char* copied_path(const char* path) {
+char* Copied_Path(const char* path) {
     if (char* const copy = strdup(path))
         return copy;
     throw std::bad_alloc();
@@ -16,11 +16,11 @@ char* copied_path(const char* path) {
 } // namespace
 
 File::File(FileManager* manager, const char* path)
-    : manager(manager), contained(0), path_type(Tarn_PathType_Data), path(copied_path(path)) {
+    : manager(manager), contained(0), path_type(Tarn_PathType_Data), path(Copied_Path(path)) {
 }
 
 File::File(FileManager* manager, Tarn_PathType type, const char* path)
-    : manager(manager), contained(1), path_type(type), path(copied_path(path)) {
+    : manager(manager), contained(1), path_type(type), path(Copied_Path(path)) {
 }
 
 File::~File() {

@@ -28,7 +28,7 @@ namespace {
 
 constexpr mode_t lock_file_mode = 0664;
 constexpr mode_t touched_file_mode = 0644;
-constexpr size_t lock_content_size = 512;
+constexpr std::size_t lock_content_size = 512;
 
 // What the content of a lock file tells.
 struct Lock_Holder {
@@ -38,7 +38,7 @@ struct Lock_Holder {
 };
 
 // Cuts the content in place. Old lock files tell no thread.
-Lock_Holder parse_holder(char* content) {
+Lock_Holder Parse_Holder(char* content) {
     Lock_Holder holder;
     char* const colon = strchr(content, ':');
     if (!colon)
@@ -51,7 +51,7 @@ Lock_Holder parse_holder(char* content) {
     return holder;
 }
 
-std::string temporary_lock_name(TarnApplication& application, const char* path) {
+std::string Temporary_Lock_Name(TarnApplication& application, const char* path) {
     const char* const host = application.lockhostname();
     unsigned char digest[16];
     char printable[32];
@@ -62,25 +62,25 @@ std::string temporary_lock_name(TarnApplication& application, const char* path) 
            std::to_string(application.processid()) + '.' + std::to_string(application.threadid());
 }
 
-std::string lock_content(TarnApplication& application) {
+std::string Lock_Content(TarnApplication& application) {
     return std::to_string(application.processid()) + '!' + std::to_string(application.threadid()) + ':' +
            application.lockhostname();
 }
 
 // For judging a lock file and then locking it: a shared file system grants that lock to writers only.
-int open_lock_file(const char* path, int flags) {
-    const int opened = open_path(path, O_RDWR | flags);
-    return opened >= 0 ? opened : open_path(path, O_RDONLY | flags);
+int Open_Lock_File(const char* path, int flags) {
+    const int opened = Open_Path(path, O_RDWR | flags);
+    return opened >= 0 ? opened : Open_Path(path, O_RDONLY | flags);
 }
 
 // Removes the open lock file, unless another stands at its path by now or someone else is about to do it.
-bool remove_lock_file(const char* path, int descriptor) {
+bool Remove_Lock_File(const char* path, int descriptor) {
     struct stat judged, found;
     return flock(descriptor, LOCK_EX | LOCK_NB) == 0 && fstat(descriptor, &judged) == 0 &&
            stat(path, &found) == 0 && Same_File(judged, found) && unlink(path) == 0;
 }
 
-void wait_for_next_pass(TarnApplication& application) {
+void Wait_For_Next_Pass(TarnApplication& application) {
     const Config* const config = application.config();
     const int milliseconds = config ? std::max(config->Integer(CONFIG_LOCK_WAIT), 0) : 0;
     struct timeval wait = {milliseconds / 1000, milliseconds % 1000 * 1000};
@@ -90,7 +90,7 @@ void wait_for_next_pass(TarnApplication& application) {
 } // namespace
 
 int UNIXFileManager::Lock(const char* path) {
-    return Take_Lock(path_text(path), 0);
+    return Take_Lock(Path_Text(path), 0);
 }
 
 int UNIXFileManager::Lock(Tarn_PathType type, const char* path) {
@@ -101,7 +101,7 @@ int UNIXFileManager::Lock(Tarn_PathType type, const char* path) {
 int UNIXFileManager::Take_Lock(const char* path, int flags) {
     if (!FreeFileSpace(1))
         return FILE_LOCK_FAILED;
-    const std::string temporary = temporary_lock_name(*application, path);
+    const std::string temporary = Temporary_Lock_Name(*application, path);
     struct stat written;
     if (!Write_Lock_File(temporary.c_str(), &written))
         return FILE_LOCK_FAILED;
@@ -111,11 +111,11 @@ int UNIXFileManager::Take_Lock(const char* path, int flags) {
 }
 
 bool UNIXFileManager::Write_Lock_File(const char* path, struct stat* status) {
-    Descriptor opened(open_path(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, lock_file_mode));
+    Descriptor opened(Open_Path(path, O_WRONLY | O_CREAT | O_EXCL | O_TRUNC, lock_file_mode));
     if (!opened && errno == EEXIST)
         return Fail_System(); // it isn't ours, and stays
-    const std::string content = lock_content(*application);
-    if (opened && write_all(opened.get(), content.data(), content.size()) &&
+    const std::string content = Lock_Content(*application);
+    if (opened && Write_All(opened.get(), content.data(), content.size()) &&
         fstat(opened.get(), status) == 0 && opened.Close())
         return true;
     Fail_System();
@@ -142,20 +142,20 @@ int UNIXFileManager::Wait_For_Lock(const char* temporary, const struct stat& wri
         if (Judge_And_Break_Lock(path, flags, &broken) == FILE_LOCK_OWN)
             return Fail("Possible deadlock detected"), FILE_LOCK_DEADLOCK;
         if (!broken)
-            wait_for_next_pass(*application);
+            Wait_For_Next_Pass(*application);
     }
 }
 
 // The descriptor, and with it what keeps others from removing the lock file, is gone before anyone waits.
 int UNIXFileManager::Judge_And_Break_Lock(const char* path, int flags, bool* broken) {
-    const Descriptor opened(open_lock_file(path, O_NONBLOCK | flags));
+    const Descriptor opened(Open_Lock_File(path, O_NONBLOCK | flags));
     const int state = Judge_Lock(path, opened.get());
-    *broken = state == FILE_LOCK_STALE && remove_lock_file(path, opened.get());
+    *broken = state == FILE_LOCK_STALE && Remove_Lock_File(path, opened.get());
     return state;
 }
 
 int UNIXFileManager::Lock_Valid(const char* path) {
-    return Open_And_Judge_Lock(path_text(path), 0);
+    return Open_And_Judge_Lock(Path_Text(path), 0);
 }
 
 int UNIXFileManager::Lock_Valid(Tarn_PathType type, const char* path) {
@@ -168,17 +168,17 @@ int UNIXFileManager::Lock_Valid(Tarn_PathType type, const char* path) {
 int UNIXFileManager::Open_And_Judge_Lock(const char* path, int flags) {
     if (!FreeFileSpace(1))
         return FILE_LOCK_UNREADABLE;
-    return Judge_Lock(path, Descriptor(open_path(path, O_RDONLY | O_NONBLOCK | flags)).get());
+    return Judge_Lock(path, Descriptor(Open_Path(path, O_RDONLY | O_NONBLOCK | flags)).get());
 }
 
 int UNIXFileManager::Judge_Lock(const char* path, int descriptor) {
     char content[lock_content_size];
-    const ssize_t length = descriptor < 0 ? -1 : read_all(descriptor, content, sizeof content - 1);
+    const ssize_t length = descriptor < 0 ? -1 : Read_All(descriptor, content, sizeof content - 1);
     if (length < 0)
         return Fail_System(), FILE_LOCK_UNREADABLE;
     content[length] = '\0';
 
-    const Lock_Holder holder = parse_holder(content);
+    const Lock_Holder holder = Parse_Holder(content);
     if (holder.host && !strcmp(holder.host, application->lockhostname()) && holder.process > 0 &&
         holder.process <= INT_MAX) {
         const bool own = holder.process == application->processid() &&
@@ -198,7 +198,7 @@ int UNIXFileManager::Judge_Lock(const char* path, int descriptor) {
 }
 
 bool UNIXFileManager::Lock_Delete(const char* path) {
-    return unlink(path_text(path)) == 0 || errno == ENOENT || Fail_System();
+    return unlink(Path_Text(path)) == 0 || errno == ENOENT || Fail_System();
 }
 
 bool UNIXFileManager::Lock_Delete(Tarn_PathType type, const char* path) {
@@ -207,13 +207,13 @@ bool UNIXFileManager::Lock_Delete(Tarn_PathType type, const char* path) {
 }
 
 bool UNIXFileManager::TouchFile(const char* path) {
-    if (utime(path_text(path), nullptr) == 0)
+    if (utime(Path_Text(path), nullptr) == 0)
         return true;
     if (errno != ENOENT)
         return Fail_System();
     if (!FreeFileSpace(1))
         return false;
-    const Descriptor created(open_path(path_text(path), O_WRONLY | O_CREAT, touched_file_mode));
+    const Descriptor created(Open_Path(Path_Text(path), O_WRONLY | O_CREAT, touched_file_mode));
     return created || Fail_System();
 }
 

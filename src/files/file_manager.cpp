@@ -2,7 +2,7 @@
 
 namespace {
 
-bool remove_from(List<File>& files, File* file) {
+bool Remove_From(List<File>& files, File* file) {
     if (!files.Seek(file))
         return false;
     files.Remove(LIST_CURRENT);
@@ -39,7 +39,7 @@ bool FileManager::FreeFileSpace(int count) {
               " file handles exceeds the maximum number of simultaneous file handles.");
         return false;
     }
-    for (int needed = count + active.Entries(); needed > max_files; needed--) {
+    for (int needed = count + active.Entries(); needed > max_files; --needed) {
         File* oldest = active.Remove(LIST_LAST);
         inactive.Insert(oldest, LIST_FIRST);
         oldest->Deactivate();
@@ -53,19 +53,19 @@ File* FileManager::FileOpened(File* file) {
 }
 
 void FileManager::FileClosed(File* file) {
-    if (!remove_from(active, file))
-        remove_from(inactive, file);
+    if (!Remove_From(active, file))
+        Remove_From(inactive, file);
 }
 
 void FileManager::DeactivateFile(File* file) {
-    if (!remove_from(active, file))
+    if (!Remove_From(active, file))
         return;
     inactive.Insert(file, LIST_LAST);
     file->Deactivate();
 }
 
 bool FileManager::ActivateFile(File* file) {
-    if (remove_from(active, file)) {
+    if (Remove_From(active, file)) {
         active.Insert(file, LIST_FIRST);
         return true;
     }
@@ -78,7 +78,7 @@ bool FileManager::ActivateFile(File* file) {
         Error(text);
         return false;
     }
-    remove_from(inactive, file);
+    Remove_From(inactive, file);
     active.Insert(file, LIST_FIRST);
     return true;
 }

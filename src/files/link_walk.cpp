@@ -19,7 +19,7 @@ constexpr char owner_failure[] =
 
 // Empties what was opened, also for reading alone: such a descriptor can't be cut, but the file behind it
 // can.
-bool empty_file(int descriptor, int flags) {
+bool Empty_File(int descriptor, int flags) {
     if ((flags & O_ACCMODE) != O_RDONLY)
         return ftruncate(descriptor, 0) == 0;
     return truncate(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), 0) == 0;
@@ -112,7 +112,7 @@ int UNIXFileManager::Open_Contained(Tarn_PathType type, const char* path, int fl
     const int late_flags = walk.Judges_Owner() ? O_TRUNC : 0;
     for (;;) {
         const int added_flags = O_NOFOLLOW | (walk.creating ? O_EXCL : 0);
-        Descriptor opened(open_path(walk.name.c_str(), (flags & ~late_flags) | added_flags, mode));
+        Descriptor opened(Open_Path(walk.name.c_str(), (flags & ~late_flags) | added_flags, mode));
         if (opened)
             return Check_Opened(walk, opened.get(), flags) ? opened.Release() : -1;
         if (errno == EEXIST && walk.creating && !(flags & O_EXCL)) { // made by someone else meanwhile
@@ -165,5 +165,5 @@ bool UNIXFileManager::Check_Opened(const Link_Walk& walk, int descriptor, int fl
         return Fail_System();
     if (status.st_uid != walk.owner)
         return Fail(owner_failure);
-    return !(flags & O_TRUNC) || !S_ISREG(status.st_mode) || empty_file(descriptor, flags) || Fail_System();
+    return !(flags & O_TRUNC) || !S_ISREG(status.st_mode) || Empty_File(descriptor, flags) || Fail_System();
 }

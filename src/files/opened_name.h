@@ -11,7 +11,7 @@ class Opened_Name {
   public:
     // Where that fails, errno tells why.
     explicit Opened_Name(const char* name)
-        : descriptor(open_path(name, O_PATH | O_NOFOLLOW)),
+        : descriptor(Open_Path(name, O_PATH | O_NOFOLLOW)),
           known(descriptor && fstat(descriptor.get(), &status) == 0 && (!Is_Link() || Read_Target())) {}
 
     explicit operator bool() const { return known; }
@@ -27,7 +27,7 @@ class Opened_Name {
         char text[4096];
         const ssize_t length = readlinkat(descriptor.get(), "", text, sizeof text - 1);
         (void)descriptor.Close(); // nothing enters a link
-        target.assign(text, length < 0 ? 0 : static_cast<size_t>(length));
+        target.assign(text, length < 0 ? 0 : static_cast<std::size_t>(length));
         return length >= 0;
     }
 

@@ -119,7 +119,7 @@ bool UNIXFileManager::ContainedPathSettings(Tarn_PathType type, _UNIXContainedPa
 }
 
 int UNIXFileManager::SaveCurrentDirectory() {
-    return open_path(".", O_RDONLY);
+    return Open_Path(".", O_RDONLY);
 }
 
 int UNIXFileManager::RestoreCurrentDirectory(int descriptor) {

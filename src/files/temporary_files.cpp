@@ -14,8 +14,8 @@ constexpr unsigned last_number = 0x7fffffff;
 constexpr int temporary_mode = FILE_MODE_CREATE | FILE_MODE_EXCLUSIVE;
 
 // What stands ahead of a name in this directory.
-String directory_part(const char* directory) {
-    const size_t length = strlen(directory);
+String Directory_Part(const char* directory) {
+    const std::size_t length = strlen(directory);
     if (length == 0 || !strcmp(directory, "."))
         return "";
     return directory[length - 1] == '/' ? String(directory) : String(directory) + "/";
@@ -24,11 +24,11 @@ String directory_part(const char* directory) {
 } // namespace
 
 int UNIXFileManager::Open_Numbered(const String& base, int flags, String* name) {
-    for (unsigned i = 0; i < last_number; i++) {
+    for (unsigned i = 0; i < last_number; ++i) {
         char number[16];
         snprintf(number, sizeof number, ".%x", i);
         *name = base + number;
-        const int descriptor = open_path(name->text(), flags, new_file_mode);
+        const int descriptor = Open_Path(name->text(), flags, new_file_mode);
         if (descriptor >= 0)
             return descriptor;
         if (errno != EEXIST)
@@ -42,7 +42,7 @@ File* UNIXFileManager::MakeTemporary(const char* base, char** name, int mode) {
         return nullptr;
     const int flags = OpenMode(mode | temporary_mode);
     String path;
-    Descriptor opened(Open_Numbered(path_text(base), flags, &path));
+    Descriptor opened(Open_Numbered(Path_Text(base), flags, &path));
     if (!opened)
         return nullptr;
     File* const file = Enter(new UNIXFile(this, path.text(), std::move(opened), flags), mode);
@@ -52,8 +52,8 @@ File* UNIXFileManager::MakeTemporary(const char* base, char** name, int mode) {
 
 File* UNIXFileManager::MakeTemporary(Tarn_PathType type, const char* directory, const char* prefix,
                                      char** name, int mode) {
-    directory = path_text(directory);
-    prefix = path_text(prefix);
+    directory = Path_Text(directory);
+    prefix = Path_Text(prefix);
     if (strchr(prefix, '/')) {
         Fail("Invalid temporary filename prefix");
         return nullptr;
@@ -65,7 +65,7 @@ File* UNIXFileManager::MakeTemporary(Tarn_PathType type, const char* directory, 
     Descriptor opened(Open_Numbered(prefix, flags, &path));
     if (!opened)
         return nullptr;
-    path = directory_part(directory) + path;
+    path = Directory_Part(directory) + path;
     File* const file = Enter(new UNIXFile(this, type, path.text(), std::move(opened), flags), mode);
     *name = path.release(nullptr, nullptr);
     return file;

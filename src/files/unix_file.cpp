@@ -66,11 +66,11 @@ long UNIXFile::Answer(long result) {
 }
 
 long UNIXFile::Read(char* buffer, unsigned long length) {
-    return Ready() ? Answer(uninterrupted([&] { return read(descriptor.get(), buffer, length); })) : -1;
+    return Ready() ? Answer(Uninterrupted([&] { return read(descriptor.get(), buffer, length); })) : -1;
 }
 
 long UNIXFile::Write(const char* text, unsigned long length) {
-    return Ready() ? Answer(uninterrupted([&] { return write(descriptor.get(), text, length); })) : -1;
+    return Ready() ? Answer(Uninterrupted([&] { return write(descriptor.get(), text, length); })) : -1;
 }
 
 long UNIXFile::Seek(long position) {
@@ -85,7 +85,7 @@ long UNIXFile::Length() {
     struct stat status;
     if (!Stat(&status))
         return -1;
-    return length_of(status);
+    return Length_Of(status);
 }
 
 bool UNIXFile::IsDirectory(bool* directory) {
@@ -108,7 +108,7 @@ bool UNIXFile::Range_Lock(short type, long start, unsigned long length) {
     range.l_whence = SEEK_SET;
     range.l_start = start;
     range.l_len = static_cast<off_t>(length);
-    return uninterrupted([&] { return fcntl(descriptor.get(), F_OFD_SETLKW, &range); }) == 0 || Fail_System();
+    return Uninterrupted([&] { return fcntl(descriptor.get(), F_OFD_SETLKW, &range); }) == 0 || Fail_System();
 }
 
 bool UNIXFile::Lock(FileLockType type, long start, unsigned long length) {
@@ -130,7 +130,7 @@ const char* UNIXFile::Map(long offset, long length) {
         Error("Invalid argument");
         return nullptr;
     }
-    const auto size = static_cast<size_t>(length);
+    const auto size = static_cast<std::size_t>(length);
     void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor.get(), offset);
     if (address == MAP_FAILED) {
         Fail_System();
@@ -170,7 +170,7 @@ int UNIXFile::Reopen(String& error) {
             error = manager->error();
         return opened;
     }
-    const int opened = open_path(path.get(), open_flags);
+    const int opened = Open_Path(path.get(), open_flags);
     if (opened < 0)
         error = manager->lasterror();
     return opened;

@@ -54,7 +54,7 @@ class UNIXFile : public File {
 
     Descriptor descriptor; // -1 while parked
     void* mapping = nullptr;
-    size_t mapping_length = 0;
+    std::size_t mapping_length = 0;
     int open_flags;     // for reopening: nothing is created or truncated again
     off_t position = 0; // while parked
 };

@@ -12,11 +12,11 @@
 namespace {
 
 // Answers whether all was copied; errno tells why not.
-bool copy_bytes(int source, int target) {
+bool Copy_Bytes(int source, int target) {
     char buffer[8192];
     ssize_t length;
-    while ((length = uninterrupted([&] { return read(source, buffer, sizeof buffer); })) > 0)
-        if (!write_all(target, buffer, static_cast<size_t>(length)))
+    while ((length = Uninterrupted([&] { return read(source, buffer, sizeof buffer); })) > 0)
+        if (!Write_All(target, buffer, static_cast<std::size_t>(length)))
             return false;
     return length == 0;
 }
@@ -68,10 +68,10 @@ File* UNIXFileManager::Open(const char* path, int mode) {
     if (!FreeFileSpace(1))
         return nullptr;
     const int flags = OpenMode(mode);
-    Descriptor opened(open_path(path_text(path), flags, new_file_mode));
+    Descriptor opened(Open_Path(Path_Text(path), flags, new_file_mode));
     if (!opened)
         return Fail_System(), nullptr;
-    return Enter(new UNIXFile(this, path_text(path), std::move(opened), flags), mode);
+    return Enter(new UNIXFile(this, Path_Text(path), std::move(opened), flags), mode);
 }
 
 bool UNIXFileManager::Answer(int result) {
@@ -79,42 +79,42 @@ bool UNIXFileManager::Answer(int result) {
 }
 
 bool UNIXFileManager::Delete(const char* path) {
-    return Answer(unlink(path_text(path)));
+    return Answer(unlink(Path_Text(path)));
 }
 
 bool UNIXFileManager::MakeDirectory(const char* path) {
-    return Answer(mkdir(path_text(path), new_directory_mode));
+    return Answer(mkdir(Path_Text(path), new_directory_mode));
 }
 
 bool UNIXFileManager::RemoveDirectory(const char* path) {
-    return Answer(rmdir(path_text(path)));
+    return Answer(rmdir(Path_Text(path)));
 }
 
 bool UNIXFileManager::ChangeMode(const char* path, int mode) {
-    return Answer(chmod(path_text(path), static_cast<mode_t>(mode)));
+    return Answer(chmod(Path_Text(path), static_cast<mode_t>(mode)));
 }
 
 bool UNIXFileManager::MakeSymbolicLink(const char* target, const char* link) {
-    return Answer(symlink(path_text(target), path_text(link)));
+    return Answer(symlink(Path_Text(target), Path_Text(link)));
 }
 
 bool UNIXFileManager::Exists(const char* path, bool* exists) {
     struct stat status;
-    *exists = stat(path_text(path), &status) == 0;
+    *exists = stat(Path_Text(path), &status) == 0;
     return *exists || Fail_System();
 }
 
 bool UNIXFileManager::Length(const char* path, unsigned long* length) {
     struct stat status;
-    if (stat(path_text(path), &status) != 0)
+    if (stat(Path_Text(path), &status) != 0)
         return Fail_System();
-    *length = length_of(status);
+    *length = Length_Of(status);
     return true;
 }
 
 bool UNIXFileManager::IsDirectory(const char* path, bool* directory) {
     struct stat status;
-    if (stat(path_text(path), &status) != 0)
+    if (stat(Path_Text(path), &status) != 0)
         return Fail_System();
     *directory = S_ISDIR(status.st_mode);
     return true;
@@ -122,7 +122,7 @@ bool UNIXFileManager::IsDirectory(const char* path, bool* directory) {
 
 bool UNIXFileManager::Mode(const char* path, int* mode) {
     struct stat status;
-    if (stat(path_text(path), &status) != 0)
+    if (stat(Path_Text(path), &status) != 0)
         return Fail_System();
     *mode = static_cast<int>(status.st_mode);
     return true;
@@ -130,7 +130,7 @@ bool UNIXFileManager::Mode(const char* path, int* mode) {
 
 bool UNIXFileManager::ModifiedTime(const char* path, long* time) {
     struct stat status;
-    if (lstat(path_text(path), &status) != 0)
+    if (lstat(Path_Text(path), &status) != 0)
         return Fail_System();
     *time = status.st_mtime;
     return true;
@@ -138,7 +138,7 @@ bool UNIXFileManager::ModifiedTime(const char* path, long* time) {
 
 bool UNIXFileManager::SetModifiedTime(const char* path, long time) {
     const struct utimbuf times = {time, time};
-    return utime(path_text(path), &times) == 0;
+    return utime(Path_Text(path), &times) == 0;
 }
 
 bool UNIXFileManager::Copy(const char* source, const char* target) {
@@ -146,7 +146,7 @@ bool UNIXFileManager::Copy(const char* source, const char* target) {
 }
 
 bool UNIXFileManager::Rename(const char* source, const char* target) {
-    if (rename(path_text(source), path_text(target)) == 0)
+    if (rename(Path_Text(source), Path_Text(target)) == 0)
         return true;
     if (errno != EXDEV)
         return Fail_System();
@@ -157,12 +157,12 @@ bool UNIXFileManager::Rename(const char* source, const char* target) {
 UNIXFileManager::Copied UNIXFileManager::Copy_File(const char* source, const char* target) {
     if (!FreeFileSpace(2))
         return Copied::No;
-    Descriptor from(open_path(path_text(source), O_RDONLY));
+    Descriptor from(Open_Path(Path_Text(source), O_RDONLY));
     if (!from)
         return Fail_System(), Copied::No;
     if (!Check_Copy_Source(from.get()))
         return Copied::No;
-    Descriptor to(open_path(path_text(target), copy_target_flags, new_file_mode));
+    Descriptor to(Open_Path(Path_Text(target), copy_target_flags, new_file_mode));
     if (!to)
         return Fail_System(), Copied::No;
     return Copy_Opened(from.get(), to);
@@ -183,7 +183,7 @@ UNIXFileManager::Copied UNIXFileManager::Copy_Opened(int source, Descriptor& tar
     if (Same_File(from, to))
         return Copied::Same_File;
     const bool empty = !S_ISREG(to.st_mode) || ftruncate(target.get(), 0) == 0;
-    if (!empty || !copy_bytes(source, target.get()) || !target.Close())
+    if (!empty || !Copy_Bytes(source, target.get()) || !target.Close())
         return Fail_System(), Copied::No;
     return Copied::Yes;
 }

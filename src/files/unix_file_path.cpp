@@ -10,15 +10,15 @@
 
 namespace {
 
-char* joined(const char* directory, const char* name) {
-    const size_t size = strlen(directory) + strlen(name) + 2;
+char* Joined(const char* directory, const char* name) {
+    const std::size_t size = strlen(directory) + strlen(name) + 2;
     char* const text = new char[size];
     snprintf(text, size, "%s/%s", directory, name);
     return text;
 }
 
-int checked_length(const char* path) {
-    const size_t length = strlen(path);
+int Checked_Length(const char* path) {
+    const std::size_t length = strlen(path);
     if (length >= INT_MAX)
         throw std::bad_alloc();
     return static_cast<int>(length);
@@ -30,12 +30,12 @@ UNIXFilePath::UNIXFilePath(const char* path) : UNIXFilePath(tarn_strdup(path ? p
 }
 
 UNIXFilePath::UNIXFilePath(char* path, bool copy)
-    : text(copy ? tarn_strdup(path) : path), length(checked_length(text.get())) {
+    : text(copy ? tarn_strdup(path) : path), length(Checked_Length(text.get())) {
     Parse();
 }
 
 UNIXFilePath::UNIXFilePath(const char* directory, const char* name)
-    : UNIXFilePath(joined(directory, name), false) {
+    : UNIXFilePath(Joined(directory, name), false) {
 }
 
 UNIXFilePath::UNIXFilePath(UNIXFilePath& other)
@@ -74,7 +74,7 @@ std::string_view UNIXFilePath::Name(int index) const {
     if (absolute && index == 0)
         return "/";
     const char* const element = &text[offsets[index]];
-    return {element, static_cast<size_t>(End(index) - element)};
+    return {element, static_cast<std::size_t>(End(index) - element)};
 }
 
 std::string_view UNIXFilePath::Last_Name() {
@@ -82,16 +82,16 @@ std::string_view UNIXFilePath::Last_Name() {
 }
 
 void UNIXFilePath::Collapse() {
-    collapsed = std::make_unique<int[]>(static_cast<size_t>(element_count));
+    collapsed = std::make_unique<int[]>(static_cast<std::size_t>(element_count));
     collapsed_count = 0;
-    for (int i = 0; i < element_count; i++) {
+    for (int i = 0; i < element_count; ++i) {
         if (Name(i) == ".")
             continue;
         const std::string_view kept = Last_Name();
         if (Name(i) != ".." || kept.empty() || kept == "..")
             collapsed[collapsed_count++] = i;
         else if (kept != "/")
-            collapsed_count--;
+            --collapsed_count;
     }
 }
 
@@ -110,14 +110,14 @@ const char* UNIXFilePath::Span(int first, int last) {
         return nullptr;
     if (absolute && last == 0)
         return "/";
-    for (int i = first; i < last; i++)
+    for (int i = first; i < last; ++i)
         *End(i) = '/';
     *End(last) = '\0';
     return &text[offsets[first]];
 }
 
 bool UNIXFilePath::Begins_Like(UNIXFilePath& other, int count) {
-    for (int i = 0; i < count; i++)
+    for (int i = 0; i < count; ++i)
         if (Name(collapsed[i]) != other.Name(other.collapsed[i]))
             return false;
     return true;
@@ -152,7 +152,7 @@ const char* UNIXFilePath::Collapsed_Directory() {
 
 char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
     std::string path;
-    for (int i = 0; i < Collapsed_Count(); i++) {
+    for (int i = 0; i < Collapsed_Count(); ++i) {
         if (i > (absolute ? 1 : 0))
             path += '/';
         path += Name(collapsed[i]);
@@ -161,7 +161,7 @@ char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
     if (bare && !absolute)
         path.assign(1, '.');
     const int array_size = bare ? 2 : length + 1;
-    char* const result = new char[static_cast<size_t>(array_size)];
+    char* const result = new char[static_cast<std::size_t>(array_size)];
     memcpy(result, path.c_str(), path.length() + 1);
     if (path_length)
         *path_length = static_cast<int>(path.length());

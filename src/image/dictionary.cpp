@@ -21,19 +21,19 @@ constexpr int section_tag = Section_Tag("dict");
 constexpr int header_size = 12;
 constexpr int entry_size = 8;
 constexpr int TF_DATA_BLOCK_SIZE = 8192;
-constexpr uint32_t most_entries = 0x7ffffff;
-constexpr uint32_t most_blocks = 0x3ffff;
+constexpr std::uint32_t most_entries = 0x7ffffff;
+constexpr std::uint32_t most_blocks = 0x3ffff;
 
 // The next multiple of the block size above a length, as far as a capacity goes.
 int Block_Capacity(int length) {
-    const int64_t capacity = (int64_t{length} / TF_DATA_BLOCK_SIZE + 1) * TF_DATA_BLOCK_SIZE;
-    return static_cast<int>(std::min<int64_t>(capacity, INT_MAX));
+    const std::int64_t capacity = (std::int64_t{length} / TF_DATA_BLOCK_SIZE + 1) * TF_DATA_BLOCK_SIZE;
+    return static_cast<int>(std::min<std::int64_t>(capacity, INT_MAX));
 }
 
 } // namespace
 
 DictionaryDataBlock::DictionaryDataBlock(int capacity)
-    : data(new char[static_cast<size_t>(capacity)]), capacity(capacity) {
+    : data(new char[static_cast<std::size_t>(capacity)]), capacity(capacity) {
 }
 
 DictionaryDataBlock::~DictionaryDataBlock() = default;
@@ -46,7 +46,7 @@ int DictionaryDataBlock::Add(const char* text, int length) {
 int DictionaryDataBlock::Append(const char* text, int length) {
     if (length > capacity - used)
         return -1;
-    std::memcpy(data.get() + used, text, static_cast<size_t>(length));
+    std::memcpy(data.get() + used, text, static_cast<std::size_t>(length));
     used += length;
     return used - length;
 }
@@ -82,7 +82,7 @@ int Dictionary::Entry_Add(const char* text, int length) {
 
 const char* Dictionary::Entry(int index, int* size) {
     *size = 0;
-    if (index < 0 || static_cast<size_t>(index) >= entries.size())
+    if (index < 0 || static_cast<std::size_t>(index) >= entries.size())
         return nullptr;
     const Entry_Record& entry = entries[index];
     *size = entry.size;
@@ -93,7 +93,7 @@ const char* Dictionary::Entry(int index, int* size) {
 // gets a further one.
 void Dictionary::Compress() {
     Dictionary packed;
-    packed.Add_Block(static_cast<int>(std::min<int64_t>(Set_Bases(), INT_MAX)));
+    packed.Add_Block(static_cast<int>(std::min<std::int64_t>(Set_Bases(), INT_MAX)));
     for (const Entry_Record& entry : entries)
         packed.Entry_Add(entry.block->data.get() + entry.offset, entry.size);
     Swap_Texts(packed);
@@ -108,8 +108,8 @@ bool Dictionary::Read(TaggedFile* file) {
 bool Dictionary::Write(TaggedFile* file) {
     std::vector<char> bytes;
     file->Section_Start(section_tag);
-    Append_Little_Endian(bytes, static_cast<uint32_t>(entries.size()));
-    Append_Little_Endian(bytes, static_cast<uint32_t>(Set_Bases()));
+    Append_Little_Endian(bytes, static_cast<std::uint32_t>(entries.size()));
+    Append_Little_Endian(bytes, static_cast<std::uint32_t>(Set_Bases()));
     Append_Little_Endian(bytes, header_word);
     for (const Entry_Record& entry : entries) {
         Append_Little_Endian(bytes, entry.block->base + entry.offset);
@@ -137,8 +137,8 @@ Dictionary::Entry_Record Dictionary::Place(const char* text, int length) {
 }
 
 // Lays the blocks out one behind the other. Answers the size of all of them.
-int64_t Dictionary::Set_Bases() {
-    int64_t base = 0;
+std::int64_t Dictionary::Set_Bases() {
+    std::int64_t base = 0;
     for (const auto& block : blocks) {
         block->base = static_cast<int>(base);
         base += block->used;
@@ -156,8 +156,8 @@ bool Dictionary::Read_Section(TaggedFile* file) {
     if (!file->Section_Read_Start(section_tag, nullptr) ||
         file->Section_Read(header, header_size) != header_size)
         return Error(file->error());
-    const auto entry_count = Get_Little_Endian<uint32_t>(header);
-    const auto data_size = Get_Little_Endian<uint32_t>(header + 4);
+    const auto entry_count = Get_Little_Endian<std::uint32_t>(header);
+    const auto data_size = Get_Little_Endian<std::uint32_t>(header + 4);
     if (entry_count > most_entries)
         return Error("dictionary_header.entries out of range");
     if (data_size / TF_DATA_BLOCK_SIZE + 1 > most_blocks)
@@ -168,7 +168,7 @@ bool Dictionary::Read_Section(TaggedFile* file) {
         return Error(file->error());
     // The entries are judged by the data that is there, before its size is.
     Dictionary read;
-    const int available = static_cast<int>(std::min<int64_t>(data_size, file->Section_Remaining()));
+    const int available = static_cast<int>(std::min<std::int64_t>(data_size, file->Section_Remaining()));
     DictionaryDataBlock* block = read.Add_Block(Block_Capacity(available));
     block->used = file->Section_Read(block->data.get(), available);
     if (block->used < 0)
@@ -178,7 +178,7 @@ bool Dictionary::Read_Section(TaggedFile* file) {
     if (block->used != static_cast<int>(data_size))
         return Error(TaggedFile::end_of_file);
     Swap_Texts(read);
-    header_word = Get_Little_Endian<int32_t>(header + 8);
+    header_word = Get_Little_Endian<std::int32_t>(header + 8);
     return true;
 }
 
@@ -186,12 +186,12 @@ bool Dictionary::Read_Section(TaggedFile* file) {
 const char* Dictionary::Add_Records(const std::vector<char>& table) {
     DictionaryDataBlock* block = blocks.back().get();
     entries.reserve(table.size() / entry_size);
-    for (size_t at = 0; at < table.size(); at += entry_size) {
-        const auto offset = Get_Little_Endian<int32_t>(&table[at]);
-        const auto size = Get_Little_Endian<uint32_t>(&table[at + 4]);
+    for (std::size_t at = 0; at < table.size(); at += entry_size) {
+        const auto offset = Get_Little_Endian<std::int32_t>(&table[at]);
+        const auto size = Get_Little_Endian<std::uint32_t>(&table[at + 4]);
         if (offset < 0 || offset >= block->used)
             return "dictionary_entry.offset out of range";
-        if (int64_t{offset} + size > block->used)
+        if (std::int64_t{offset} + size > block->used)
             return "dictionary_entry.offset + dictionary_entry.size out of range";
         entries.push_back({block, offset, static_cast<int>(size)});
     }

@@ -66,7 +66,7 @@ class Dictionary {
 
     DictionaryDataBlock* Add_Block(int capacity);
     Entry_Record Place(const char* text, int length);
-    int64_t Set_Bases();
+    std::int64_t Set_Bases();
     void Swap_Texts(Dictionary& other);
     bool Read_Section(TaggedFile* file);
     const char* Add_Records(const std::vector<char>& table);

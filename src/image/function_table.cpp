@@ -18,7 +18,7 @@ constexpr int function_capacity = 64;
 void Add_Written_Parameter(Function& function, std::string_view written) {
     written = Trimmed(written);
     const auto name_end = std::find_if(written.begin(), written.end(), Is_Space);
-    const auto name_length = static_cast<size_t>(name_end - written.begin());
+    const auto name_length = static_cast<std::size_t>(name_end - written.begin());
     const bool by_reference = Same_Word(Trimmed(written.substr(name_length)), "var");
     function.AddParameter(by_reference, written.data(), static_cast<int>(name_length));
 }
@@ -55,7 +55,7 @@ int Function::AddParameter(int flags, const char* name, int length) {
 }
 
 void Function::SetParameters(const char* text, int length) {
-    std::string_view list(text, static_cast<size_t>(Text_Length(text, length)));
+    std::string_view list(text, static_cast<std::size_t>(Text_Length(text, length)));
     if (list.empty())
         return;
     if (list.back() == ',')
@@ -78,9 +78,9 @@ FunctionManager::~FunctionManager() = default;
 
 // Chains come from a file, too: one that runs in a circle is left after as many steps as there are functions.
 Function* FunctionManager::Function_Get(const char* text, int length) {
-    const std::string_view name(text, static_cast<size_t>(Text_Length(text, length)));
+    const std::string_view name(text, static_cast<std::size_t>(Text_Length(text, length)));
     int at = buckets.Head(Bucket_Of(name));
-    for (size_t steps = 0; at >= 0 && steps < functions.size(); steps++) {
+    for (std::size_t steps = 0; at >= 0 && steps < functions.size(); ++steps) {
         const int order = Order(name, at);
         if (order == 0)
             return functions[at].get();
@@ -102,10 +102,10 @@ bool FunctionManager::Error(const String& text) {
 
 Function* FunctionManager::Function_Add(Function* function) {
     const std::string_view name = function->name.view();
-    const size_t bucket = Bucket_Of(name);
+    const std::size_t bucket = Bucket_Of(name);
     int previous = -1;
     int at = buckets.Head(bucket);
-    for (size_t steps = 0; at >= 0 && steps < functions.size() && Order(name, at) >= 0; steps++) {
+    for (std::size_t steps = 0; at >= 0 && steps < functions.size() && Order(name, at) >= 0; ++steps) {
         previous = at;
         at = next[at];
     }
@@ -141,9 +141,9 @@ Function* FunctionManager::Function_At(int index) const {
     return index >= 0 && index < Entries() ? functions[index].get() : nullptr;
 }
 
-size_t FunctionManager::Bucket_Of(std::string_view name) const {
-    const uint32_t mask = (uint32_t{1} << (bucket_bits & 31)) - 1;
-    return hashi(name.data(), static_cast<uint32_t>(name.size()), 0) & mask;
+std::size_t FunctionManager::Bucket_Of(std::string_view name) const {
+    const std::uint32_t mask = (std::uint32_t{1} << (bucket_bits & 31)) - 1;
+    return hashi(name.data(), static_cast<std::uint32_t>(name.size()), 0) & mask;
 }
 
 // The sign of a name against a function's: shorter names sort first.

@@ -101,12 +101,12 @@ class FunctionManager {
     bool Write(TaggedFile* file);
 
   private:
-    [[nodiscard]] size_t Bucket_Of(std::string_view name) const;
+    [[nodiscard]] std::size_t Bucket_Of(std::string_view name) const;
     [[nodiscard]] int Order(std::string_view name, int index) const;
     bool Read_Section(TaggedFile* file);
-    bool Read_Function(TaggedFile* file, int64_t& name_room, Function& function);
-    bool Read_Parameters(TaggedFile* file, int64_t& name_room, uint32_t count, Function& function);
-    bool Read_Name(int index, const char* unknown, int64_t& room, String& name);
+    bool Read_Function(TaggedFile* file, std::int64_t& name_room, Function& function);
+    bool Read_Parameters(TaggedFile* file, std::int64_t& name_room, std::uint32_t count, Function& function);
+    bool Read_Name(int index, const char* unknown, std::int64_t& room, String& name);
 
     String error_;
     ChainHeads buckets;    // the first function of each chain

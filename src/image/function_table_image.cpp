@@ -23,16 +23,16 @@ constexpr int function_header_size = 20;
 constexpr int parameter_size = 12;
 
 constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
-constexpr uint32_t most_buckets = 0x1fffffff;
-constexpr uint32_t most_functions = 0xfffffff;
-constexpr uint32_t most_parameters = 0xaaaaaaa;
+constexpr std::uint32_t most_buckets = 0x1fffffff;
+constexpr std::uint32_t most_functions = 0xfffffff;
+constexpr std::uint32_t most_parameters = 0xaaaaaaa;
 
 struct Header {
     int bucket_entries;
     int bucket_bits;
-    uint32_t function_count;
+    std::uint32_t function_count;
 
-    [[nodiscard]] uint32_t Buckets() const { return uint32_t{1} << (bucket_bits & 31); }
+    [[nodiscard]] std::uint32_t Buckets() const { return std::uint32_t{1} << (bucket_bits & 31); }
 };
 
 // What is wrong with a header, null for nothing.
@@ -52,22 +52,23 @@ const char* Header_Fault(const Header& header) {
 // chain.
 const char* Read_Chains(TaggedFile* file, const Header& header, ChainHeads& buckets, std::vector<int>& next) {
     const auto function_at = [&](const char* record) {
-        const auto function = Get_Little_Endian<uint32_t>(record);
+        const auto function = Get_Little_Endian<std::uint32_t>(record);
         return function < header.function_count ? static_cast<int>(function) : -1;
     };
     std::vector<char> bytes;
-    if (!file->Section_Read_Records(bytes, static_cast<uint32_t>(header.bucket_entries), bucket_record_size))
+    if (!file->Section_Read_Records(bytes, static_cast<std::uint32_t>(header.bucket_entries),
+                                    bucket_record_size))
         return file->error().text();
-    for (size_t at = 0; at < bytes.size(); at += bucket_record_size) {
-        const auto index = Get_Little_Endian<int16_t>(&bytes[at]);
-        if (index < 0 || static_cast<uint32_t>(index) >= header.Buckets())
+    for (std::size_t at = 0; at < bytes.size(); at += bucket_record_size) {
+        const auto index = Get_Little_Endian<std::int16_t>(&bytes[at]);
+        if (index < 0 || static_cast<std::uint32_t>(index) >= header.Buckets())
             return "function_hash_bucket.index out of range";
         buckets.Set_Head(index, function_at(&bytes[at + 2]));
     }
     if (!file->Section_Read_Records(bytes, header.function_count, link_size))
         return file->error().text();
     next.reserve(header.function_count);
-    for (size_t at = 0; at < bytes.size(); at += link_size)
+    for (std::size_t at = 0; at < bytes.size(); at += link_size)
         next.push_back(function_at(&bytes[at]));
     return nullptr;
 }
@@ -98,9 +99,9 @@ bool FunctionManager::Write(TaggedFile* file) {
     int used = 0;
     int last_used = 0;
     buckets.For_Each([&](int bucket, int head) {
-        Append_Little_Endian(chains, static_cast<int16_t>(bucket));
+        Append_Little_Endian(chains, static_cast<std::int16_t>(bucket));
         Append_Little_Endian(chains, head);
-        used++;
+        ++used;
         last_used = bucket;
     });
     if (last_used > INT16_MAX)
@@ -108,8 +109,8 @@ bool FunctionManager::Write(TaggedFile* file) {
     if (used > INT16_MAX)
         return Error("function_list_header.bucket_entries out of range");
     std::vector<char> header;
-    Append_Little_Endian(header, static_cast<int16_t>(used));
-    Append_Little_Endian(header, static_cast<uint8_t>(bucket_bits));
+    Append_Little_Endian(header, static_cast<std::int16_t>(used));
+    Append_Little_Endian(header, static_cast<std::uint8_t>(bucket_bits));
     Append_Little_Endian(header, Entries());
     for (const int link : next)
         Append_Little_Endian(chains, link);
@@ -130,8 +131,9 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     std::vector<char> bytes;
     if (!file->Section_Read_Start(section_tag, nullptr) || !file->Section_Read_Records(bytes, 1, header_size))
         return Error(file->error());
-    const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
-                        Get_Little_Endian<uint32_t>(&bytes[3])};
+    const Header header{Get_Little_Endian<std::int16_t>(&bytes[0]),
+                        Get_Little_Endian<std::uint8_t>(&bytes[2]),
+                        Get_Little_Endian<std::uint32_t>(&bytes[3])};
     if (const char* fault = Header_Fault(header))
         return Error(fault);
 
@@ -139,7 +141,7 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     std::vector<int> read_next;
     if (const char* fault = Read_Chains(file, header, read_buckets, read_next))
         return Error(fault);
-    int64_t name_room = file->Copy_Room();
+    std::int64_t name_room = file->Copy_Room();
     std::vector<std::unique_ptr<Function>> read_functions;
     while (read_functions.size() < header.function_count) {
         auto function = std::make_unique<Function>(dictionary, 0);
@@ -155,35 +157,35 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
     return true;
 }
 
-bool FunctionManager::Read_Function(TaggedFile* file, int64_t& name_room, Function& function) {
+bool FunctionManager::Read_Function(TaggedFile* file, std::int64_t& name_room, Function& function) {
     char header[function_header_size];
     if (file->Section_Read(header, function_header_size) != function_header_size)
         return Error(file->error());
-    function.name_index = Get_Little_Endian<int32_t>(header);
+    function.name_index = Get_Little_Endian<std::int32_t>(header);
     if (!Read_Name(function.name_index, "Invalid function header name index", name_room, function.name))
         return false;
-    const auto parameter_count = Get_Little_Endian<uint32_t>(header + 4);
+    const auto parameter_count = Get_Little_Endian<std::uint32_t>(header + 4);
     if (parameter_count > most_parameters)
         return Error("function_header.parameter_count out of range");
-    function.flags = Get_Little_Endian<int32_t>(header + 8);
-    function.body_a = Get_Little_Endian<int32_t>(header + 12);
-    function.body_b = Get_Little_Endian<int32_t>(header + 16);
+    function.flags = Get_Little_Endian<std::int32_t>(header + 8);
+    function.body_a = Get_Little_Endian<std::int32_t>(header + 12);
+    function.body_b = Get_Little_Endian<std::int32_t>(header + 16);
     return Read_Parameters(file, name_room, parameter_count, function) &&
            (function.locals.Read(file) || Error(function.locals.error()));
 }
 
-bool FunctionManager::Read_Parameters(TaggedFile* file, int64_t& name_room, uint32_t count,
+bool FunctionManager::Read_Parameters(TaggedFile* file, std::int64_t& name_room, std::uint32_t count,
                                       Function& function) {
     std::vector<char> bytes;
     if (!file->Section_Read_Records(bytes, count, parameter_size))
         return Error(file->error());
-    for (size_t at = 0; at < bytes.size(); at += parameter_size) {
+    for (std::size_t at = 0; at < bytes.size(); at += parameter_size) {
         String name;
-        const auto name_index = Get_Little_Endian<int32_t>(&bytes[at]);
+        const auto name_index = Get_Little_Endian<std::int32_t>(&bytes[at]);
         if (!Read_Name(name_index, "Invalid function parameter name index", name_room, name))
             return false;
-        const auto flags = Get_Little_Endian<int32_t>(&bytes[at + 4]);
-        const auto ident = Get_Little_Endian<int32_t>(&bytes[at + 8]);
+        const auto flags = Get_Little_Endian<std::int32_t>(&bytes[at + 4]);
+        const auto ident = Get_Little_Endian<std::int32_t>(&bytes[at + 8]);
         function.parameters.Insert(new FunctionParameter(name_index, std::move(name), flags, ident),
                                    LIST_LAST);
     }
@@ -192,7 +194,7 @@ bool FunctionManager::Read_Parameters(TaggedFile* file, int64_t& name_room, uint
 
 // A name of the dictionary, as long as there is room for names: very many things of a damaged file may have
 // one long text as their name.
-bool FunctionManager::Read_Name(int index, const char* unknown, int64_t& room, String& name) {
+bool FunctionManager::Read_Name(int index, const char* unknown, std::int64_t& room, String& name) {
     int length = 0;
     const char* text = dictionary->Entry(index, &length);
     if (!text)

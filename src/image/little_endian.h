@@ -12,9 +12,9 @@
 
 template <class T>
 T Get_Little_Endian(const char* bytes) {
-    uint64_t value = 0;
-    for (size_t i = 0; i < sizeof(T); i++)
-        value |= uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i)
+        value |= std::uint64_t{static_cast<unsigned char>(bytes[i])} << (8 * i);
     if constexpr (std::is_floating_point_v<T>)
         return std::bit_cast<T>(value);
     else
@@ -23,12 +23,12 @@ T Get_Little_Endian(const char* bytes) {
 
 template <class T>
 void Put_Little_Endian(char* bytes, T number) {
-    uint64_t value;
+    std::uint64_t value;
     if constexpr (std::is_floating_point_v<T>)
-        value = std::bit_cast<uint64_t>(number);
+        value = std::bit_cast<std::uint64_t>(number);
     else
-        value = static_cast<uint64_t>(number);
-    for (size_t i = 0; i < sizeof(T); i++)
+        value = static_cast<std::uint64_t>(number);
+    for (std::size_t i = 0; i < sizeof(T); ++i)
         bytes[i] = static_cast<char>(value >> (8 * i));
 }
 

@@ -21,7 +21,7 @@ void Write_Name(FILE* listing, int opcode) {
 // Writes the operand at an offset, and answers the offset behind it; -1 where the code ends within it.
 int Write_Operand(FILE* listing, const Segment& segment, int offset, Operand_Kind kind, const char* lead) {
     if (kind == Operand_Kind::INTEGER) {
-        int32_t value = 0;
+        std::int32_t value = 0;
         offset = segment.Read_Dword(offset, &value);
         if (offset >= 0)
             std::fprintf(listing, "%sdword:%d", lead, value);
@@ -37,7 +37,7 @@ int Write_Operand(FILE* listing, const Segment& segment, int offset, Operand_Kin
 // Answers the offset behind the instruction, -1 where the code ends within it. The operands follow from the
 // opcode's bits alone, so that the listing keeps in step behind an instruction that it doesn't know.
 int Write_Instruction(FILE* listing, const Segment& segment, int offset) {
-    uint16_t opcode = 0;
+    std::uint16_t opcode = 0;
     const int operands = segment.Read_Word(offset, &opcode);
     if (operands < 0)
         return -1;

@@ -20,22 +20,22 @@ Segment::Segment(int id, char* data, int capacity, int size)
 }
 
 Segment::Segment(const Segment& source)
-    : id(source.id), data(new char[static_cast<size_t>(source.capacity)]), capacity(source.capacity),
+    : id(source.id), data(new char[static_cast<std::size_t>(source.capacity)]), capacity(source.capacity),
       size(source.size), engine_word(source.engine_word) {
     std::copy_n(source.data.get(), capacity, data.get());
 }
 
 Segment::~Segment() = default;
 
-int Segment::Read_Byte(int offset, uint8_t* value) const {
+int Segment::Read_Byte(int offset, std::uint8_t* value) const {
     return Read_Number(offset, value);
 }
 
-int Segment::Read_Word(int offset, uint16_t* value) const {
+int Segment::Read_Word(int offset, std::uint16_t* value) const {
     return Read_Number(offset, value);
 }
 
-int Segment::Read_Dword(int offset, int32_t* value) const {
+int Segment::Read_Dword(int offset, std::int32_t* value) const {
     return Read_Number(offset, value);
 }
 
@@ -43,15 +43,15 @@ int Segment::Read_Double(int offset, double* value) const {
     return Read_Number(offset, value);
 }
 
-int Segment::Write_Byte(int offset, uint8_t value) {
+int Segment::Write_Byte(int offset, std::uint8_t value) {
     return Write_Number(offset, value);
 }
 
-int Segment::Write_Word(int offset, uint16_t value) {
+int Segment::Write_Word(int offset, std::uint16_t value) {
     return Write_Number(offset, value);
 }
 
-int Segment::Write_Dword(int offset, int32_t value) {
+int Segment::Write_Dword(int offset, std::int32_t value) {
     return Write_Number(offset, value);
 }
 
@@ -60,11 +60,11 @@ int Segment::Write_Double(int offset, double value) {
 }
 
 void Segment::Grow(int wanted) {
-    const int64_t rounded = (int64_t{wanted} + growth - 1) / growth * growth;
-    const int grown_capacity = static_cast<int>(std::min<int64_t>(rounded, INT_MAX));
+    const std::int64_t rounded = (std::int64_t{wanted} + growth - 1) / growth * growth;
+    const int grown_capacity = static_cast<int>(std::min<std::int64_t>(rounded, INT_MAX));
     if (wanted < capacity || grown_capacity == capacity)
         return;
-    std::unique_ptr<char[]> grown(new char[static_cast<size_t>(grown_capacity)]());
+    std::unique_ptr<char[]> grown(new char[static_cast<std::size_t>(grown_capacity)]());
     std::copy_n(data.get(), capacity, grown.get());
     data = std::move(grown);
     capacity = grown_capacity;

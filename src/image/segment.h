@@ -18,15 +18,15 @@ class Segment {
     virtual ~Segment();
 
     // Answer the offset behind the number, -1 if it doesn't stand wholly within size.
-    int Read_Byte(int offset, uint8_t* value) const;
-    int Read_Word(int offset, uint16_t* value) const;
-    int Read_Dword(int offset, int32_t* value) const;
+    int Read_Byte(int offset, std::uint8_t* value) const;
+    int Read_Word(int offset, std::uint16_t* value) const;
+    int Read_Dword(int offset, std::int32_t* value) const;
     int Read_Double(int offset, double* value) const;
 
     // Answer the offset behind the number, -1 if that is no offset. Bytes that are passed over are zero.
-    int Write_Byte(int offset, uint8_t value);
-    int Write_Word(int offset, uint16_t value);
-    int Write_Dword(int offset, int32_t value);
+    int Write_Byte(int offset, std::uint8_t value);
+    int Write_Word(int offset, std::uint16_t value);
+    int Write_Dword(int offset, std::int32_t value);
     int Write_Double(int offset, double value);
 
     // Makes room for size bytes, rounded up to a multiple of 8192. Never shrinks.

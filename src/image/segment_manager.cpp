@@ -13,7 +13,7 @@ namespace {
 constexpr int section_tag = Section_Tag("segs");
 constexpr int header_size = 8;
 constexpr int segment_header_size = 8;
-constexpr uint32_t most_entries = 0xfffffff;
+constexpr std::uint32_t most_entries = 0xfffffff;
 
 } // namespace
 
@@ -62,10 +62,10 @@ bool SegmentManager::Write(TaggedFile* file) {
     std::vector<char> headers;
     Append_Little_Endian(headers, Entries());
     Append_Little_Endian(headers, start);
-    int64_t offset = 0;
+    std::int64_t offset = 0;
     for (const auto& segment : segments) {
         const int size = segment ? segment->size : 0;
-        Append_Little_Endian(headers, static_cast<uint32_t>(offset));
+        Append_Little_Endian(headers, static_cast<std::uint32_t>(offset));
         Append_Little_Endian(headers, size);
         offset += size;
     }
@@ -83,9 +83,9 @@ bool SegmentManager::Read_Section(TaggedFile* file) {
     char header[header_size];
     if (file->Section_Read(section_tag, 0, header, header_size) != header_size)
         return Error(file->error());
-    const auto entries = Get_Little_Endian<uint32_t>(header);
-    const auto read_start = Get_Little_Endian<int32_t>(header + 4);
-    if (read_start < 0 || entries <= static_cast<uint32_t>(read_start))
+    const auto entries = Get_Little_Endian<std::uint32_t>(header);
+    const auto read_start = Get_Little_Endian<std::int32_t>(header + 4);
+    if (read_start < 0 || entries <= static_cast<std::uint32_t>(read_start))
         return Error("segment_list.start out of range");
     if (entries > most_entries)
         return Error("segment_list.entries out of range");
@@ -97,18 +97,18 @@ bool SegmentManager::Read_Section(TaggedFile* file) {
     return true;
 }
 
-bool SegmentManager::Read_Segments(TaggedFile* file, size_t entries, Segments& read) {
-    const int64_t data_start = header_size + static_cast<int64_t>(entries) * segment_header_size;
+bool SegmentManager::Read_Segments(TaggedFile* file, std::size_t entries, Segments& read) {
+    const std::int64_t data_start = header_size + static_cast<std::int64_t>(entries) * segment_header_size;
     if (!file->Section_Holds(header_size, data_start - header_size))
         return Error(file->error());
-    std::vector<char> headers(static_cast<size_t>(data_start) - header_size);
+    std::vector<char> headers(static_cast<std::size_t>(data_start) - header_size);
     const int length = static_cast<int>(headers.size());
     if (file->Section_Read(section_tag, header_size, headers.data(), length) != length)
         return Error(file->error());
-    int64_t room = file->Copy_Room();
+    std::int64_t room = file->Copy_Room();
     for (const char* record = headers.data(); read.size() < entries; record += segment_header_size) {
-        const int64_t offset = data_start + Get_Little_Endian<uint32_t>(record);
-        const auto size = Get_Little_Endian<int32_t>(record + 4);
+        const std::int64_t offset = data_start + Get_Little_Endian<std::uint32_t>(record);
+        const auto size = Get_Little_Endian<std::int32_t>(record + 4);
         if (size < 0)
             return Error("segment_header.size out of range");
         if (!file->Section_Holds(offset, size))
@@ -117,7 +117,7 @@ bool SegmentManager::Read_Segments(TaggedFile* file, size_t entries, Segments& r
         if (room < 0)
             return Error(TaggedFile::end_of_file);
         const int id = static_cast<int>(read.size());
-        read.push_back(std::make_unique<Segment>(id, new char[static_cast<size_t>(size)], size, size));
+        read.push_back(std::make_unique<Segment>(id, new char[static_cast<std::size_t>(size)], size, size));
         if (file->Section_Read(section_tag, static_cast<int>(offset), read.back()->data.get(), size) != size)
             return Error(file->error());
     }

@@ -39,7 +39,7 @@ class SegmentManager {
     using Segments = std::vector<std::unique_ptr<Segment>>;
 
     bool Read_Section(TaggedFile* file);
-    bool Read_Segments(TaggedFile* file, size_t entries, Segments& read);
+    bool Read_Segments(TaggedFile* file, std::size_t entries, Segments& read);
 
     Segments segments;
     int start = 0;

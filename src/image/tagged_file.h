@@ -13,8 +13,8 @@ class FileManager;
 
 // A section's tag from its four letters.
 constexpr int Section_Tag(const char (&letters)[5]) {
-    uint32_t tag = 0;
-    for (int i = 3; i >= 0; i--)
+    std::uint32_t tag = 0;
+    for (int i = 3; i >= 0; --i)
         tag = tag << 8 | static_cast<unsigned char>(letters[i]);
     return static_cast<int>(tag);
 }
@@ -72,17 +72,17 @@ class TaggedFile {
     int Section_Read(char* data, int length);
     void Section_Read_End();
     // Bytes of the current section behind the reading position that the file really has; 0 without a section.
-    int64_t Section_Remaining();
+    std::int64_t Section_Remaining();
     // True if the current section has size bytes there, or from an offset on. Whoever makes room for what a
     // count in the file announces asks this first. False leaves the text that the read would leave.
-    bool Section_Holds(int64_t size);
-    bool Section_Holds(int64_t offset, int64_t size);
+    bool Section_Holds(std::int64_t size);
+    bool Section_Holds(std::int64_t offset, std::int64_t size);
     // The bytes that a reader may copy out of the file where several things may stand on the same ones, as
     // names and segments do: a small damaged file could fill the memory otherwise.
-    int64_t Copy_Room();
+    std::int64_t Copy_Room();
     // Reads so many records, for which it makes room if the section has them. False, with a text, without
     // them.
-    bool Section_Read_Records(std::vector<char>& records, uint32_t count, int record_size);
+    bool Section_Read_Records(std::vector<char>& records, std::uint32_t count, int record_size);
 
   private:
     static constexpr int header_size = 32;
@@ -97,12 +97,12 @@ class TaggedFile {
     bool Adopt(const char* path);
     bool Header_Read();
     bool Header_Write();
-    bool Directory_Read(uint32_t entries);
+    bool Directory_Read(std::uint32_t entries);
     bool Directory_Write();
     bool Find_Section(int tag);
-    int64_t Extent();
-    bool In_Range(int64_t offset, int64_t length);
-    int Read_Current(int64_t offset, char* data, int length);
+    std::int64_t Extent();
+    bool In_Range(std::int64_t offset, std::int64_t length);
+    int Read_Current(std::int64_t offset, char* data, int length);
     long Read_At(long at, char* data, long length);
     bool Write_At(long at, const char* data, long length);
 
@@ -115,7 +115,7 @@ class TaggedFile {
     int directory_offset = 0;
     std::vector<Directory_Entry> directory;
     int current = -1;                   // entry that is being read, -1 for none
-    int64_t position = 0;               // within it
+    std::int64_t position = 0;          // within it
     std::optional<int> write_tag;       // of the section that is being written
     int start = header_size;            // of that section in the file
     int running_position = header_size; // where writing goes on

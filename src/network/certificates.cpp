@@ -99,7 +99,7 @@ int Load_Client_Certificate_Password_Callback(char* buffer, int size, int, void*
     if (!password || size < 1)
         return 0;
     const char* const text = static_cast<const char*>(password);
-    const size_t count = std::min(strlen(text), static_cast<size_t>(size));
+    const std::size_t count = std::min(strlen(text), static_cast<std::size_t>(size));
     memcpy(buffer, text, count);
     return static_cast<int>(count);
 }

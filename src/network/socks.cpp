@@ -21,7 +21,7 @@ enum SOCKS5_Code {
     SOCKS5_HOST_UNREACHABLE = 4
 };
 
-constexpr size_t longest_credential = 255;
+constexpr std::size_t longest_credential = 255;
 
 void Append_Byte(String& request, int value) {
     const char byte = static_cast<char>(value);
@@ -43,14 +43,14 @@ void Append_Port(String& request, int port) {
 }
 
 // Reads until all of the answer is there or the connection fails.
-template <size_t size>
+template <std::size_t size>
 bool Read_All(NetworkConnection* connection, unsigned char (&answer)[size], int timeout) {
-    for (size_t done = 0; done < size;) {
+    for (std::size_t done = 0; done < size;) {
         const int count =
             connection->Read(reinterpret_cast<char*>(answer) + done, static_cast<int>(size - done), timeout);
         if (count <= 0)
             return false;
-        done += static_cast<size_t>(count);
+        done += static_cast<std::size_t>(count);
     }
     return true;
 }

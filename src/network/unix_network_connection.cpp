@@ -50,11 +50,11 @@ struct Peer {
         switch (address.ai_family) {
         case AF_INET:
             memcpy(&v4, address.ai_addr, size = sizeof v4);
-            v4.sin_port = htons(static_cast<uint16_t>(port));
+            v4.sin_port = htons(static_cast<std::uint16_t>(port));
             return inet_ntop(AF_INET, &v4.sin_addr, figures, sizeof figures);
         case AF_INET6:
             memcpy(&v6, address.ai_addr, size = sizeof v6);
-            v6.sin6_port = htons(static_cast<uint16_t>(port));
+            v6.sin6_port = htons(static_cast<std::uint16_t>(port));
             return inet_ntop(AF_INET6, &v6.sin6_addr, figures, sizeof figures);
         }
         return false;
@@ -151,7 +151,7 @@ int UNIXNetworkConnection::Read(char* buffer, int length, int timeout) {
 // As recv with these flags does, once there is something to answer; the length is at least 1.
 int UNIXNetworkConnection::Receive(char* buffer, int length, int flags, int timeout) {
     for (;;) {
-        const ssize_t count = recv(socket, buffer, static_cast<size_t>(length), flags);
+        const ssize_t count = recv(socket, buffer, static_cast<std::size_t>(length), flags);
         if (count >= 0)
             return static_cast<int>(count);
         if (!Would_Block())
@@ -172,7 +172,7 @@ int UNIXNetworkConnection::ReadLine(String& line, int timeout, int size) {
     if (tls_handle)
         return SSL_ReadLine(line, timeout, size);
     size = std::max(size, 1);
-    const std::unique_ptr<char[]> piece(new char[static_cast<size_t>(size)]);
+    const std::unique_ptr<char[]> piece(new char[static_cast<std::size_t>(size)]);
     line.assign("", 0);
     for (;;) {
         const int seen = Receive(piece.get(), size, MSG_PEEK, timeout);
@@ -186,7 +186,7 @@ int UNIXNetworkConnection::ReadLine(String& line, int timeout, int size) {
         if (taken <= 0)
             return Fail_Line(line);
         line.cat(piece.get(), taken);
-        if (piece[static_cast<size_t>(taken) - 1] == '\n')
+        if (piece[static_cast<std::size_t>(taken) - 1] == '\n')
             return line.length();
     }
 }
@@ -197,7 +197,7 @@ int UNIXNetworkConnection::Write(const char* buffer, int length, int timeout) {
         return SSL_Write(buffer, length, timeout);
     for (int written = 0; written < length;) {
         const ssize_t count =
-            send(socket, buffer + written, static_cast<size_t>(length - written), MSG_NOSIGNAL);
+            send(socket, buffer + written, static_cast<std::size_t>(length - written), MSG_NOSIGNAL);
         if (count > 0) {
             written += static_cast<int>(count);
             continue;

@@ -97,7 +97,7 @@ int UNIXNetworkManager::GetSOCKS5Address(const char* host, String& address) {
     const Addresses found = Look_Up(host, AF_UNSPEC, AI_NUMERICHOST);
     if (!found) {
         // The length wraps, the name goes out whole.
-        const size_t length = host ? strlen(host) : 0;
+        const std::size_t length = host ? strlen(host) : 0;
         const char kind[] = {SOCKS5_NAME, static_cast<char>(length)};
         address.assign(kind, sizeof kind);
         address += host;

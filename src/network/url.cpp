@@ -37,7 +37,7 @@ bool Take_Host(std::string_view& rest, std::string_view& host) {
         host = Take_Until(rest, ":/?");
         return true;
     }
-    const size_t end = rest.find(']');
+    const std::size_t end = rest.find(']');
     if (end == std::string_view::npos)
         return false;
     host = rest.substr(0, end + 1);

@@ -27,7 +27,7 @@ int AggregateIndex::Compare_Names(const AggregateIndex& other) const {
     const int length = name.length();
     const int other_length = other.name.length();
     const int order =
-        memcmpi(other.name.text(), name.text(), static_cast<size_t>(std::min(length, other_length)));
+        memcmpi(other.name.text(), name.text(), static_cast<std::size_t>(std::min(length, other_length)));
     return order ? order : (other_length > length) - (other_length < length);
 }
 
@@ -120,8 +120,8 @@ void AggregateElementTree::Dump() {
 namespace {
 
 void Shift(AggregateElement* element, int delta) {
-    int64_t number = static_cast<int64_t>(element->index().Number()) + delta;
-    element->index().Renumber(static_cast<int>(std::clamp<int64_t>(number, 0, INT_MAX)));
+    std::int64_t number = static_cast<std::int64_t>(element->index().Number()) + delta;
+    element->index().Renumber(static_cast<int>(std::clamp<std::int64_t>(number, 0, INT_MAX)));
 }
 
 // Each element ahead of those below it, first to its right and then to its left, without recursion.

@@ -37,7 +37,7 @@ class ChainHeads {
     // Calls visit(bucket, head) for each bucket in use, ascending.
     template <class Visit>
     void For_Each(Visit visit) const {
-        for (std::size_t bucket = 0; bucket < all.size(); bucket++)
+        for (std::size_t bucket = 0; bucket < all.size(); ++bucket)
             if (all[bucket] >= 0)
                 visit(static_cast<int>(bucket), all[bucket]);
         for (const auto& [bucket, head] : few)

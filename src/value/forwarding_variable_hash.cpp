@@ -96,7 +96,7 @@ void ForwardingVariableHash::AllocatedVars(VariableList* list) {
 bool ForwardingVariableHash::Read(TaggedFile* file) {
     if (!VariableHash::Read(file))
         return false;
-    for (int slot = 0; slot < variable_count; slot++)
+    for (int slot = 0; slot < variable_count; ++slot)
         entries[slot].version = -1;
     return true;
 }

@@ -96,13 +96,13 @@ void ImmutableVariable::Set_Locked(bool flag) {
     auto set = [&](ImmutableVariable* variable) {
         variable->locked = flag || variable->type() == VARIABLE_NULL;
         if (variable->elements && walk.Enter(variable->elements.get()))
-            depth++;
+            ++depth;
     };
     set(this);
     while (depth) {
         AggregateElement* element = walk.Next();
         if (!element)
-            depth--;
+            --depth;
         else if (ImmutableVariable* immutable = element->var()->AsImmutable())
             set(immutable);
     }

@@ -15,7 +15,7 @@ ReferenceVariable::ReferenceVariable(String&& name, int counts, Variable* target
     name_ = std::move(name);
     refcount_ = counts;
     link.target = target;
-    for (int i = 0; i < counts; i++)
+    for (int i = 0; i < counts; ++i)
         target->IncRefCount();
 }
 
@@ -49,9 +49,9 @@ void ReferenceVariable::Make_Reference(Variable* target) {
     if (target == this || target == old || target->RealIdentity() == RealIdentity())
         return;
     const int counts = refcount_;
-    for (int i = 0; i < counts; i++)
+    for (int i = 0; i < counts; ++i)
         target->IncRefCount();
     link.target = target;
-    for (int i = 0; i < counts; i++)
+    for (int i = 0; i < counts; ++i)
         old->DecRefCount();
 }

@@ -57,7 +57,7 @@ Variable* SystemVariableHash::Index(int slot, int create) {
 }
 
 void SystemVariableHash::Push() {
-    level++;
+    ++level;
     current = new List<_SVH_Entry>(1);
     scopes.Push(current);
 }
@@ -67,7 +67,7 @@ int SystemVariableHash::Pop() {
         return 0;
     scopes.Top();
     std::unique_ptr<List<_SVH_Entry>> scope(scopes.Pop());
-    level--;
+    --level;
     current = scopes.Top();
     for (_SVH_Entry* entry = scope->First(); entry; entry = scope->Next())
         Restore(*entry);

@@ -31,7 +31,7 @@ Variable::Variable(const char* name, int name_length, int value) : Variable(name
 }
 
 Variable::Variable(const char* name, int name_length, unsigned value) : Variable(name, name_length) {
-    uint32_t status = 0;
+    std::uint32_t status = 0;
     decimal = TarnApplication::itompd(nullptr, 0);
     mpd_qset_u32(decimal, value, &Tarn_MPD_Context, &status);
     Set_Scalar(HAS_DECIMAL, VALUE_DECIMAL);
@@ -93,7 +93,7 @@ int Variable::preferred_type() {
 
 bool Variable::IsTrue(const char* text, int length) {
     bool point = false;
-    for (int i = 0; i < length; i++) {
+    for (int i = 0; i < length; ++i) {
         if (text[i] != '0' && (text[i] != '.' || point))
             return true;
         point |= text[i] == '.';
@@ -182,7 +182,7 @@ bool Variable::SetValue_mpd_Nocopy(mpd_t* number) {
 }
 
 void Variable::IncRefCount() {
-    refcount_++;
+    ++refcount_;
 }
 
 void Variable::DecRefCount() {
@@ -203,14 +203,14 @@ void Variable::Serialize(String& out) {
     for (int depth = 1; depth;) {
         AggregateElement* element = walk.Next();
         if (!element) {
-            depth--;
+            --depth;
             continue;
         }
         AggregateElementTree* inner = element->var()->aggregateelements();
         if (!inner)
             element->var()->Serialize(out);
         else if (walk.Enter(inner))
-            depth++;
+            ++depth;
     }
 }
 

@@ -17,7 +17,7 @@
 
 namespace {
 
-constexpr int64_t highest_index = INT_MAX;
+constexpr std::int64_t highest_index = INT_MAX;
 
 // The number of a tree's last or first element.
 int Number_Of(AggregateElement* element) {
@@ -31,8 +31,8 @@ void Insert_Element(AggregateElementTree& tree, std::unique_ptr<AggregateElement
 
 // Moves the elements from the number from on up by count. False, and nothing moves, if the last one would go
 // too far. A number behind the last one is no exception, since the last one need not be the greatest.
-bool Open_Gap(AggregateElementTree& tree, int64_t from, int64_t count) {
-    const int64_t last = Number_Of(tree.Last());
+bool Open_Gap(AggregateElementTree& tree, std::int64_t from, std::int64_t count) {
+    const std::int64_t last = Number_Of(tree.Last());
     if (from <= last && last + count > highest_index)
         return false;
     if (from <= highest_index)
@@ -41,12 +41,12 @@ bool Open_Gap(AggregateElementTree& tree, int64_t from, int64_t count) {
 }
 
 // The last element below the number end.
-AggregateElement* Last_Below(const AggregateElementTree& tree, int64_t end) {
+AggregateElement* Last_Below(const AggregateElementTree& tree, std::int64_t end) {
     return end > highest_index ? tree.Last() : tree.Previous(static_cast<int>(end));
 }
 
 // Puts an element's variable, or a copy of it, at a place of target.
-void Store(Variable* target, int64_t number, Variable* variable, bool clone) {
+void Store(Variable* target, std::int64_t number, Variable* variable, bool clone) {
     if (number > highest_index)
         return;
     VariableHold stored = clone ? VariableHold(new Variable(*variable)) : Hold(variable);
@@ -55,9 +55,9 @@ void Store(Variable* target, int64_t number, Variable* variable, bool clone) {
 
 // Stores the elements of tree from start up to but excluding end, each offset places further on; backward
 // begins with the last of them. Both stop at a number that is no further than the one before.
-void Store_Forward(Variable* target, const AggregateElementTree& tree, int64_t start, int64_t end,
-                   int64_t offset, bool clone) {
-    int64_t number = start - 1;
+void Store_Forward(Variable* target, const AggregateElementTree& tree, std::int64_t start, std::int64_t end,
+                   std::int64_t offset, bool clone) {
+    std::int64_t number = start - 1;
     while (number < highest_index) {
         AggregateElement* element = tree.Next(static_cast<int>(number));
         if (!element || element->index().Number() <= number || element->index().Number() >= end)
@@ -67,9 +67,9 @@ void Store_Forward(Variable* target, const AggregateElementTree& tree, int64_t s
     }
 }
 
-void Store_Backward(Variable* target, const AggregateElementTree& tree, int64_t start, int64_t end,
-                    int64_t offset, bool clone) {
-    int64_t number = end;
+void Store_Backward(Variable* target, const AggregateElementTree& tree, std::int64_t start, std::int64_t end,
+                    std::int64_t offset, bool clone) {
+    std::int64_t number = end;
     AggregateElement* element = Last_Below(tree, end);
     while (element && element->index().Number() < number && element->index().Number() >= start) {
         number = element->index().Number();
@@ -79,7 +79,7 @@ void Store_Backward(Variable* target, const AggregateElementTree& tree, int64_t 
 }
 
 // False if there is no element there, or if it isn't found again by its number.
-bool Delete_Last_Between(AggregateElementTree& tree, int start, int64_t end) {
+bool Delete_Last_Between(AggregateElementTree& tree, int start, std::int64_t end) {
     AggregateElement* last = Last_Below(tree, end);
     if (!last || last->index().Number() < start)
         return false;
@@ -122,7 +122,7 @@ bool Variable::SetElement(const AggregateIndex& index, Variable* variable) {
 
 void Variable::InsertElement(int position, Variable* variable) {
     const bool append = aggregate == AGGREGATE_ARRAY && position < 1;
-    const int64_t number = append ? int64_t{Variable::Max()} + 1 : std::max(position, 1);
+    const std::int64_t number = append ? std::int64_t{Variable::Max()} + 1 : std::max(position, 1);
     if (number > highest_index)
         return;
     auto element = std::make_unique<AggregateElement>(static_cast<int>(number), variable);
@@ -144,7 +144,7 @@ void Variable::DeleteElements(int start, int count, bool collapse) {
     if (start < 1)
         return;
     Convert_Aggregate(AGGREGATE_ARRAY);
-    const int64_t end = count == -1 ? highest_index + 1 : int64_t{start} + count;
+    const std::int64_t end = count == -1 ? highest_index + 1 : std::int64_t{start} + count;
     while (Delete_Last_Between(*elements, start, end)) {
     }
     if (collapse && count > 0 && end <= highest_index)
@@ -155,18 +155,18 @@ void Variable::MergeElements(Variable* source, int start, int count, int dest, b
     VariableHold held = Hold(source->RealIdentity());
     source = held.get();
     Convert_Aggregate(AGGREGATE_ARRAY);
-    int64_t first = start < 1 ? std::max(source->Min(), 1) : start;
-    int64_t wanted = count;
+    std::int64_t first = start < 1 ? std::max(source->Min(), 1) : start;
+    std::int64_t wanted = count;
     if (count < 0) {
         wanted = source->Max();
         if (wanted >= 1)
             wanted += 1 - first;
     }
-    const int64_t target = dest < 1 ? int64_t{Variable::Max()} + 1 : dest;
+    const std::int64_t target = dest < 1 ? std::int64_t{Variable::Max()} + 1 : dest;
     if (wanted < 1 || !Open_Gap(*elements, target, wanted) || source->aggregatetype() != AGGREGATE_ARRAY)
         return;
-    int64_t end = first + wanted;
-    int64_t offset = target - first;
+    std::int64_t end = first + wanted;
+    std::int64_t offset = target - first;
     // The gap has moved what of this array's own range stood behind it.
     if (source == this && end > target) {
         if (first < target)
@@ -184,11 +184,11 @@ void Variable::CopyElements(Variable* source, int start, int count, int dest, bo
     Convert_Aggregate(AGGREGATE_ARRAY);
     if (source->aggregatetype() != AGGREGATE_ARRAY)
         return;
-    const int64_t first = start < 1 ? source->Min() : start;
+    const std::int64_t first = start < 1 ? source->Min() : start;
     if (first < 1 || (count < 0 && source->Max() < 1))
         return;
-    const int64_t end = count < 0 ? int64_t{source->Max()} + 1 : first + count;
-    const int64_t target = dest < 1 ? int64_t{Variable::Max()} + 1 : dest;
+    const std::int64_t end = count < 0 ? std::int64_t{source->Max()} + 1 : first + count;
+    const std::int64_t target = dest < 1 ? std::int64_t{Variable::Max()} + 1 : dest;
     if (source == this && first == target && !clone)
         return;
     // The order in which an overlap is read before it is overwritten.

@@ -32,7 +32,7 @@ VariableHash::VariableHash(TarnApplication* application, Dictionary* dictionary,
                            bool clone)
     : VariableHash(dictionary, source.bucket_bits, source.capacity, source.variable_count) {
     Copy_Structure(source);
-    for (int slot = 0; clone && slot < variable_count; slot++)
+    for (int slot = 0; clone && slot < variable_count; ++slot)
         if (Variable* variable = source.entries[slot].var)
             entries[slot].var = variable->Clone(application);
 }
@@ -107,7 +107,7 @@ int VariableHash::Insert(int id, const char* name, int name_length, Variable* va
     next[slot] = -1;
     if (name)
         Link(name, name_length, slot);
-    variable_count++;
+    ++variable_count;
     return slot;
 }
 
@@ -150,7 +150,7 @@ int VariableHash::Entries() {
 }
 
 void VariableHash::AllocatedVars(VariableList* list) {
-    for (int slot = 0; slot < variable_count; slot++)
+    for (int slot = 0; slot < variable_count; ++slot)
         if (entries[slot].var)
             list->Insert(entries[slot].var, LIST_LAST);
 }
@@ -180,7 +180,7 @@ SystemVariableHash* VariableHash::AsSystem() {
 }
 
 void VariableHash::Dump() {
-    for (int slot = 0; slot < variable_count; slot++)
+    for (int slot = 0; slot < variable_count; ++slot)
         if (Variable* variable = std::exchange(entries[slot].var, nullptr))
             variable->DecRefCount();
 }
@@ -211,10 +211,10 @@ void VariableHash::Replace(int slot, Variable* variable) {
 // Chains come from a file, too: a link that leads nowhere ends the chain, and a circle is left after as many
 // steps as there are slots.
 VariableHash::Place VariableHash::Find_Place(const char* name, int name_length, bool behind_equals) const {
-    const auto length = static_cast<uint32_t>(name_length);
-    const int bucket = static_cast<int>(hashi(name, length, 0) & static_cast<uint32_t>(bucket_size - 1));
+    const auto length = static_cast<std::uint32_t>(name_length);
+    const int bucket = static_cast<int>(hashi(name, length, 0) & static_cast<std::uint32_t>(bucket_size - 1));
     Place place{bucket, -1, buckets.Head(bucket), false};
-    for (int steps = 0; Is_Slot(place.slot) && steps < variable_count; steps++) {
+    for (int steps = 0; Is_Slot(place.slot) && steps < variable_count; ++steps) {
         const int order = Compare_Name(name, name_length, place.slot);
         place.equal = order == 0;
         if (order < 0 || (place.equal && !behind_equals))
@@ -233,7 +233,7 @@ int VariableHash::Compare_Name(const char* name, int name_length, int slot) cons
         return 1;
     if (length != name_length)
         return name_length < length ? -1 : 1;
-    return memcmpi(name, text, static_cast<size_t>(length));
+    return memcmpi(name, text, static_cast<std::size_t>(length));
 }
 
 void VariableHash::Link(const char* name, int name_length, int slot) {
@@ -250,7 +250,7 @@ void VariableHash::Link(const char* name, int name_length, int slot) {
 void VariableHash::Reserve(int slots) {
     if (slots <= capacity)
         return;
-    const auto size = static_cast<size_t>(slots);
+    const auto size = static_cast<std::size_t>(slots);
     next.reset(Resized_Array(next.release(), size));
     entries.reset(Resized_Array(entries.release(), size));
     std::fill(next.get() + capacity, next.get() + slots, -1);
@@ -262,6 +262,6 @@ void VariableHash::Copy_Structure(const VariableHash& source) {
     bucket_entries = source.bucket_entries;
     buckets = source.buckets;
     std::copy_n(source.next.get(), variable_count, next.get());
-    for (int slot = 0; slot < variable_count; slot++)
+    for (int slot = 0; slot < variable_count; ++slot)
         entries[slot] = {source.entries[slot].id, -1, nullptr};
 }

@@ -18,20 +18,20 @@ constexpr int bucket_size_in_file = 6;
 constexpr int slot_size_in_file = 8;
 
 constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
-constexpr uint32_t most_buckets = 0x1fffffff;
-constexpr uint32_t most_variables = 0x7ffffff;
+constexpr std::uint32_t most_buckets = 0x1fffffff;
+constexpr std::uint32_t most_variables = 0x7ffffff;
 
 struct Header {
     int bucket_entries;
     int bucket_bits;
-    uint32_t variable_count;
+    std::uint32_t variable_count;
 };
 
 // What is wrong with a header, null for nothing.
 const char* Header_Fault(const Header& header) {
     if (header.bucket_bits > most_bucket_bits)
         return "variable_hash_header.bucket_bits out of range";
-    if (uint32_t{1} << (header.bucket_bits & 31) > most_buckets)
+    if (std::uint32_t{1} << (header.bucket_bits & 31) > most_buckets)
         return "read_bucket_size out of range";
     if (header.variable_count > most_variables)
         return "variable_hash_header.variable_count out of range";
@@ -59,17 +59,18 @@ bool VariableHash::Read(TaggedFile* file) {
     std::vector<char> bytes;
     if (!file->Section_Read_Records(bytes, 1, header_size))
         return Error(file->error());
-    const Header header{Get_Little_Endian<int16_t>(&bytes[0]), Get_Little_Endian<uint8_t>(&bytes[2]),
-                        Get_Little_Endian<uint32_t>(&bytes[3])};
+    const Header header{Get_Little_Endian<std::int16_t>(&bytes[0]),
+                        Get_Little_Endian<std::uint8_t>(&bytes[2]),
+                        Get_Little_Endian<std::uint32_t>(&bytes[3])};
     if (const char* fault = Header_Fault(header))
         return Error(fault);
     std::vector<char> chains;
-    if (!file->Section_Read_Records(chains, static_cast<uint32_t>(header.bucket_entries),
+    if (!file->Section_Read_Records(chains, static_cast<std::uint32_t>(header.bucket_entries),
                                     bucket_size_in_file))
         return Error(file->error());
-    const int64_t read_bucket_size = int64_t{1} << (header.bucket_bits & 31);
-    for (size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
-        const auto index = Get_Little_Endian<int16_t>(&chains[at]);
+    const std::int64_t read_bucket_size = std::int64_t{1} << (header.bucket_bits & 31);
+    for (std::size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
+        const auto index = Get_Little_Endian<std::int16_t>(&chains[at]);
         if (index < 0 || index >= read_bucket_size)
             return Error("variable_hash_bucket.index out of range");
     }
@@ -79,14 +80,14 @@ bool VariableHash::Read(TaggedFile* file) {
 
     const int count = static_cast<int>(header.variable_count);
     VariableHash read(dictionary_, header.bucket_bits, count, count);
-    for (size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
-        const auto head = Get_Little_Endian<int32_t>(&chains[at + 2]);
-        read.buckets.Set_Head(Get_Little_Endian<uint16_t>(&chains[at]), read.Is_Slot(head) ? head : -1);
+    for (std::size_t at = 0; at < chains.size(); at += bucket_size_in_file) {
+        const auto head = Get_Little_Endian<std::int32_t>(&chains[at + 2]);
+        read.buckets.Set_Head(Get_Little_Endian<std::uint16_t>(&chains[at]), read.Is_Slot(head) ? head : -1);
     }
-    for (int slot = 0; slot < count; slot++) {
-        const char* record = &slots[static_cast<size_t>(slot) * slot_size_in_file];
-        read.entries[slot].id = Get_Little_Endian<int32_t>(record);
-        const auto link = Get_Little_Endian<int32_t>(record + 4);
+    for (int slot = 0; slot < count; ++slot) {
+        const char* record = &slots[static_cast<std::size_t>(slot) * slot_size_in_file];
+        read.entries[slot].id = Get_Little_Endian<std::int32_t>(record);
+        const auto link = Get_Little_Endian<std::int32_t>(record + 4);
         read.next[slot] = read.Is_Slot(link) ? link : -1;
     }
     read.bucket_entries = header.bucket_entries;
@@ -99,9 +100,9 @@ bool VariableHash::Write(TaggedFile* file) {
     int used = 0;
     int last_used = 0;
     buckets.For_Each([&](int bucket, int head) {
-        Append_Little_Endian(used_buckets, static_cast<int16_t>(bucket));
+        Append_Little_Endian(used_buckets, static_cast<std::int16_t>(bucket));
         Append_Little_Endian(used_buckets, head);
-        used++;
+        ++used;
         last_used = bucket;
     });
     if (last_used > INT16_MAX)
@@ -109,11 +110,11 @@ bool VariableHash::Write(TaggedFile* file) {
     if (used > INT16_MAX)
         return Error("variable_hash_header.bucket_entries out of range");
     std::vector<char> header;
-    Append_Little_Endian(header, static_cast<int16_t>(used));
-    Append_Little_Endian(header, static_cast<uint8_t>(bucket_bits));
+    Append_Little_Endian(header, static_cast<std::int16_t>(used));
+    Append_Little_Endian(header, static_cast<std::uint8_t>(bucket_bits));
     Append_Little_Endian(header, variable_count);
     std::vector<char> slots;
-    for (int slot = 0; slot < variable_count; slot++) {
+    for (int slot = 0; slot < variable_count; ++slot) {
         Append_Little_Endian(slots, entries[slot].id);
         Append_Little_Endian(slots, next[slot]);
     }

@@ -1,15 +1,15 @@
 #include "value/variable_scope.h"
 
-#include <cstring>
-#include <string_view>
-
 #include "core/text_search.h"
 #include "value/variable_hash.h"
+
+#include <cstring>
+#include <string_view>
 
 namespace {
 
 // Whether the word stands at a place of the text, in any case, and a dot behind it.
-bool Word_And_Dot(std::string_view text, size_t at, std::string_view word) {
+bool Word_And_Dot(std::string_view text, std::size_t at, std::string_view word) {
     return text.size() > at + word.size() && text[at + word.size()] == '.' &&
            memcmpi(text.data() + at, word.data(), word.size()) == 0;
 }
@@ -18,11 +18,11 @@ bool Word_And_Dot(std::string_view text, size_t at, std::string_view word) {
 // is -1, and nothing is said about it.
 struct Split_Name {
     Variable_Scope scope;
-    size_t name = 0;
+    std::size_t name = 0;
     int alias_length = -1;
 };
 
-Split_Name Database(size_t alias_length, size_t name) {
+Split_Name Database(std::size_t alias_length, std::size_t name) {
     return {SCOPE_DATABASE, name, static_cast<int>(alias_length)};
 }
 
@@ -48,7 +48,7 @@ Split_Name Split_One_Letter(std::string_view text) {
 Split_Name Split(std::string_view text) {
     if (text.size() >= 2 && text[1] == '.')
         return Split_One_Letter(text);
-    size_t dot = text.find('.');
+    std::size_t dot = text.find('.');
     if (dot == std::string_view::npos)
         return {SCOPE_UNSCOPED};
     if (dot == 5 && Word_And_Dot(text, 0, "local"))
@@ -71,7 +71,7 @@ Split_Name Split(std::string_view text) {
 
 Variable_Scope VariableHash::Scope(const char* text, int length, const char** name, int* name_length,
                                    const char** alias, int* alias_length) {
-    std::string_view whole(text, length < 0 ? strlen(text) : static_cast<size_t>(length));
+    std::string_view whole(text, length < 0 ? strlen(text) : static_cast<std::size_t>(length));
     Split_Name split = Split(whole);
     *name = text + split.name;
     *name_length = static_cast<int>(whole.size() - split.name);

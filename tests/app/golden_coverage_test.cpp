@@ -73,9 +73,9 @@ bool Fits(const char* format, const char* text) {
 
 TEST(GoldenPages, Show_Every_Message) {
     const std::string all_lines = All_Contents(".err");
-    for (size_t row = 0; row < std::size(messages); ++row) {
+    for (std::size_t row = 0; row < std::size(messages); ++row) {
         auto is_row = [&](const Unseen_Message& unseen) {
-            return static_cast<size_t>(unseen.message) == row;
+            return static_cast<std::size_t>(unseen.message) == row;
         };
         bool is_expected = std::none_of(std::begin(unseen_messages), std::end(unseen_messages), is_row);
         std::string mark = (messages[row].code <= LAST_WARNING ? ": CW_" : ": CE_") +
@@ -83,7 +83,7 @@ TEST(GoldenPages, Show_Every_Message) {
         bool is_shown = false;
         std::istringstream lines(all_lines);
         for (std::string line; !is_shown && std::getline(lines, line);) {
-            size_t at = line.find(mark);
+            std::size_t at = line.find(mark);
             is_shown = at != std::string::npos && Fits(messages[row].text, line.c_str() + at + mark.size());
         }
         EXPECT_EQ(is_shown, is_expected) << mark << messages[row].text;

@@ -50,7 +50,7 @@ class Test_Application : public ConsoleApplication {
         return text;
     }
     static std::string Describe(const LogFilterEntry& entry) {
-        return std::string(entry.name, static_cast<size_t>(entry.name_length)) + ":" +
+        return std::string(entry.name, static_cast<std::size_t>(entry.name_length)) + ":" +
                std::to_string(entry.low) + "-" + std::to_string(entry.high) + " ";
     }
 

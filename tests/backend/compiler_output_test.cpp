@@ -1,5 +1,4 @@
 #include "backend/outputs/compiler_output.h"
-
 #include "files/unix_file_manager.h"
 
 #include <algorithm>

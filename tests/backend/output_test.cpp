@@ -18,7 +18,7 @@ std::deque<Write_Result> write_results;
 
 } // namespace
 
-extern "C" ssize_t write(int descriptor, const void* bytes, size_t length) {
+extern "C" ssize_t write(int descriptor, const void* bytes, std::size_t length) {
     if (!write_results.empty()) {
         const Write_Result result = write_results.front();
         write_results.pop_front();

@@ -1,6 +1,5 @@
-#include "backend/outputs/quoted_text.h"
-
 #include "backend/outputs/compiler_output.h"
+#include "backend/outputs/quoted_text.h"
 
 #include <gtest/gtest.h>
 #include <memory>

@@ -42,7 +42,7 @@ void Compare_With_Model(int case_insensitive, int bucket_bits) {
     std::vector<T*> slots;
     std::vector<std::unique_ptr<T>> made;
     int used = 0; // up by each new key, down by each removal
-    for (int step = 0; step < 8000; step++) {
+    for (int step = 0; step < 8000; ++step) {
         std::string key(random() % 5, 'a');
         for (char& c : key)
             c = "abcABC_\x00"[random() % 8];
@@ -81,7 +81,7 @@ void Compare_With_Model(int case_insensitive, int bucket_bits) {
     const Watched<T> copy(table);
     EXPECT_EQ(copy.Current(), table.Index(0));
     EXPECT_EQ(copy.Used(), used);
-    for (int i = 0; i < copy.Entries(); i++) {
+    for (int i = 0; i < copy.Entries(); ++i) {
         ASSERT_EQ(copy.Index(i), table.Index(i));
         ASSERT_EQ(copy.Index(i) && !copy.Find(copy.Index(i)), false);
     }
@@ -110,7 +110,7 @@ TEST(HashTable, Keys_Compare_By_Length_And_Then_By_Case_Where_It_Counts) {
 TEST(HashTable, Different_Keys_Stay_Apart_Whatever_The_Buckets) {
     for (const int case_insensitive : {0, 1}) {
         Watched<String> table(1, case_insensitive, 12, 10);
-        for (int i = 0; i < 40000; i++)
+        for (int i = 0; i < 40000; ++i)
             table.Insert(new String(String("name_") + i));
         EXPECT_LT(table.compared, 10);
         EXPECT_EQ(table.Capacity(), 10 + 79 * 512);
@@ -175,9 +175,9 @@ TEST(HashTable, Files_Are_Known_By_Device_And_Inode) {
 // Values of the published lookup2, as other libraries that offer it have them.
 TEST(StringHash, Published_Results_And_The_Same_Of_Lower_Case) {
     std::string bytes;
-    for (int byte = 0x80; byte < 0xa8; byte++)
+    for (int byte = 0x80; byte < 0xa8; ++byte)
         bytes += static_cast<char>(byte);
-    const std::tuple<std::string, uint32_t, uint32_t> cases[] = {
+    const std::tuple<std::string, std::uint32_t, std::uint32_t> cases[] = {
         // clang-format off
         {"", 0, 0xbd49d10d}, {"a", 0, 0x29eec818}, {"abcd", 0, 0x5ae61fa5}, {"abcdefgh", 0, 0x053f775e},
         {"abcdefghi", 0, 0x3a7b0a5f}, {"abcdefghijk", 0, 0xe52b8e4c}, {"abcdefghijkl", 0, 0x0b1b3ea5},
@@ -186,9 +186,9 @@ TEST(StringHash, Published_Results_And_The_Same_Of_Lower_Case) {
         // clang-format on
     };
     for (const auto& [key, seed, expected] : cases)
-        EXPECT_EQ(hash(key.data(), static_cast<uint32_t>(key.size()), seed), expected) << key;
+        EXPECT_EQ(hash(key.data(), static_cast<std::uint32_t>(key.size()), seed), expected) << key;
     // Every byte at every offset of the blocks and of the rest: what tolower leaves alone is left alone.
-    for (int i = 0; i < 256 * 23; i++) {
+    for (int i = 0; i < 256 * 23; ++i) {
         std::string key(23, 'Q'), lower(23, 'q');
         key[i % 23] = static_cast<char>(i / 23);
         lower[i % 23] = static_cast<char>(std::tolower(i / 23));

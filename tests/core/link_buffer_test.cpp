@@ -1,7 +1,6 @@
-#include "core/link_buffer.h"
-
 #include "app/services/tarn_application.h"
 #include "backend/outputs/output.h"
+#include "core/link_buffer.h"
 #include "value/variable.h"
 
 #include <climits>

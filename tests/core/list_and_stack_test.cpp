@@ -19,7 +19,7 @@ TEST(List, Does_What_A_Vector_With_A_Cursor_Does) {
     List<int> list(0);
     std::vector<int*> model;
     int entries = 0, current = -1; // index in the model, -1 for none
-    for (int step = 0; step < 20000; step++) {
+    for (int step = 0; step < 20000; ++step) {
         const auto p = static_cast<ListPosition>(random() % 4); // the last one is none
         int* const e = &numbers[random() % 64];
         const int size = static_cast<int>(model.size());
@@ -28,7 +28,7 @@ TEST(List, Does_What_A_Vector_With_A_Cursor_Does) {
         switch (const unsigned choice = random() % 8) {
         case 0:
         case 1:
-            entries++;
+            ++entries;
             ASSERT_EQ(list.Insert(e, p) != nullptr, !size || names_a_node);
             if (!size || names_a_node) {
                 current = size ? at + (p == LIST_LAST) : 0;
@@ -36,7 +36,7 @@ TEST(List, Does_What_A_Vector_With_A_Cursor_Does) {
             }
             break;
         case 2:
-            entries--;
+            --entries;
             ASSERT_EQ(list.Remove(p), names_a_node ? model[at] : nullptr);
             if (names_a_node) {
                 model.erase(model.begin() + at);
@@ -81,7 +81,7 @@ TEST(List, Owner_Deletes_What_It_Still_Holds) {
 TEST(Stack, Owner_Deletes_What_It_Discards) {
     const Element element = std::make_shared<int>();
     Stack<Element> stack(1);
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
         stack.Push(new Element(element));
     stack.Peek();
     const std::unique_ptr<Element> popped(stack.Pop());
@@ -99,7 +99,7 @@ TEST(Stack, Does_What_A_Vector_With_A_Cursor_Does) {
     Stack<int> stack(0);
     std::vector<int*> model;
     int cursor = -1; // index in the model, -1 for below the bottom
-    for (int step = 0; step < 20000; step++) {
+    for (int step = 0; step < 20000; ++step) {
         const int choice = random() % 5;
         if (choice == 3) {
             cursor = std::max(cursor - 1, -1);

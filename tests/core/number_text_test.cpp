@@ -33,7 +33,7 @@ std::string Text(char* (*convert)(Number, int*, int*), Number value, int spare =
     const std::unique_ptr<char[]> text(convert(value, &len, &size));
     EXPECT_EQ(size, len + 1 + spare);
     EXPECT_EQ(text[len], '\0');
-    return {text.get(), static_cast<size_t>(len)};
+    return {text.get(), static_cast<std::size_t>(len)};
 }
 std::string Itos(int value) {
     return Text(App::itos, value);
@@ -111,16 +111,16 @@ TEST(NumberText, Infinity_By_The_C_Library_Counts_As_Overflow_While_Errno_Says_S
     EXPECT_EQ(error, 1);
     EXPECT_EQ(App::stod("inf", 3, 4, &error), infinity); // a word doesn't mind
     EXPECT_EQ(error, 0);
-    EXPECT_EQ(std::bit_cast<uint64_t>(App::stod("-nan", 4, 5, nullptr)), 0xfff8000000000000u);
+    EXPECT_EQ(std::bit_cast<std::uint64_t>(App::stod("-nan", 4, 5, nullptr)), 0xfff8000000000000u);
 }
 
 // Of any exponent up to 2^49, whose whole numbers have up to 15 digits.
 TEST(NumberText, Doubles_Below_The_Gap_Come_Back_From_Their_Text) {
     std::mt19937_64 random(6);
-    for (int i = 0; i < 20000; i++) {
-        const uint64_t bits = (random() >> 63 << 63) | (random() % ((1023ull + 49) << 52));
+    for (int i = 0; i < 20000; ++i) {
+        const std::uint64_t bits = (random() >> 63 << 63) | (random() % ((1023ull + 49) << 52));
         const std::string text = Dtos(std::bit_cast<double>(bits));
-        ASSERT_EQ(std::bit_cast<uint64_t>(App::stod(text.c_str(), -1, 0, nullptr)), bits);
+        ASSERT_EQ(std::bit_cast<std::uint64_t>(App::stod(text.c_str(), -1, 0, nullptr)), bits);
     }
 }
 

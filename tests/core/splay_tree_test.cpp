@@ -32,11 +32,11 @@ TEST(SplayTree, Answers_By_Key) {
     int odd[20];
     SplayTree<int, int> tree(0);
     const auto at = [&](int i) { return i >= 0 && i < 20 ? &odd[i] : nullptr; };
-    for (int i = 0; i < 20; i++) {
+    for (int i = 0; i < 20; ++i) {
         odd[i] = 2 * i + 1;
         tree.Insert(&odd[i]);
     }
-    for (int step = 0; step < 1000; step++) {
+    for (int step = 0; step < 1000; ++step) {
         const int k = static_cast<int>(random() % 42); // i is the place of the key, or of the next one above
         const int i = k / 2;
         switch (random() % 4) {
@@ -97,7 +97,7 @@ TEST(SplayTree, Walks_Trees_Of_Any_Size) {
     for (const int size : {0, 1, 99, 100, 400000}) {
         Watched_Tree tree(1);
         std::vector<int> expected;
-        for (int k = 0; k < size; k++) {
+        for (int k = 0; k < size; ++k) {
             tree.Insert(new int(k));
             expected.push_back(k);
         }

@@ -65,10 +65,10 @@ TEST(String, Appending_Follows_The_Rule_At_Any_Length) {
             capacity = std::max(capacity, static_cast<int>((expected.size() + 24) / 24 * 24));
         }
         if (random() % 50 == 0) {
-            expected.resize(expected.size() - std::min<size_t>(expected.size(), random() % 200));
+            expected.resize(expected.size() - std::min<std::size_t>(expected.size(), random() % 200));
             s.truncate(static_cast<unsigned>(expected.size()));
         }
-        int32_t field; // that stands behind the pointer
+        std::int32_t field; // that stands behind the pointer
         std::memcpy(&field, reinterpret_cast<const char*>(&s) + sizeof(char*), sizeof field);
         ASSERT_EQ(field, capacity);
         ASSERT_EQ(s.capacity(), capacity);

@@ -1,10 +1,9 @@
 #include "app/driver/unix_compiler_application.h"
 #include "core/link_buffer.h"
 
-#include <gtest/gtest.h>
-
 #include <cctype>
 #include <cstdio>
+#include <gtest/gtest.h>
 #include <memory>
 #include <string>
 

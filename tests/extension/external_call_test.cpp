@@ -1,12 +1,9 @@
 #include "extension/external_call.h"
-
 #include "extension/unix_external_library.h"
 #include "value/variable.h"
 
-#include <gtest/gtest.h>
-
 #include <dlfcn.h>
-
+#include <gtest/gtest.h>
 #include <string>
 
 namespace {

@@ -163,7 +163,7 @@ TEST_F(Contained, Links_Are_Followed_One_By_One) {
     };
     for (const auto& [target, link] : tree)
         Link(target, "root/" + link);
-    for (int i = 0; i < 60; i++) // more than the system would follow
+    for (int i = 0; i < 60; ++i) // more than the system would follow
         Link("chain" + std::to_string(i), "root/chain" + std::to_string(i + 1));
     const std::string missing = System_Text(ENOENT);
     const struct {
@@ -196,8 +196,8 @@ TEST_F(Contained, Owner_May_Not_Change_On_The_Way) {
     Link("l2", hops[0]);
     Link("l3", hops[1]);
     Link(At("root/f"), hops[2]);
-    for (unsigned theirs = 0; theirs < 16; theirs++) {
-        for (unsigned i = 0; i < 4; i++)
+    for (unsigned theirs = 0; theirs < 16; ++theirs) {
+        for (unsigned i = 0; i < 4; ++i)
             ASSERT_EQ(lchown(At(hops[i]).c_str(), theirs >> i & 1 ? stranger : 0, 0), 0);
         const bool mixed = theirs != 0 && theirs != 15;
         manager->SecurityOptions(links);
@@ -235,7 +235,7 @@ TEST_F(Contained, Refused_File_Is_Neither_Emptied_Nor_Made) {
     Disturbed_Manager disturbed(&application, *manager);
     disturbed.SecurityOptions(links);
     const std::string f = At("root/f");
-    for (int mode = FILE_MODE_READ; mode <= (FILE_MODE_READ | FILE_MODE_WRITE); mode++) {
+    for (int mode = FILE_MODE_READ; mode <= (FILE_MODE_READ | FILE_MODE_WRITE); ++mode) {
         Put("root/f", "root/f");
         disturbed.victim = f.c_str();
         EXPECT_FALSE(see(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)));

@@ -34,7 +34,7 @@ inline bool see(File* opened) {
     const std::unique_ptr<File> file(opened);
     char buffer[64];
     const long length = file ? file->Read(buffer, sizeof buffer) : -1;
-    observed.text.assign(buffer, length < 0 ? 0 : static_cast<size_t>(length));
+    observed.text.assign(buffer, length < 0 ? 0 : static_cast<std::size_t>(length));
     return file != nullptr;
 }
 

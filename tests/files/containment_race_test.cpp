@@ -54,14 +54,14 @@ class Containment_Race : public File_Tree {
         UNIXFileManager racer(&application);
         ASSERT_TRUE(racer.InitializeDataDirectory(At("root").c_str()));
         racer.SecurityOptions(options);
-        const Descriptor root(open_path(".", O_RDONLY)), own(open_path("d", O_RDONLY));
+        const Descriptor root(Open_Path(".", O_RDONLY)), own(Open_Path("d", O_RDONLY));
         const std::string before = Outside();
         const char* const wanted = getenv("RACE_TRIES");
         const int least = wanted ? atoi(wanted) : 70000;
         std::atomic<int> swaps = 0;
         std::jthread other(Exchange, root.get(), std::ref(swaps));
         int done = 0, tries = 0;
-        for (; swaps < least || tries < least; tries++) {
+        for (; swaps < least || tries < least; ++tries) {
             const Contained_Operation& operation =
                 contained_operations[tries % std::size(contained_operations)];
             const bool on_file = operation.on_file && tries / std::size(contained_operations) % 2;

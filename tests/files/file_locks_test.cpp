@@ -109,7 +109,7 @@ TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
     EXPECT_EQ(Get("lock"), "1!1:here");
 
     Put("lock", stale);
-    const Descriptor breaker(open_path("lock", O_RDONLY));
+    const Descriptor breaker(Open_Path("lock", O_RDONLY));
     EXPECT_EQ(flock(breaker.get(), LOCK_EX), 0); // another one is about to remove it
     application.passes = 3;
     application.while_waiting = [&] {
@@ -146,7 +146,7 @@ TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
 
 // Whether nobody else holds the lock that this process holds, by the system, which lets go of those who die.
 bool holds_alone(unsigned microseconds) {
-    const Descriptor witness(open_path("witness", O_RDONLY));
+    const Descriptor witness(Open_Path("witness", O_RDONLY));
     usleep(microseconds);
     return flock(witness.get(), LOCK_EX | LOCK_NB) == 0 && usleep(microseconds) == 0;
 }
@@ -170,7 +170,7 @@ TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
     application.expiration = 3;
     const char* const seconds = getenv("LOCK_SECONDS");
     const time_t end = time(nullptr) + (seconds ? atoi(seconds) : 4);
-    for (unsigned i = 0; i < 8; i++)
+    for (unsigned i = 0; i < 8; ++i)
         if (fork() == 0) {
             application.host = i % 2 ? "there" : "here";
             _exit(take_turns(*manager, std::minstd_rand(i + 1), end, i < 4));

@@ -93,7 +93,7 @@ TEST_F(Raw_Operations, Rename_Across_File_Systems_Loses_Nothing) {
 }
 
 TEST_F(Raw_Operations, Temporary_Takes_The_First_Free_Number) {
-    for (int i = 0; i < 10; i++)
+    for (int i = 0; i < 10; ++i)
         Put("t." + std::to_string(i), "");
     char* name = nullptr;
     EXPECT_TRUE(see(manager->MakeTemporary("t", &name, FILE_MODE_READ)));

@@ -38,7 +38,7 @@ TEST(UNIXFilePath, Collapses) {
 TEST(UNIXFilePath, Span_Takes_Back_What_Element_Cut) {
     UNIXFilePath path("a//b/c/");
     const char* const elements[] = {"a", "b", "c", nullptr};
-    for (int i = 0; i < 4; i++)
+    for (int i = 0; i < 4; ++i)
         EXPECT_STREQ(path.Element(i), elements[i]);
     EXPECT_STREQ(path.Span(0, 1), "a//b");
     EXPECT_STREQ(path.Span(1, 2), "b/c");

@@ -85,7 +85,7 @@ TEST_F(Open_File, Range_Locks_Hold_Against_Other_Files) {
     const auto first = Open("f", both), second = Open("f", both);
     EXPECT_TRUE(first->Lock(FILE_LOCK_EXCLUSIVE, 0, 2) && second->Lock(FILE_LOCK_EXCLUSIVE, 2, 2));
     EXPECT_TRUE(first->Lock(FILE_LOCK_SHARED, 4, 0) && second->Lock(FILE_LOCK_SHARED, 4, 0));
-    const Descriptor probe(open_path("f", O_RDWR));
+    const Descriptor probe(Open_Path("f", O_RDWR));
     struct flock range = {F_WRLCK, SEEK_SET, 0, 2, 0};
     EXPECT_EQ(fcntl(probe.get(), F_OFD_SETLK, &range), -1);
     EXPECT_TRUE(first->Release(0, 2));

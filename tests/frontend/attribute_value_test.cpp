@@ -1,6 +1,5 @@
-#include "frontend/values/attribute_value.h"
-
 #include "backend/assembly_fixture.h"
+#include "frontend/values/attribute_value.h"
 #include "frontend/values/attribute_value_array.h"
 
 #include <gtest/gtest.h>

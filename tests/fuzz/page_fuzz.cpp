@@ -7,10 +7,9 @@
 #include "backend/writers/doxygen_compiler_parser.h"
 #include "page_files.h"
 
-#include <mpdecimal.h>
-
 #include <cstdint>
 #include <memory>
+#include <mpdecimal.h>
 #include <string_view>
 #include <vector>
 

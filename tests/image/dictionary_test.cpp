@@ -1,5 +1,4 @@
 #include "image/dictionary.h"
-
 #include "image_fixture.h"
 
 namespace {
@@ -10,7 +9,7 @@ class DictionaryTest : public ImageTest {
     static std::string Texts(Dictionary& names) {
         std::string texts;
         int size = 0;
-        for (int i = 0; const char* text = names.Entry(i, &size); i++)
+        for (int i = 0; const char* text = names.Entry(i, &size); ++i)
             texts += std::string(text, size) + " ";
         return texts;
     }
@@ -82,7 +81,7 @@ TEST_F(DictionaryTest, Has_The_Bytes_Of_The_Format) {
 }
 
 TEST_F(DictionaryTest, Fields_Out_Of_Range_Are_Refused) {
-    constexpr int64_t blocks = 0x3ffff * 8192LL;
+    constexpr std::int64_t blocks = 0x3ffff * 8192LL;
     Expect_Refused(
         names, {"dict", Bytes(0)},
         {{"dictionary_header.entries out of range", {{0, 0x8000000}, {0, 0x10000000}, {0, -1}}},
@@ -98,7 +97,7 @@ TEST_F(DictionaryTest, Fields_Out_Of_Range_Are_Refused) {
 // Where the data can't be read it isn't the entries that are at fault.
 TEST_F(DictionaryTest, Failed_Read_Tells_What_The_File_Says) {
     const std::string section = Dwords({1, 100, 0, 0, 5}) + std::string(100, 'x');
-    const int64_t at = INT_MAX - 30; // too near the end of all files for a hundred bytes
+    const std::int64_t at = INT_MAX - 30; // too near the end of all files for a hundred bytes
     TaggedFile file(&files);
     ASSERT_TRUE(Open(file, Patch{28, 1}(Image({})) + "dict" + Dwords({at, std::ssize(section)})));
     ASSERT_EQ(pwrite(descriptor, section.data(), section.size(), at), std::ssize(section));

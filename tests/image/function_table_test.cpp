@@ -1,5 +1,4 @@
 #include "image/function_table.h"
-
 #include "image_fixture.h"
 
 #include <sstream>
@@ -50,10 +49,10 @@ TEST_F(FunctionTableTest, Chains_Are_Sorted_And_Ignore_Case) {
 
 TEST_F(FunctionTableTest, Many_Functions_Are_Found) {
     FunctionManager many(&names, 4);
-    for (int i = 0; i < 300; i++)
+    for (int i = 0; i < 300; ++i)
         many.Function_Add(("f" + std::to_string(i)).c_str(), -1, 0);
     ASSERT_TRUE(Read(table, {"func", Written(many).substr(32)}));
-    for (int i = 0; i < 300; i++)
+    for (int i = 0; i < 300; ++i)
         EXPECT_EQ(table.Function_Get(("F" + std::to_string(i)).c_str(), -1), table.Function_At(i));
     EXPECT_EQ(Written(table), Written(many));
 }

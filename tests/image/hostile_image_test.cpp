@@ -2,7 +2,6 @@
 
 #include "image/function_table.h"
 #include "image/segment_manager.h"
-
 #include "image_fixture.h"
 
 #include <malloc.h>
@@ -21,7 +20,7 @@ struct Parts {
     void Use() {
         segments.Start()->Dump("/dev/null", "", 0);
         segments.Start()->Write_Byte(0, 1);
-        for (int i = 0; Function* const function = functions.Function_At(i); i++) {
+        for (int i = 0; Function* const function = functions.Function_At(i); ++i) {
             for (auto* p = function->parameters.First(); p; p = function->parameters.Next())
                 function->locals.Index(p->ident, 1);
             function->AddParameter(0, function->name.text(), -1);
@@ -53,13 +52,13 @@ TEST_F(HostileImageTest, Any_Field_May_Have_Any_Value) {
     parts.segments.Segment_Add()->Write_Byte(0, 0x3b);
     const std::string image = Written(parts);
     std::vector<Patch> values = {{0, INT_MIN}};
-    for (const int64_t limit :
+    for (const std::int64_t limit :
          {0, 0x10000, 0x3ffff, 0x7ffffff, 0xaaaaaaa, 0xfffffff, 0x1fffffff, 0x3fffe * 8192,
           0x3ffff * 8192 - 1, static_cast<int>(image.size()), INT_MAX - 32, INT_MAX - 1})
         values.insert(values.end(), {{0, limit - 1}, {0, limit}, {0, limit + 1}});
-    for (const int64_t value : {0, 1, 7, 8, 28, 29, 31, 32, 33, 0x7fff, 0x8000, 0xffff})
+    for (const std::int64_t value : {0, 1, 7, 8, 28, 29, 31, 32, 33, 0x7fff, 0x8000, 0xffff})
         values.push_back({0, value, value < 255 ? 1 : 2});
-    for (size_t at = 0; at + 4 <= image.size(); at++)
+    for (std::size_t at = 0; at + 4 <= image.size(); ++at)
         for (const Patch& patch : values) {
             TaggedFile file(&files);
             if (!Open(file, Patch{at, patch.value, patch.width}(image)))
@@ -74,7 +73,7 @@ TEST_F(HostileImageTest, Any_Field_May_Have_Any_Value) {
 
 std::string Twenty_Thousand(const std::string& record) {
     std::string bytes;
-    for (int i = 0; i < 20000; i++)
+    for (int i = 0; i < 20000; ++i)
         bytes += record;
     return bytes;
 }
@@ -112,7 +111,7 @@ TEST_F(HostileImageTest, Small_Files_Take_Little_Memory) {
         TaggedFile file(&files);
         Parts parts;
         ASSERT_TRUE(Open(file, bytes));
-        const size_t before = in_use();
+        const std::size_t before = in_use();
         EXPECT_TRUE(Take(parts.names, file));
         EXPECT_EQ(c.tag == "func" ? Take(parts.functions, file) : Take(parts.segments, file), c.whole);
         EXPECT_LE(in_use(), before + 16 * bytes.size() + (1 << 20)) << c.tag << c.name_length;

@@ -17,16 +17,16 @@
 #include <vector>
 
 // Images are put together by hand here, so that neither half of the code under test vouches for the other.
-inline std::string Number(int64_t value, int width) {
+inline std::string Number(std::int64_t value, int width) {
     std::string bytes;
     for (; width > 0; width--, value >>= 8)
         bytes += static_cast<char>(value);
     return bytes;
 }
 
-inline std::string Dwords(const std::vector<int64_t>& values) {
+inline std::string Dwords(const std::vector<std::int64_t>& values) {
     std::string bytes;
-    for (const int64_t value : values)
+    for (const std::int64_t value : values)
         bytes += Number(value, 4);
     return bytes;
 }
@@ -45,12 +45,12 @@ inline std::string Image(const std::vector<Section>& sections) {
 }
 
 struct Patch {
-    size_t at;
-    int64_t value;
+    std::size_t at;
+    std::int64_t value;
     int width = 4;
 
     std::string operator()(std::string bytes) const {
-        return bytes.replace(at, static_cast<size_t>(width), Number(value, width));
+        return bytes.replace(at, static_cast<std::size_t>(width), Number(value, width));
     }
 };
 
@@ -101,7 +101,7 @@ class ImageTest : public testing::Test {
                 EXPECT_FALSE(Read(part, {section.first, patch(section.second)})) << patch.at;
                 EXPECT_EQ(part.error().view(), error) << patch.at << ": " << patch.value;
             }
-        for (size_t length = 0; length < section.second.size(); length++)
+        for (std::size_t length = 0; length < section.second.size(); ++length)
             EXPECT_FALSE(Read(part, {section.first, section.second.substr(0, length)})) << length;
         EXPECT_FALSE(Read(part, {"none", section.second}));
         EXPECT_EQ(part.error().view(), "Invalid section");

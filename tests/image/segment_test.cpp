@@ -1,5 +1,4 @@
 #include "image/segment_manager.h"
-
 #include "image_fixture.h"
 
 namespace {
@@ -33,7 +32,7 @@ class SegmentTest : public ImageTest {
     std::string Listing(const std::string& code, const char* expression, int length) {
         Segment segment(1);
         for (int offset = 0; const char byte : code)
-            offset = segment.Write_Byte(offset, static_cast<uint8_t>(byte));
+            offset = segment.Write_Byte(offset, static_cast<std::uint8_t>(byte));
         segment.Dump(path.c_str(), expression, length);
         return Get();
     }
@@ -42,9 +41,9 @@ class SegmentTest : public ImageTest {
 };
 
 TEST_F(SegmentTest, Numbers_Stand_Within_The_Size) {
-    Expect_Number<uint8_t>(&Segment::Write_Byte, &Segment::Read_Byte, 0xfe, "\xfe");
-    Expect_Number<uint16_t>(&Segment::Write_Word, &Segment::Read_Word, 0x8102, "\x02\x81");
-    Expect_Number<int32_t>(&Segment::Write_Dword, &Segment::Read_Dword, -2, "\xfe\xff\xff\xff");
+    Expect_Number<std::uint8_t>(&Segment::Write_Byte, &Segment::Read_Byte, 0xfe, "\xfe");
+    Expect_Number<std::uint16_t>(&Segment::Write_Word, &Segment::Read_Word, 0x8102, "\x02\x81");
+    Expect_Number<std::int32_t>(&Segment::Write_Dword, &Segment::Read_Dword, -2, "\xfe\xff\xff\xff");
     Expect_Number<double>(&Segment::Write_Double, &Segment::Read_Double, 1.0, Dwords({0, 0x3ff00000}));
 }
 

@@ -8,7 +8,7 @@ class TaggedFileTest : public ImageTest {
     static constexpr int efgh = 0x68676665;
     const std::string image = Image({{"abcd", "0123456789"}, {"efgh", ""}, {"abcd", "hidden"}})
                                   .replace(4, 20, Number(0x10005, 4) + "sixteen letters!");
-    const size_t directory = image.size() - 36;
+    const std::size_t directory = image.size() - 36;
     TaggedFile file{&files};
     char data[16];
 
@@ -91,7 +91,7 @@ TEST_F(TaggedFileTest, Damaged_Files_Are_Refused) {
             EXPECT_FALSE(Open(file, patch(image))) << patch.at;
             EXPECT_EQ(file.error().view(), error);
         }
-    for (size_t length = 0; length < image.size(); length++) {
+    for (std::size_t length = 0; length < image.size(); ++length) {
         EXPECT_FALSE(Open(file, image.substr(0, length)));
         EXPECT_EQ(file.error().view(), length < 32 ? corrupt : no_directory);
     }

@@ -60,7 +60,7 @@ struct Connection : testing::Test {
 template <typename Operation>
 void Expect_One_Second(Operation operation) {
     double passed = 2;
-    for (int attempts = 0; attempts < 10 && passed > 1.2; attempts++) {
+    for (int attempts = 0; attempts < 10 && passed > 1.2; ++attempts) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(operation(), -1);
         passed = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

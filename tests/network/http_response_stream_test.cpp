@@ -1,5 +1,4 @@
 #include "network/http_response_stream.h"
-
 #include "network/network_output.h"
 #include "network/network_support.h"
 
@@ -23,7 +22,7 @@ Outcome Read_Response(Script& script) {
     char buffer[9];
     int count = stream.Read_Headers() ? 1 : -1;
     while (count > 0 && (count = stream.Read(buffer, sizeof buffer)) > 0)
-        outcome.body += std::string(buffer, static_cast<size_t>(count)) + "|";
+        outcome.body += std::string(buffer, static_cast<std::size_t>(count)) + "|";
     if (count < 0)
         outcome.error = stream.error().text();
     stream.Close();
@@ -76,7 +75,7 @@ TEST(HTTPResponse, Is_Read_As_It_Comes) {
         const Outcome outcome = Read_Response(whole), slowly = Read_Response(slow);
         EXPECT_EQ(outcome.head + outcome.body + outcome.error, c.head + c.body + c.error);
         EXPECT_EQ(slowly.head + slowly.error, c.head + c.error);
-        for (size_t length = 0; length < c.response.size() && c.error.empty(); length++) {
+        for (std::size_t length = 0; length < c.response.size() && c.error.empty(); ++length) {
             Script cut{.incoming = c.response.substr(0, length)};
             const std::string body = Read_Response(cut).body;
             EXPECT_TRUE(body.empty() || c.body.starts_with(body.substr(0, body.size() - 1))) << length;

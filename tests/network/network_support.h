@@ -7,15 +7,14 @@
 #include "network/network_connection.h"
 #include "network/unix_network_manager.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <arpa/inet.h>
 #include <climits>
 #include <map>
+#include <netinet/in.h>
 #include <string>
+#include <sys/socket.h>
+#include <unistd.h>
 
 // Seconds that nothing here takes, however loaded the machine is.
 constexpr int patience = 60;
@@ -41,7 +40,7 @@ struct Script {
     int step = INT_MAX;        // how much of it a read gives at most
     int write_limit = INT_MAX; // how much is taken from us before writing fails
     std::string written = {};
-    size_t position = 0;
+    std::size_t position = 0;
     int open = 0; // connections on this script
 };
 
@@ -51,7 +50,7 @@ class Scripted_Connection : public NetworkConnection {
     Scripted_Connection(TarnApplication* application, Script& script)
         : NetworkConnection(application), script(script) {
         ipaddress_ = "192.0.2.1";
-        script.open++;
+        ++script.open;
     }
     ~Scripted_Connection() override { script.open--; }
 
@@ -66,7 +65,7 @@ class Scripted_Connection : public NetworkConnection {
         return length;
     }
     int ReadLine(String& line, int, int) override {
-        const size_t end = script.incoming.find('\n', script.position) + 1;
+        const std::size_t end = script.incoming.find('\n', script.position) + 1;
         if (end == 0)
             return Fail("line broken off");
         line.assign(&script.incoming[script.position], static_cast<int>(end - script.position));
@@ -120,7 +119,7 @@ struct Listener : Reserved_Port {
 
 inline void Send_All(int descriptor, const std::string& text) {
     ssize_t count = 0;
-    for (size_t sent = 0; sent < text.size() && count >= 0; sent += static_cast<size_t>(count))
+    for (std::size_t sent = 0; sent < text.size() && count >= 0; sent += static_cast<std::size_t>(count))
         count = send(descriptor, &text[sent], text.size() - sent, MSG_NOSIGNAL);
 }
 

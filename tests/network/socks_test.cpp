@@ -75,11 +75,11 @@ TEST(SOCKS, Speaks_With_Proxies) {
 }
 
 TEST(SOCKS, Tells_What_Broke_Off) {
-    const auto converse = [](const Exchange& exchange, size_t read, size_t written = INT_MAX) {
+    const auto converse = [](const Exchange& exchange, std::size_t read, std::size_t written = INT_MAX) {
         Script script{.incoming = exchange.answers.substr(0, read), .write_limit = static_cast<int>(written)};
         return Converse(exchange, script);
     };
-    for (size_t read = 0; read < with_password.answers.size(); read++)
+    for (std::size_t read = 0; read < with_password.answers.size(); ++read)
         EXPECT_EQ(converse(with_password, read), read < 2   ? "SOCKS5: Greeting read error: "
                                                  : read < 4 ? "SOCKS5: Client authentication read error: "
                                                  : read < 8 ? "SOCKS5: Client connection response error: "

@@ -55,7 +55,7 @@ TEST_F(Manager, Splits_A_URL) {
         const int sound = manager.SplitURL(c.url, c.length, &texts[0], &lengths[0], &texts[1], &lengths[1],
                                            &texts[2], &lengths[2], &texts[3], &lengths[3]);
         std::string parts; // in angle brackets, or "-" where it is null
-        for (int number = 0; number < 4; number++)
+        for (int number = 0; number < 4; ++number)
             parts += texts[number] ? "<" + std::string(texts[number], lengths[number]) + ">" : "-";
         EXPECT_EQ(parts, c.parts);
         EXPECT_EQ(sound, parts != "----") << c.url;

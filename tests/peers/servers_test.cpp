@@ -26,7 +26,7 @@ struct Server : testing::Test {
             return false;
         shell = popen((path + program + arguments + " >log 2>&1 & read end; kill $!; wait").c_str(), "we");
         std::unique_ptr<NetworkConnection> connection;
-        for (int tries = 0; tries < patience * 50 && !connection; tries++) {
+        for (int tries = 0; tries < patience * 50 && !connection; ++tries) {
             usleep(20'000);
             connection.reset(manager.TCP_Connect("127.0.0.1", port.number, patience));
         }
@@ -83,9 +83,9 @@ TEST_F(Server, Nginx_Answers_In_Chunks_And_Without) {
                                   patience);
         EXPECT_TRUE(stream.Read_Headers()) << manager.error().text();
         std::string page(700'000, ' ');
-        while (stream.Read(&page[static_cast<size_t>(stream.total_read())], 1000) > 0) {
+        while (stream.Read(&page[static_cast<std::size_t>(stream.total_read())], 1000) > 0) {
         }
-        EXPECT_EQ(page.substr(0, static_cast<size_t>(stream.total_read())), body + body);
+        EXPECT_EQ(page.substr(0, static_cast<std::size_t>(stream.total_read())), body + body);
         stream.Close();
     }
 }

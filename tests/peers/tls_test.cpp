@@ -214,7 +214,7 @@ TEST_F(TLS, Survives_The_Server) {
     String line;
     EXPECT_EQ(connection->ReadLine(line, patience, 1), -1);
     int count = 1;
-    for (int writes = 0; writes < 100 && count > 0; writes++)
+    for (int writes = 0; writes < 100 && count > 0; ++writes)
         count = connection->Write("x", 1, patience);
     EXPECT_EQ(count, 0);
 }

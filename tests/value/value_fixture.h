@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 #include <mpdecimal.h>
-
 #include <string>
 
 inline std::string Text(Variable& variable) {

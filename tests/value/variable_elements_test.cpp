@@ -9,8 +9,8 @@ class ElementsTest : public ValueTest {};
 
 TEST_F(ElementsTest, Indices_Sort_And_Read) {
     const AggregateIndex ordered[] = {Name("A"), Name("ab"), Name("AC"), Name("acd"), {0}, {2}, {10}};
-    for (int i = 0; i < 7; i++)
-        for (int j = 0; j < 7; j++)
+    for (int i = 0; i < 7; ++i)
+        for (int j = 0; j < 7; ++j)
             EXPECT_EQ(ordered[i].Compare(ordered[j]), (j > i) - (j < i)) << i << " " << j;
     EXPECT_EQ(Name("Name").Compare(Name("nAME")), 0);
     AggregateIndex number(-3);
@@ -64,7 +64,7 @@ TEST_F(ElementsTest, Each_Step_Leaves_Its_Shape) {
         {"3241", 4, 4, 2, "a,v,d,c"}, {"3241", 0, 4, 2, "a,d,v,c"}, {"54123", -5, 3, 4, "e,a,b,d,e"}};
     for (const auto& c : cases) {
         VariableHold array = New();
-        for (const char* digit = c.inserted; *digit; digit++) {
+        for (const char* digit = c.inserted; *digit; ++digit) {
             const char letter = static_cast<char>('a' + *digit - '1');
             array->Element(*digit - '0', 1)->SetValue(&letter, 1);
         }
@@ -82,7 +82,7 @@ TEST_F(ElementsTest, Each_Step_Leaves_Its_Shape) {
 TEST_F(ElementsTest, Copies_Have_The_Shape_Of_Trees) {
     for (const int count : {99, 100}) {
         const VariableHold outer = New();
-        for (int i = 1; i <= count; i++)
+        for (int i = 1; i <= count; ++i)
             outer->Element(1, 1)->Element(i, 1);
         const VariableHold copy(new Variable(*outer->Element(1, 0)));
         const VariableHold deep(new Variable(*outer));
@@ -130,7 +130,7 @@ TEST_F(ElementsTest, Stored_Variable_May_Hang_On_What_Is_Dropped) {
 TEST_F(ElementsTest, Large_Arrays_And_Deep_Ones_Take_No_Stack) {
     const int count = 100000;
     VariableHold array = New();
-    for (int i = count; i > 0; i--)
+    for (int i = count; i > 0; --i)
         array->Element(i, 1); // as a list along one side
     VariableHold copy(new Variable(*array));
     copy->InsertElement(1, New("first").get());
@@ -140,7 +140,7 @@ TEST_F(ElementsTest, Large_Arrays_And_Deep_Ones_Take_No_Stack) {
     EXPECT_EQ(Text(copy).substr(0, 6), "first,");
     VariableHold deep = New();
     Variable* inner = deep.get();
-    for (int i = 0; i < count; i++)
+    for (int i = 0; i < count; ++i)
         inner = inner->Element(i % 2 ? AggregateIndex(1) : Name("m"), 1);
     inner->SetValue("leaf", 4);
     EXPECT_EQ(Text(*VariableHold(new Variable(*deep))), "leaf");

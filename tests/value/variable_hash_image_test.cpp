@@ -35,7 +35,7 @@ class VariableHashImageTest : public ImageTest {
 TEST_F(VariableHashImageTest, Table_Comes_Back_Without_Variables) {
     for (const int bits : {0, 32}) { // one bucket
         VariableHash table(&names, 0, 2, 0);
-        for (int id = 0; id < 5; id++)
+        for (int id = 0; id < 5; ++id)
             table.Insert(id);
         table.SetVariable("sum", -1, "1", 1);
         EXPECT_EQ(Saved(table), Image({Table(0)}));
@@ -75,17 +75,17 @@ TEST_F(VariableHashImageTest, Damaged_Table_Is_Refused) {
 // Heads, links and ids that point anywhere: whatever is read, searches end and stay inside.
 TEST_F(VariableHashImageTest, Damaged_Chains_End) {
     const Section section = Table(4);
-    for (size_t at = 7; at < section.second.size(); at++)
+    for (std::size_t at = 7; at < section.second.size(); ++at)
         for (const int value : {0, 1, 2, 4, 5, 0x7f, 0x80, 0xff}) {
             VariableHash read(&names, 4, 0, 0);
             if (!Load(read, {"vars", Patch{at, value, 1}(section.second)}))
                 continue;
             for (const char* name : {"main", "sum", "max", "a", "b", "none"})
                 Look(read, name, 1);
-            for (int i = 0; i < 4; i++)
+            for (int i = 0; i < 4; ++i)
                 read.Insert(("new" + std::to_string(i)).c_str(), -1);
             EXPECT_EQ(Look(read, "NEW3"), "-");
-            for (int slot = 0; slot < read.Entries(); slot++)
+            for (int slot = 0; slot < read.Entries(); ++slot)
                 EXPECT_NE(read.Index(slot, 1), nullptr);
         }
 }

@@ -22,10 +22,10 @@ class VariableHashTest : public ValueTest {
 
 TEST_F(VariableHashTest, Names_Ignore_Case_And_Keep_Their_Slots) {
     VariableHash crowded(&dictionary, 1, 0, 0); // two chains
-    for (int i = 0; i < 600; i++)
+    for (int i = 0; i < 600; ++i)
         EXPECT_EQ(crowded.Insert(("Name_" + std::to_string(i * 7 % 600)).c_str(), -1), i);
     EXPECT_EQ(crowded.Size(), 1024);
-    for (int i = 0; i < 600; i++)
+    for (int i = 0; i < 600; ++i)
         EXPECT_EQ(crowded.Seek(-1, ("nAME_" + std::to_string(i * 7 % 600)).c_str(), -1, nullptr), i);
     EXPECT_EQ(crowded.Seek(-1, "Name_", -1, nullptr), -1);
     EXPECT_EQ(crowded.Insert("name_7", -1), 600); // not refused, and not found
@@ -42,7 +42,7 @@ TEST_F(VariableHashTest, Names_Ignore_Case_And_Keep_Their_Slots) {
 
 TEST_F(VariableHashTest, Table_Takes_Over_One_Count) {
     VariableHold variable(Named("v", "1"));
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
         table.SetVariable(Hold(variable.get()).release());
     EXPECT_EQ(variable->refcount(), 2);
     VariableHold target = New("t");
@@ -90,7 +90,7 @@ TEST_F(VariableHashTest, Compound_Names_Lead_To_Elements) {
     EXPECT_EQ(table.error().view(), "Array index must be positive integer");
     EXPECT_EQ(Look(table, "a:"), "none");
     std::string deep = "deep";
-    for (int i = 0; i < 50000; i++)
+    for (int i = 0; i < 50000; ++i)
         deep += i % 2 ? "[1]" : ":m";
     table.SetVariable_Fancy(deep.data(), static_cast<int>(deep.size()), "leaf", -1, 0);
     EXPECT_EQ(Look(table, "deep"), "leaf");
@@ -147,7 +147,7 @@ void Agree_With_A_Model(VariableHash& real, bool scoped) {
             scopes.back().emplace_back(place->second, contents[place->second]);
         contents[place->second] = content;
     };
-    for (int step = 0; step < 5000; step++) {
+    for (int step = 0; step < 5000; ++step) {
         const std::string name = "name" + std::to_string(random() % 40);
         const std::string value = std::to_string(step);
         const auto place = slots.find(name);

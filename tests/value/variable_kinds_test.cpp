@@ -184,7 +184,7 @@ class Members : public CallbackVariableCallback {
     ~Members() override { discarded++; }
     bool Lookup(CallbackStructVariable* variable, AggregateIndex index) override {
         String& name = index;
-        lookups++;
+        ++lookups;
         if (name.view() == "stored")
             variable->SetElement(index, VariableHold(new Variable("", 0, "kept", 4)).get());
         return_value()->SetValue("42", 2);
@@ -232,7 +232,7 @@ TEST_F(KindsTest, Callback_Goes_With_Its_Last_Variable) {
     VariableHold reference = Reference("r", second);
     reference->Make_CallbackStruct(new Members);
     EXPECT_EQ(discarded, 1);
-    for (int i = 0; i < 2; i++) { // from either side
+    for (int i = 0; i < 2; ++i) { // from either side
         members = new Members;
         second->Make_CallbackStruct(members);
         i ? members->Detach() : static_cast<CallbackVariable*>(second.get())->Detach();

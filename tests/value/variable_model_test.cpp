@@ -162,7 +162,7 @@ class VariableModelTest : public ValueTest {
 
 TEST_F(VariableModelTest, Random_Operations_Agree) {
     Pair pairs[3];
-    for (int step = 0; step < 20000 && !HasFatalFailure(); step++) {
+    for (int step = 0; step < 20000 && !HasFatalFailure(); ++step) {
         Pair& to = pairs[Pick(0, 2)];
         Change(to, pairs[Pick(0, 2)]);
         Compare(*to.real, to.model);

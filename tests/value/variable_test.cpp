@@ -1,6 +1,5 @@
-#include "value/variable.h"
-
 #include "value/immutable_variable.h"
+#include "value/variable.h"
 #include "value_fixture.h"
 
 namespace {

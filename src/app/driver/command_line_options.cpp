@@ -48,7 +48,7 @@ constexpr Pedantic_Keyword pedantic_keywords[] = {
 template <typename Function>
 bool For_Each_Piece(const char* list, Function function) {
     for (;;) {
-        size_t length = strcspn(list, ",");
+        std::size_t length = strcspn(list, ",");
         if (!function(std::string_view(list, length)))
             return false;
         if (!list[length])

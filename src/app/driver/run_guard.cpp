@@ -20,7 +20,7 @@ std::atomic<int> output_descriptor = -1;
 
 void Print_Last_Words(std::initializer_list<const char*> words) {
     for (const char* word : words) {
-        if (!write_all(STDERR_FILENO, word, strlen(word)))
+        if (!Write_All(STDERR_FILENO, word, strlen(word)))
             return;
     }
 }
@@ -102,7 +102,7 @@ bool Run_Guard::Cut_Output() {
     struct stat status;
     if (fstat(output_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return false;
-    (void)uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
+    (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
     return true;
 }
 

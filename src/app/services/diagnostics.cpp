@@ -5,7 +5,7 @@
 namespace {
 
 // Checks what a row promises: rows ordered by number, and no percent sign but that of a placeholder.
-constexpr bool messages_are_sound() {
+constexpr bool Messages_Are_Sound() {
     ErrorCode last = 1;
     for (const Message_Row& row : messages) {
         if (row.code < last)
@@ -18,7 +18,7 @@ constexpr bool messages_are_sound() {
     }
     return true;
 }
-static_assert(messages_are_sound());
+static_assert(Messages_Are_Sound());
 
 } // namespace
 

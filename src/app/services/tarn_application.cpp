@@ -72,8 +72,9 @@ int Read_Marked_Number(const char*& text, char mark) {
 } // namespace
 
 LogFilterEntry::LogFilterEntry(const char* name, int name_length, int low, int high)
-    : name(new char[static_cast<size_t>(name_length) + 1]), name_length(name_length), low(low), high(high) {
-    memcpy(this->name, name, static_cast<size_t>(name_length));
+    : name(new char[static_cast<std::size_t>(name_length) + 1]), name_length(name_length), low(low),
+      high(high) {
+    memcpy(this->name, name, static_cast<std::size_t>(name_length));
     this->name[name_length] = '\0';
 }
 

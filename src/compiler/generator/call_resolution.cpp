@@ -1,11 +1,11 @@
 // Where calls meet definitions: nothing is resolved before the end of the last file, since a definition may
 // follow its calls.
 
-#include <charconv>
-
 #include "compiler/generator/compiler_parser.h"
 #include "extension/external_call.h"
 #include "extension/external_function.h"
+
+#include <charconv>
 
 namespace {
 

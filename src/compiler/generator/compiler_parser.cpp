@@ -1,12 +1,12 @@
 #include "compiler/generator/compiler_parser.h"
 
-#include <algorithm>
-
 #include "app/driver/compiler_application.h"
 #include "backend/instructions/engine_version.h"
 #include "backend/outputs/compiler_output.h"
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/filter_parser.h"
+
+#include <algorithm>
 
 CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* external_calls,
                                CompilerApplication* application, int function_stdout_default,

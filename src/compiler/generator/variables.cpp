@@ -1,10 +1,10 @@
 // Variables: names become numbers, each table counting its own, and the compiler makes variables of its own.
 
-#include <charconv>
-#include <string>
-
 #include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
+
+#include <charconv>
+#include <string>
 
 namespace {
 

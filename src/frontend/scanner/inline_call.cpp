@@ -3,9 +3,8 @@
 // The arguments stay text, which the code generator compiles. A call of this form among them can't stay
 // there: it is compiled in its place, ahead of the outer call, its result goes into a scratch variable, and
 // the variable's name takes its place in the text.
-#include "frontend/scanner/expression_parser.h"
-
 #include "backend/queue/opcode_queue.h"
+#include "frontend/scanner/expression_parser.h"
 #include "frontend/scanner/parser.h"
 
 #include <algorithm>

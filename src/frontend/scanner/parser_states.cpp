@@ -1,7 +1,6 @@
 // One function per state of the scanner: what a token means there, and which state is next.
-#include "frontend/scanner/parser.h"
-
 #include "frontend/scanner/expression_parser.h"
+#include "frontend/scanner/parser.h"
 
 #include <algorithm>
 

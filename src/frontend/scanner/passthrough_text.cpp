@@ -1,9 +1,8 @@
 // Text that is read in one step, not by tokens: the bodies of comments and assembly passages, and quoted
 // values.
-#include "frontend/scanner/parser.h"
-
 #include "app/driver/compiler_application.h"
 #include "core/text_search.h"
+#include "frontend/scanner/parser.h"
 
 #include <algorithm>
 

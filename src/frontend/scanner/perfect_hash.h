@@ -54,7 +54,7 @@ class Perfect_Hash {
     static constexpr unsigned low_mask = (1U << low_bits) - 1;
     static constexpr std::size_t bucket_capacity = 8;
     static constexpr int longest_possible = 31;
-    static constexpr uint64_t factor = 0x9e3779b97f4a7c17; // one that works for all key sets
+    static constexpr std::uint64_t factor = 0x9e3779b97f4a7c17; // one that works for all key sets
 
     struct Bucket {
         std::array<const Record*, bucket_capacity> rows{};
@@ -79,9 +79,10 @@ class Perfect_Hash {
     static constexpr unsigned Key_Hash(const char* key, int length) {
         using namespace string_hash_detail;
         const auto size = static_cast<unsigned>(length);
-        const uint64_t ends = size < 4 ? Byte(key) | Byte(key + size / 2) << 8 | Byte(key + size - 1) << 16
-                                       : Word(key) | uint64_t{Word(key + size - 4)} << 32;
-        const uint64_t product = ((ends | 0x2020202020202020) + size) * factor;
+        const std::uint64_t ends = size < 4
+                                       ? Byte(key) | Byte(key + size / 2) << 8 | Byte(key + size - 1) << 16
+                                       : Word(key) | std::uint64_t{Word(key + size - 4)} << 32;
+        const std::uint64_t product = ((ends | 0x2020202020202020) + size) * factor;
         return static_cast<unsigned>(product >> 32);
     }
 
