@@ -24,7 +24,7 @@ unsigned char Character(unsigned group, int shift) {
 } // namespace
 
 int tn_base64_encode(const unsigned char* in, unsigned char* out, int len) {
-    const unsigned char* const start = out;
+    const unsigned char* start = out;
     for (; len >= 3; in += 3, len -= 3) {
         const unsigned group = in[0] << 16 | in[1] << 8 | in[2];
         *out++ = Character(group, 18);
@@ -43,7 +43,7 @@ int tn_base64_encode(const unsigned char* in, unsigned char* out, int len) {
 }
 
 int tn_base64_decode(const unsigned char* in, unsigned char* out, int len) {
-    const unsigned char* const start = out;
+    const unsigned char* start = out;
     for (int dropped = 0; dropped < 2 && len > 0 && in[len - 1] == '='; ++dropped)
         --len;
     for (; len >= 4; in += 4, len -= 4) {

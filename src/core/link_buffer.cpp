@@ -35,7 +35,7 @@ void Add_Number(LinkBuffer& buffer, void (LinkBuffer::*add)(const char*, int, in
                 char* (*to_text)(Number, int*, int*), Number number) {
     int length;
     int size;
-    const char* const text = to_text(number, &length, &size);
+    const char* text = to_text(number, &length, &size);
     (buffer.*add)(text, length, size);
 }
 
@@ -49,7 +49,7 @@ LinkBuffer_Block::LinkBuffer_Block(char* data, int used, int capacity)
 LinkBuffer_Block::~LinkBuffer_Block() {
     delete[] data;
     while (next != nullptr) {
-        LinkBuffer_Block* const successor = next;
+        LinkBuffer_Block* successor = next;
         next = std::exchange(successor->next, nullptr);
         delete successor;
     }
@@ -111,7 +111,7 @@ void LinkBuffer::cat(Variable* variable) {
 void LinkBuffer::cat(LinkBuffer* other) {
     Check_Fits(other->length);
     // The end is noted first: it moves when the buffer is appended to itself.
-    const LinkBuffer_Block* const last = other->tail;
+    const LinkBuffer_Block* last = other->tail;
     const int last_used = last == nullptr ? 0 : last->used;
     for (const LinkBuffer_Block* block = other->head; block != nullptr; block = block->next) {
         const int used = block == last ? last_used : block->used;
@@ -167,7 +167,7 @@ void LinkBuffer::prepend(Variable* variable) {
 void LinkBuffer::prepend(LinkBuffer* other) {
     Check_Fits(other->length);
     // The beginning is noted first: it moves when the buffer is put in front of itself.
-    const LinkBuffer_Block* const first = other->head;
+    const LinkBuffer_Block* first = other->head;
     for (const LinkBuffer_Block* block = other->tail; block != nullptr; block = block->previous) {
         prepend(block->data, block->used);
         if (block == first)
@@ -227,7 +227,7 @@ char* LinkBuffer::release(int* text_length, int* capacity, int extra) {
     *text_length = std::exchange(length, 0);
     if (capacity != nullptr)
         *capacity = head->capacity;
-    char* const array = std::exchange(head->data, nullptr);
+    char* array = std::exchange(head->data, nullptr);
     delete std::exchange(head, nullptr);
     tail = nullptr;
     return array;

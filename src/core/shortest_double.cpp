@@ -48,7 +48,7 @@ bool Is_Midpoint(const Decimal_Digits& number) {
 // text is either that same one or lies nearer to the value than to its neighbours.
 Decimal_Digits Shortest_Digits(double magnitude) {
     char text[32];
-    char* const limit = text + sizeof text;
+    char* limit = text + sizeof text;
     const auto scientific = std::chars_format::scientific;
     Decimal_Digits result = Parse_Scientific(text, std::to_chars(text, limit, magnitude, scientific).ptr);
     if (magnitude < 0x1p53)

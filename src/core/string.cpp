@@ -210,7 +210,7 @@ void String::ltrim() {
     if (!buffer)
         return;
     const std::string_view old = C_Text();
-    const auto* const first = std::find_if_not(old.begin(), old.end(), Is_White);
+    const auto* first = std::find_if_not(old.begin(), old.end(), Is_White);
     assign(first, static_cast<int>(old.end() - first));
 }
 

@@ -41,9 +41,9 @@ template <typename Is_Plain, typename Replace>
 char* Rewrite(const char* text, int length, int* result_length, int* result_size, Is_Plain is_plain,
               Replace replace) {
     LinkBuffer result(Encoder_First_Size(length), encoder_block_size);
-    const char* const end = text + length;
+    const char* end = text + length;
     for (const char* at = text; at != end;) {
-        const char* const run_end = std::find_if_not(at, end, is_plain);
+        const char* run_end = std::find_if_not(at, end, is_plain);
         if (run_end != at)
             result.cat(at, static_cast<int>(run_end - at));
         at = run_end == end ? end : replace(result, run_end, end);
@@ -89,8 +89,8 @@ const Entity* Find_Entity(std::string_view name) {
 const char* Decode_Entity(LinkBuffer& result, const char* at, const char* end) {
     const char* const stop =
         std::find_if(at + 1, end, [](unsigned char byte) { return byte == ';' || std::isspace(byte) != 0; });
-    const char* const next = stop == end ? end : stop + 1;
-    const Entity* const entity = stop == end || *stop == ';' ? Find_Entity({at + 1, stop}) : nullptr;
+    const char* next = stop == end ? end : stop + 1;
+    const Entity* entity = stop == end || *stop == ';' ? Find_Entity({at + 1, stop}) : nullptr;
     if (entity != nullptr)
         result.cat(&entity->character, 1);
     else
@@ -126,7 +126,7 @@ char* TarnApplication::EncodeEntities(const char* text, int length, int* result_
         text, Text_Length(text, length), result_length, result_size,
         [](unsigned char byte) { return is_plain_beside_entities[byte]; },
         [](LinkBuffer& result, const char* at, const char*) {
-            const auto* const entity = std::find_if(std::begin(entities), std::end(entities),
+            const auto* entity = std::find_if(std::begin(entities), std::end(entities),
                                                     [at](const Entity& row) { return row.character == *at; });
             result.cat("&", 1);
             result.cat(entity->name.data(), Length_Of(entity->name));
@@ -138,7 +138,7 @@ char* TarnApplication::EncodeEntities(const char* text, int length, int* result_
 String TarnApplication::EncodeEntities(const String& text) {
     int length;
     int size;
-    char* const encoded = EncodeEntities(text.text(), text.length(), &length, &size);
+    char* encoded = EncodeEntities(text.text(), text.length(), &length, &size);
     return String(encoded, length, size);
 }
 

@@ -126,8 +126,8 @@ int bf_search(const char* pattern, int pattern_length, const char* text, int tex
 int bf_searchi(const char* pattern, int pattern_length, const char* text, int text_length) {
     if (text_length < 1 || pattern_length > text_length)
         return -1;
-    const char* const end = text + text_length;
-    const char* const match = std::search(text, end, pattern, pattern + pattern_length, Equal_By(To_Lower()));
+    const char* end = text + text_length;
+    const char* match = std::search(text, end, pattern, pattern + pattern_length, Equal_By(To_Lower()));
     return match == end ? -1 : static_cast<int>(match - text);
 }
 
@@ -141,7 +141,7 @@ int bf_search_reverse(const char* pattern, int pattern_length, const char* text,
 int bf_searchi_reverse(const char* pattern, int pattern_length, const char* text, int text_length) {
     if (pattern_length < 1 || pattern_length > text_length)
         return -1;
-    const char* const end = text + text_length;
+    const char* end = text + text_length;
     const char* const match =
         std::find_end(text, end, pattern, pattern + pattern_length, Equal_By(To_Lower()));
     return match == end ? -1 : static_cast<int>(match - text);

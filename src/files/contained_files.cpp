@@ -45,7 +45,7 @@ UNIXFileManager::Copied UNIXFileManager::Copy_File(Tarn_PathType source_type, co
                                                    Tarn_PathType target_type, const char* target) {
     if (!FreeFileSpace(2))
         return Copied::No;
-    Descriptor from(OpenContained(source_type, source, O_RDONLY));
+    const Descriptor from(OpenContained(source_type, source, O_RDONLY));
     if (!from || !Check_Copy_Source(from.get()))
         return Copied::No;
     Descriptor to(OpenContained(target_type, target, copy_target_flags));
@@ -84,7 +84,7 @@ bool UNIXFileManager::DirectoryListing(Tarn_PathType type, const char* path, Lis
         return Fail_System();
     for (;;) {
         errno = 0;
-        const dirent* const entry = readdir(directory.get());
+        const dirent* entry = readdir(directory.get());
         if (!entry)
             return errno == 0 || Fail_System();
         names->Insert(new String(entry->d_name), LIST_LAST);

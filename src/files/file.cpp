@@ -8,7 +8,7 @@
 namespace {
 
 char* Copied_Path(const char* path) {
-    if (char* const copy = strdup(path))
+    if (char* copy = strdup(path))
         return copy;
     throw std::bad_alloc();
 }

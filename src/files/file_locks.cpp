@@ -40,19 +40,19 @@ struct Lock_Holder {
 // Cuts the content in place. Old lock files tell no thread.
 Lock_Holder Parse_Holder(char* content) {
     Lock_Holder holder;
-    char* const colon = strchr(content, ':');
+    char* colon = strchr(content, ':');
     if (!colon)
         return holder;
     *colon = '\0';
     holder.host = colon + 1;
     holder.process = strtol(content, nullptr, 10);
-    if (const char* const mark = strchr(content, '!'))
+    if (const char* mark = strchr(content, '!'))
         holder.thread = strtol(mark + 1, nullptr, 10);
     return holder;
 }
 
 std::string Temporary_Lock_Name(TarnApplication& application, const char* path) {
-    const char* const host = application.lockhostname();
+    const char* host = application.lockhostname();
     unsigned char digest[16];
     char printable[32];
     MD5Encoder encoder;
@@ -81,7 +81,7 @@ bool Remove_Lock_File(const char* path, int descriptor) {
 }
 
 void Wait_For_Next_Pass(TarnApplication& application) {
-    const Config* const config = application.config();
+    const Config* config = application.config();
     const int milliseconds = config ? std::max(config->Integer(CONFIG_LOCK_WAIT), 0) : 0;
     struct timeval wait = {milliseconds / 1000, milliseconds % 1000 * 1000};
     select(0, nullptr, nullptr, nullptr, &wait);

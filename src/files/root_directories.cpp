@@ -104,7 +104,7 @@ bool UNIXFileManager::Initialize_Root(Tarn_PathType type, const char* path, cons
 bool UNIXFileManager::ContainedPathSettings(Tarn_PathType type, _UNIXContainedPathSettings* settings) {
     if (type == Tarn_PathType_Temp && !temp.path)
         type = Tarn_PathType_Data;
-    const Root* const root = Root_Of(type);
+    const Root* root = Root_Of(type);
     if (!root)
         return true;
     const Root_Policy& policy = policies[type];

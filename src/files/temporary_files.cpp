@@ -45,7 +45,7 @@ File* UNIXFileManager::MakeTemporary(const char* base, char** name, int mode) {
     Descriptor opened(Open_Numbered(Path_Text(base), flags, &path));
     if (!opened)
         return nullptr;
-    File* const file = Enter(new UNIXFile(this, path.text(), std::move(opened), flags), mode);
+    File* file = Enter(new UNIXFile(this, path.text(), std::move(opened), flags), mode);
     *name = path.release(nullptr, nullptr);
     return file;
 }
@@ -66,13 +66,13 @@ File* UNIXFileManager::MakeTemporary(Tarn_PathType type, const char* directory, 
     if (!opened)
         return nullptr;
     path = Directory_Part(directory) + path;
-    File* const file = Enter(new UNIXFile(this, type, path.text(), std::move(opened), flags), mode);
+    File* file = Enter(new UNIXFile(this, type, path.text(), std::move(opened), flags), mode);
     *name = path.release(nullptr, nullptr);
     return file;
 }
 
 File* UNIXFileManager::MakeTemporaryLike(Tarn_PathType type, const char* path, char** name, int mode) {
     UNIXFilePath p(path);
-    const char* const directory = p.Collapsed_Directory();
+    const char* directory = p.Collapsed_Directory();
     return MakeTemporary(type, directory, p.Collapsed_Filename(), name, mode);
 }

@@ -131,7 +131,7 @@ const char* UNIXFile::Map(long offset, long length) {
         return nullptr;
     }
     const auto size = static_cast<std::size_t>(length);
-    void* const address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor.get(), offset);
+    void* address = mmap(nullptr, size, PROT_READ, MAP_SHARED, descriptor.get(), offset);
     if (address == MAP_FAILED) {
         Fail_System();
         return nullptr;

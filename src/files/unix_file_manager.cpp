@@ -27,7 +27,7 @@ UNIXFileManager::UNIXFileManager(TarnApplication* application) : FileManager(app
 }
 
 const char* UNIXFileManager::lasterror() {
-    const char* const text = strerror(errno);
+    const char* text = strerror(errno);
     return *text ? text : "Unknown error";
 }
 
@@ -53,7 +53,7 @@ int UNIXFileManager::OpenMode(int mode) {
 const char* UNIXFileManager::Mapped_Path(const void* address) {
     for (const File* entry = active.First(); entry; entry = active.Next()) {
         const auto* file = static_cast<const UNIXFile*>(entry);
-        const auto* const start = static_cast<const char*>(file->mapping);
+        const auto* start = static_cast<const char*>(file->mapping);
         if (start && address >= start && address < start + file->mapping_length)
             return file->path.get();
     }
@@ -157,7 +157,7 @@ bool UNIXFileManager::Rename(const char* source, const char* target) {
 UNIXFileManager::Copied UNIXFileManager::Copy_File(const char* source, const char* target) {
     if (!FreeFileSpace(2))
         return Copied::No;
-    Descriptor from(Open_Path(Path_Text(source), O_RDONLY));
+    const Descriptor from(Open_Path(Path_Text(source), O_RDONLY));
     if (!from)
         return Fail_System(), Copied::No;
     if (!Check_Copy_Source(from.get()))

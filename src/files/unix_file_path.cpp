@@ -12,7 +12,7 @@ namespace {
 
 char* Joined(const char* directory, const char* name) {
     const std::size_t size = strlen(directory) + strlen(name) + 2;
-    char* const text = new char[size];
+    char* text = new char[size];
     snprintf(text, size, "%s/%s", directory, name);
     return text;
 }
@@ -54,7 +54,7 @@ void UNIXFilePath::Parse() {
     offsets[0] = 0;
     element_count = 1;
     for (char* slash = strchr(text.get(), '/'); slash; slash = strchr(slash, '/')) {
-        char* const element = slash + strspn(slash, "/");
+        char* element = slash + strspn(slash, "/");
         if (!*element) {
             *slash = '\0';
             break;
@@ -66,14 +66,14 @@ void UNIXFilePath::Parse() {
 
 // Where the element ends: at a slash, at the NUL that Element or Span put there, or at the end of the text.
 char* UNIXFilePath::End(int index) const {
-    char* const element = &text[offsets[index]];
+    char* element = &text[offsets[index]];
     return element + strcspn(element, "/");
 }
 
 std::string_view UNIXFilePath::Name(int index) const {
     if (absolute && index == 0)
         return "/";
-    const char* const element = &text[offsets[index]];
+    const char* element = &text[offsets[index]];
     return {element, static_cast<std::size_t>(End(index) - element)};
 }
 
@@ -161,7 +161,7 @@ char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
     if (bare && !absolute)
         path.assign(1, '.');
     const int array_size = bare ? 2 : length + 1;
-    char* const result = new char[static_cast<std::size_t>(array_size)];
+    char* result = new char[static_cast<std::size_t>(array_size)];
     memcpy(result, path.c_str(), path.length() + 1);
     if (path_length)
         *path_length = static_cast<int>(path.length());

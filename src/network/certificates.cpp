@@ -51,10 +51,10 @@ int NetworkManager::SSL_Connect(NetworkConnection* connection, const char* host,
             return 0;
     }
     const bool is_address = IsIPAddress(host);
-    const char* const server_name = !is_address && Names_Server() ? host : nullptr;
+    const char* server_name = !is_address && Names_Server() ? host : nullptr;
     if (!connection->EstablishTLSConnection(server_name, certificate, key, timeout, flags))
         return Fail(connection->error());
-    x509_st* const server = connection->Server_Certificate();
+    x509_st* server = connection->Server_Certificate();
     if (!(is_address ? Verify_Certificate_IP(server, host, flags)
                      : Verify_Certificate_Hostname(server, host, flags)))
         return Fail("Unable to verify server identity");
@@ -83,7 +83,7 @@ bool NetworkManager::Verify_Certificate_IP(x509_st* certificate, const char* add
 bool NetworkManager::Verify_Certificate_Pinning(x509_st* certificate, const char* algorithm,
                                                 const char* expected) {
     const TLS_Library tls(application);
-    const evp_md_st* const method = tls.find_digest ? tls.find_digest(algorithm) : nullptr;
+    const evp_md_st* method = tls.find_digest ? tls.find_digest(algorithm) : nullptr;
     if (!method)
         return Fail("Unsupported certificate pinning algorithm");
     unsigned char digest[tls_longest_digest];
@@ -98,7 +98,7 @@ bool NetworkManager::Verify_Certificate_Pinning(x509_st* certificate, const char
 int Load_Client_Certificate_Password_Callback(char* buffer, int size, int, void* password) {
     if (!password || size < 1)
         return 0;
-    const char* const text = static_cast<const char*>(password);
+    const char* text = static_cast<const char*>(password);
     const std::size_t count = std::min(strlen(text), static_cast<std::size_t>(size));
     memcpy(buffer, text, count);
     return static_cast<int>(count);
@@ -114,15 +114,15 @@ int NetworkManager::Populate_Client_Certificate(const char* value, int length, c
     if (missing.length() > 0)
         return Fail("Unable to read from client certificate buffer: " + missing);
     tls.Forget_Errors();
-    bio_st* const bytes = tls.new_buffer(value, length);
+    bio_st* bytes = tls.new_buffer(value, length);
     if (!bytes)
         return Fail("Unable to read from client certificate buffer: " + tls.Last_Error());
     const std::unique_ptr<bio_st, int (*)(bio_st*)> buffer(bytes, tls.free_buffer);
     if (letter != 'a' && letter != 'p' && letter != '\0')
         return Fail("Unsupported certificate type '" + kind + "'");
     const bool is_der = letter == 'a';
-    void* const secret = const_cast<char*>(password);
-    TLS_Password_Callback* const callback = Load_Client_Certificate_Password_Callback;
+    void* secret = const_cast<char*>(password);
+    TLS_Password_Callback* callback = Load_Client_Certificate_Password_Callback;
     TLS_Pointer<x509_st> found(is_der ? tls.read_der_certificate(bytes, nullptr)
                                       : tls.read_pem_certificate(bytes, nullptr, callback, secret),
                                tls.free_certificate);
@@ -141,14 +141,14 @@ int NetworkManager::Populate_Client_Certificate(const char* value, int length, c
 
 int NetworkManager::Load_Client_Certificate(const char* file, const char* type, const char* password,
                                             x509_st** certificate, evp_pkey_st** key) {
-    FileManager* const files = application->filemanager();
+    FileManager* files = application->filemanager();
     const std::unique_ptr<File> opened(files ? files->Open(file, FILE_MODE_READ) : nullptr);
     if (!opened)
         return Fail("Unable to load client certificate: " + (files ? files->error() : String()));
     const long length = opened->Length();
     if (length > INT_MAX)
         opened->Error(strerror(EFBIG));
-    const char* const bytes = length > INT_MAX ? nullptr : opened->Map(0, length);
+    const char* bytes = length > INT_MAX ? nullptr : opened->Map(0, length);
     if (!bytes)
         return Fail("Unable to read from client certificate file: " + opened->error());
     return Populate_Client_Certificate(bytes, static_cast<int>(length), type, password, certificate, key);

@@ -25,7 +25,7 @@ NetworkConnection* NetworkService::Connection() {
 
 int NetworkService::Connect() {
     connection.reset();
-    NetworkManager* const manager = application->networkmanager();
+    NetworkManager* manager = application->networkmanager();
     if (manager)
         connection.reset(manager->Connect(host.text(), port, timeout));
     if (connection)

@@ -7,7 +7,7 @@
 namespace {
 
 void* Find(TarnApplication* application, const char* name, const char* older_name) {
-    void* const found = application->SSL_GetFunction(name);
+    void* found = application->SSL_GetFunction(name);
     return found || !older_name ? found : application->SSL_GetFunction(older_name);
 }
 

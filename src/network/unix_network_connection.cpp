@@ -180,7 +180,7 @@ int UNIXNetworkConnection::ReadLine(String& line, int timeout, int size) {
             Fail("Read Error: Connection closed by remote host", -1);
         if (seen <= 0)
             return Fail_Line(line);
-        const char* const end = std::find(piece.get(), piece.get() + seen, '\n');
+        const char* end = std::find(piece.get(), piece.get() + seen, '\n');
         const int wanted = std::min(static_cast<int>(end - piece.get()) + 1, seen);
         const int taken = Receive(piece.get(), wanted, 0, timeout);
         if (taken <= 0)

@@ -49,7 +49,7 @@ const char* Binary_Address(const addrinfo& address) {
 bool Print_First(const addrinfo* address, String& result) {
     for (; address; address = address->ai_next) {
         char figures[longest_address];
-        const char* const bytes = Binary_Address(*address);
+        const char* bytes = Binary_Address(*address);
         if (bytes && inet_ntop(address->ai_family, bytes, figures, sizeof figures)) {
             result = figures;
             return true;

@@ -63,7 +63,7 @@ Variable* ImmutableVariable::Element(const AggregateIndex& index, int create) {
 bool ImmutableVariable::SetElement(const AggregateIndex& index, Variable* variable) {
     if (locked)
         return true;
-    VariableHold stored =
+    const VariableHold stored =
         variable->AsImmutable() ? Hold(variable) : VariableHold(new ImmutableVariable(variable));
     return Variable::SetElement(index, stored.get());
 }

@@ -49,7 +49,7 @@ AggregateElement* Last_Below(const AggregateElementTree& tree, std::int64_t end)
 void Store(Variable* target, std::int64_t number, Variable* variable, bool clone) {
     if (number > highest_index)
         return;
-    VariableHold stored = clone ? VariableHold(new Variable(*variable)) : Hold(variable);
+    const VariableHold stored = clone ? VariableHold(new Variable(*variable)) : Hold(variable);
     target->SetElement(static_cast<int>(number), stored.get());
 }
 
@@ -83,7 +83,7 @@ bool Delete_Last_Between(AggregateElementTree& tree, int start, std::int64_t end
     AggregateElement* last = Last_Below(tree, end);
     if (!last || last->index().Number() < start)
         return false;
-    std::unique_ptr<AggregateElement> removed(tree.Remove(last->index()));
+    const std::unique_ptr<AggregateElement> removed(tree.Remove(last->index()));
     return removed != nullptr;
 }
 
@@ -152,7 +152,7 @@ void Variable::DeleteElements(int start, int count, bool collapse) {
 }
 
 void Variable::MergeElements(Variable* source, int start, int count, int dest, bool clone) {
-    VariableHold held = Hold(source->RealIdentity());
+    const VariableHold held = Hold(source->RealIdentity());
     source = held.get();
     Convert_Aggregate(AGGREGATE_ARRAY);
     std::int64_t first = start < 1 ? std::max(source->Min(), 1) : start;
@@ -179,7 +179,7 @@ void Variable::MergeElements(Variable* source, int start, int count, int dest, b
 }
 
 void Variable::CopyElements(Variable* source, int start, int count, int dest, bool clone) {
-    VariableHold held = Hold(source->RealIdentity());
+    const VariableHold held = Hold(source->RealIdentity());
     source = held.get();
     Convert_Aggregate(AGGREGATE_ARRAY);
     if (source->aggregatetype() != AGGREGATE_ARRAY)

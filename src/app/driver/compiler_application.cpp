@@ -54,7 +54,7 @@ int CompilerApplication::Run() {
         return Finish_Console() ? 0 : 1;
     if (!ValidateOptions() || !OpenOutput())
         return 1;
-    bool is_compiled = Compile() && Finish_Output();
+    const bool is_compiled = Compile() && Finish_Output();
     if (!is_compiled)
         Discard_Output();
     Close_Output();
@@ -89,7 +89,7 @@ bool CompilerApplication::Is_Defined(const char* name, int length) {
 // The list of lines is written as its parser goes. Others stay: taking large tables apart takes its time.
 bool CompilerApplication::Compile() {
     parser = Make_Parser();
-    bool is_compiled = Compile_Files();
+    const bool is_compiled = Compile_Files();
     if (coverage_output)
         parser.reset();
     return is_compiled;

@@ -11,7 +11,7 @@ int main(int argc, char** argv) {
     Run_Guard::Begin(ConsoleApplication::Base_Name(argv[0]));
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
     UNIXCompilerApplication application(argc, argv);
-    int status = application.Go();
+    const int status = application.Go();
     parser_at_exit = application.Release_Parser();
     return status;
 }

@@ -65,7 +65,7 @@ void Set_Handlers() {
     struct sigaction action = {};
     sigfillset(&action.sa_mask);
     action.sa_handler = End_By_Signal;
-    for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction earlier;
         if (sigaction(signal, nullptr, &earlier) == 0 && earlier.sa_handler != SIG_IGN)
             sigaction(signal, &action, nullptr);
@@ -92,7 +92,7 @@ void Run_Guard::Watch_Sources(UNIXFileManager* manager) {
 
 bool Run_Guard::Watch_Output(int descriptor, const char* path) {
     Forget_Output();
-    int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
     output_path = path;
     output_descriptor = copy;
     return copy >= 0;
@@ -107,7 +107,7 @@ bool Run_Guard::Cut_Output() {
 }
 
 void Run_Guard::Forget_Output() {
-    int descriptor = output_descriptor.exchange(-1);
+    const int descriptor = output_descriptor.exchange(-1);
     if (descriptor >= 0)
         close(descriptor);
 }

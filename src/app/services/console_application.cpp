@@ -12,20 +12,20 @@ ConsoleOutput::~ConsoleOutput() {
 }
 
 void ConsoleOutput::Write_Error(const char* text, int length) {
-    std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
+    std::size_t const size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
     fwrite(text, 1, size, stderr);
 }
 
 int ConsoleOutput::Write(const char* text, int length) {
-    std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
-    int written = BufferedOutput::Write(text, static_cast<int>(size));
+    std::size_t const size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
+    const int written = BufferedOutput::Write(text, static_cast<int>(size));
     if (fill > 0 && (memchr(text, '\n', size) || memchr(text, '\r', size)))
         Flush();
     return written;
 }
 
 int ConsoleOutput::DoWrite(const char* text, int length) {
-    int written = printf("%.*s", length, text);
+    const int written = printf("%.*s", length, text);
     fflush(stdout);
     return written;
 }
@@ -116,7 +116,7 @@ int ConsoleApplication::CommandLine_Parse() {
         const char* argument = argv[index];
         if (argument[0] != '-')
             return index;
-        bool is_long = argument[1] == '-';
+        const bool is_long = argument[1] == '-';
         if (!(is_long ? Process_Long_Option(index) : Process_Option_Cluster(index)))
             return -1;
     }

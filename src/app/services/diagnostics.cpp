@@ -42,7 +42,7 @@ String Compose_Message(Message message, const Message_Argument* arguments) {
 bool CompilerApplication::CompileError(ErrorCode code, const char* file, int line, const String& message) {
     if (!Error_WillPrint(code))
         return true;
-    bool is_warning = code <= LAST_WARNING;
+    const bool is_warning = code <= LAST_WARNING;
     Error(String(file) + ":" + line + (is_warning ? ": CW_" : ": CE_") + code + ": " + message + "\n");
     return is_warning && !(warning_flags[code] & WARNING_ABORTS);
 }

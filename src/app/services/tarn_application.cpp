@@ -39,7 +39,7 @@ constexpr Log_Event log_events[] = {
 
 // The moment at which a timeout of the engine's settings ends, 0 when there is none.
 time_t Deadline(Config* config, Config_Setting setting) {
-    int seconds = config ? config->Integer(setting) : 0;
+    const int seconds = config ? config->Integer(setting) : 0;
     return seconds ? time(nullptr) + seconds : 0;
 }
 
@@ -132,7 +132,7 @@ void TarnApplication::Heartbeat(long now) {
 long TarnApplication::TimeRemaining() {
     if (global_deadline == 0)
         return -1;
-    time_t now = time(nullptr);
+    const time_t now = time(nullptr);
     return now > global_deadline ? 0 : global_deadline - now;
 }
 
@@ -206,17 +206,17 @@ void TarnApplication::ParseLogFilter(const char* text) {
     log_exclude.Dump();
     while (text && *text) {
         text = Skip_Spaces(text);
-        bool exclude = *text == '!';
+        const bool exclude = *text == '!';
         if (exclude)
             text = Skip_Spaces(text + 1);
         const char* name = text;
         while (*text && !Is_Space(*text) && *text != ':' && *text != ',')
             ++text;
-        int name_length = static_cast<int>(text - name);
+        const int name_length = static_cast<int>(text - name);
         text = Skip_Spaces(text);
-        bool has_levels = *text == ':';
-        int low = Read_Marked_Number(text, ':');
-        int high = has_levels ? Read_Marked_Number(text, '-') : 0;
+        const bool has_levels = *text == ':';
+        const int low = Read_Marked_Number(text, ':');
+        const int high = has_levels ? Read_Marked_Number(text, '-') : 0;
         if (name_length > 0)
             (exclude ? log_exclude : log_include)
                 .Insert(new LogFilterEntry(name, name_length, low, high), LIST_LAST);

@@ -51,11 +51,11 @@ int Output::Write_Compressed_Fast(const char* text, int length) {
 
 int Output::Write_Compressed_Full(const char* text, int length) {
     length = Text_Length(text, length);
-    const char* const end = text + length;
+    const char* end = text + length;
     const char* word = last_was_space ? std::find_if_not(text, end, Is_Space) : text;
     while (word != end) {
         const char* space = std::find_if(word, end, Is_Space);
-        const char* const behind = space == end ? end : space + 1;
+        const char* behind = space == end ? end : space + 1;
         Write(word, static_cast<int>(behind - word));
         word = std::find_if_not(behind, end, Is_Space);
     }

@@ -45,7 +45,7 @@ class Quoter {
 
     // Quotes the next piece; answers the end of what it has written. The target has piece_room.
     char* Quote_Piece(char* target) {
-        const char* const stop = text + std::min<std::ptrdiff_t>(piece_length, end - text);
+        const char* stop = text + std::min<std::ptrdiff_t>(piece_length, end - text);
         while (text < stop) {
             const std::ptrdiff_t length = std::min<std::ptrdiff_t>(step, stop - text);
             const __m128i bytes = Load(text, length);

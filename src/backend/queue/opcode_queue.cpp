@@ -158,7 +158,7 @@ void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
     length = Text_Length(text, length);
-    char* const copy = static_cast<char*>(memory.allocate(length + 1, 1));
+    char* copy = static_cast<char*>(memory.allocate(length + 1, 1));
     std::memcpy(copy, text, length);
     copy[length] = '\0';
     Append<QueuedOpcode_Text>(opcode, parser->Linenumber(), copy, length, lower);
@@ -187,7 +187,7 @@ void OpcodeQueueQueue::Renew() {
 
 template <typename Record, typename... Fields>
 void OpcodeQueueQueue::Append(Fields... fields) {
-    QueuedOpcode* const entry = new (memory.allocate(sizeof(Record), alignof(Record))) Record(fields...);
+    QueuedOpcode* entry = new (memory.allocate(sizeof(Record), alignof(Record))) Record(fields...);
     (last ? last->next : first) = entry;
     last = entry;
 }

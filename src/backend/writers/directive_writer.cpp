@@ -38,9 +38,9 @@ std::string_view Variable_Directive(Variable_Scope scope) {
 
 // A variable's name has no quoting but for its escapes, which are resolved.
 void Write_Unescaped(CompilerOutput* output, const char* text, int length) {
-    const char* const end = text + Text_Length(text, length);
+    const char* end = text + Text_Length(text, length);
     while (const void* found = std::memchr(text, '\\', end - text)) {
-        const char* const backslash = static_cast<const char*>(found);
+        const char* backslash = static_cast<const char*>(found);
         output->Write(text, static_cast<int>(backslash - text));
         if (backslash + 1 == end)
             return;

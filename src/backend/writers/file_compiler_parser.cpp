@@ -36,7 +36,7 @@ ParserStatus FileCompilerParser::Report_Old_Engine() {
     int length;
     int size;
     String version;
-    char* const text = TarnApplication::dtos(Engine_Version(), &length, &size);
+    char* text = TarnApplication::dtos(Engine_Version(), &length, &size);
     version.assign_nocopy(text, length, size);
     return Report<Message::Version_Not_Supported>(version);
 }
@@ -47,7 +47,7 @@ void FileCompilerParser::Output_End_Of_File() {
         Assembly_Item(output).Text("\n; end of compiled file\n");
         return;
     }
-    const String* const file = Current_File();
+    const String* file = Current_File();
     Assembly_Item(output).Text("\n; end of included file ");
     output->Write(file->text(), file->length());
     Assembly_Item(output).Text("\n");

@@ -47,7 +47,7 @@ void FileCompilerParser::Output_Generated_Label(ParserLabelType type, int number
 
 void FileCompilerParser::Output_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
     Follow_LineNo();
-    const Opcode_Info* const row = Find_Opcode(opcode);
+    const Opcode_Info* row = Find_Opcode(opcode);
     if (row && (row->operands == Operand_Form::LABEL || row->operands == Operand_Form::LABEL_IMMEDIATE))
         Assembly_Item(output).Head(*row);
     Generate_Label(type, number);
@@ -73,7 +73,7 @@ void FileCompilerParser::Output_Opcode(int opcode, double value) {
 void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
     if (opcode != OPCODE_LINENO && opcode != OPCODE_SOURCEFILE)
         Follow_LineNo();
-    const Opcode_Info* const row = Find_Opcode(opcode);
+    const Opcode_Info* row = Find_Opcode(opcode);
     const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
     switch (form) {
     case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);

@@ -81,7 +81,7 @@ ParserStatus CompilerParser::Check_Value_And_Name(Message value_missing, Message
 }
 
 ParserStatus CompilerParser::Generate_Assign(int) {
-    if (ParserStatus status =
+    if (const ParserStatus status =
             Check_Value_And_Name(Message::Assign_Requires_Value, Message::Assign_Requires_Name))
         return status;
     return attribute_values->Output_Assignment(value_element, name_element, index_element, member_element,
@@ -89,7 +89,7 @@ ParserStatus CompilerParser::Generate_Assign(int) {
 }
 
 ParserStatus CompilerParser::Generate_Reference(int) {
-    if (ParserStatus status =
+    if (const ParserStatus status =
             Check_Value_And_Name(Message::Reference_Requires_Variable, Message::Reference_Requires_Name))
         return status;
     return attribute_values->Output_Reference(value_element, name_element, index_element, member_element,
@@ -148,7 +148,7 @@ ParserStatus AttributeValueArray::Output_Assignment(int value, int name, int ind
         target.name->Output(parser, 1, 0, 0);
         return PARSER_OK;
     }
-    if (ParserStatus status = target.Push(parser))
+    if (const ParserStatus status = target.Push(parser))
         return status;
     if (array)
         array->Output(count, 0);
@@ -164,7 +164,7 @@ ParserStatus AttributeValueArray::Output_Reference(int variable, int name, int i
     if (!copy && target.name->ident != -1 && !Can_Be_Reference(target.name->scope))
         return parser->Report<Message::Reference_Scope>();
     if (AttributeValue* source = Element(variable); source->Parse_String_Variable(parser)) {
-        if (ParserStatus status = parser->Report_Stored_Error(*source))
+        if (const ParserStatus status = parser->Report_Stored_Error(*source))
             return status;
     }
     if (!array && !target.Has_Path()) {
@@ -173,7 +173,7 @@ ParserStatus AttributeValueArray::Output_Reference(int variable, int name, int i
     }
     if (array)
         array->Output(count, 0);
-    if (ParserStatus status = target.Push(parser))
+    if (const ParserStatus status = target.Push(parser))
         return status;
     parser->Opcode_Queue()->Queue_Opcode(copy ? OPCODE_STORE : OPCODE_REFER, 0, 0);
     if (!copy)

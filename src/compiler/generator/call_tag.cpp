@@ -24,11 +24,11 @@ constexpr int certificate_operands = element_of<Tag::Call, Attribute::Timeout>;
 ParserStatus CompilerParser::Generate_Call(int tag) {
     if (attribute_values->Check_Complete(Required_Slots(tag)))
         return Report<Message::Call_Requires_Action>();
-    int count = Highest_Set_Element() + 1;
+    const int count = Highest_Set_Element() + 1;
     const int label = Open_Block(&call_stack);
     Queue(OPCODE_SPUSH);
-    ParserStatus status = Engine_Version() >= counted_call_engine ? Output_Counted_Call(label, count)
-                                                                  : Output_Old_Call(label, count);
+    const ParserStatus status = Engine_Version() >= counted_call_engine ? Output_Counted_Call(label, count)
+                                                                        : Output_Old_Call(label, count);
     if (status == PARSER_OK)
         opcode_queue->Queue_Generated_Label(LABEL_START, label);
     return status;
@@ -42,13 +42,13 @@ int CompilerParser::Highest_Set_Element() {
 }
 
 ParserStatus CompilerParser::Output_Counted_Call(int label, int count) {
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED))
+    if (const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED))
         return status;
     if (count <= plain_operands)
         count = plain_operands;
     else if (count <= certificate_operands)
         count = certificate_operands;
-    else if (ParserStatus status = Check_Call_Attributes(count))
+    else if (const ParserStatus status = Check_Call_Attributes(count))
         return status;
     attribute_values->Output(count, 0);
     opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, label, count);
@@ -57,7 +57,7 @@ ParserStatus CompilerParser::Output_Counted_Call(int label, int count) {
 
 ParserStatus CompilerParser::Check_Call_Attributes(int count) {
     auto given = [this](int element) { return attribute_values->Element(element)->Is_Set(); };
-    double engine = Engine_Version();
+    const double engine = Engine_Version();
     if (count > certvalue_element) {
         if (given(certfile_element) && given(certvalue_element))
             return Report<Message::Call_Certificate_Twice>();
@@ -87,7 +87,7 @@ ParserStatus CompilerParser::Output_Old_Call(int label, int count) {
         (void)Output_Version(file_version_major, FILE_VERSION_CALL_COUNTED); // has reported
         return PARSER_OK;
     }
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_CERTIFICATE))
+    if (const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_CALL_CERTIFICATE))
         return status;
     attribute_values->Output(certificate_operands, 0);
     opcode_queue->Queue_Opcode_With_Label(OPCODE_HTTP_CF, LABEL_END, label);

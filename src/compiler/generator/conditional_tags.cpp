@@ -21,12 +21,12 @@ bool CompilerParser::Inside_False_Block() {
 static_assert(element_of<Tag::Ifdef, Attribute::Name> == element_of<Tag::Ifndef, Attribute::Name>);
 
 ParserStatus CompilerParser::Process_IFDEF(int tag) {
-    bool negated = tag == Tag::Ifndef;
+    const bool negated = tag == Tag::Ifndef;
     int length = 0;
     const char* name = Value<Tag::Ifdef, Attribute::Name>()->Get_Simple_Text(&length);
-    bool defined = application && application->Is_Defined(name ? name : "", length);
-    bool enclosed_by_false = Inside_False_Block();
-    bool generating = defined != negated && !enclosed_by_false;
+    const bool defined = application && application->Is_Defined(name ? name : "", length);
+    const bool enclosed_by_false = Inside_False_Block();
+    const bool generating = defined != negated && !enclosed_by_false;
     ifdef_stack.Push(new Ifdef_Resolution_Info(Linenumber(), Current_File(), generating, negated));
     if (generating || enclosed_by_false)
         return PARSER_OK;
@@ -35,7 +35,7 @@ ParserStatus CompilerParser::Process_IFDEF(int tag) {
 }
 
 ParserStatus CompilerParser::Process_End_IFDEF(int tag) {
-    bool negated = tag == Tag::Ifndef;
+    const bool negated = tag == Tag::Ifndef;
     const char* closing = Tag_Word(tag);
     if (!ifdef_stack.Top()) {
         (void)Report<Message::Conditional_Unopened>(closing, closing);

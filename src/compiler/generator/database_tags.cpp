@@ -40,7 +40,7 @@ ParserStatus CompilerParser::Generate_Primary(int tag) {
     for (int element = 0; element < Slots(tag); ++element)
         any = any || attribute_values->Element(element)->Is_Set();
     if (!any) {
-        if (ParserStatus status = Report<Message::Primary_Requires_Name>())
+        if (const ParserStatus status = Report<Message::Primary_Requires_Name>())
             return status;
     }
     Output_Database_Command(Slots(tag), OPCODE_DBPRIMARY);

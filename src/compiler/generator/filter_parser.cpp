@@ -19,7 +19,7 @@ ParserStatus FilterParser::Expression_Operator(int id, int priority, int operand
 // A record made here has no line and no count: it declares the function when that is external, and is checked
 // for nothing.
 ParserStatus FilterParser::Expression_StartFunctionCall(const char* name, int length, int dynamic) {
-    ParserStatus status = CompilerParser::Expression_StartFunctionCall(name, length, dynamic);
+    const ParserStatus status = CompilerParser::Expression_StartFunctionCall(name, length, dynamic);
     if (!dynamic && status == PARSER_OK && !calls->Find(name, length)) {
         auto* call = new Function_Resolution_Info(-1, name, length, Current_File());
         calls->Insert(call);

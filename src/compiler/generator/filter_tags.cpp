@@ -10,13 +10,13 @@
 ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, int length, const char* what) {
     if (!filter_parser)
         filter_parser = new FilterParser(this, &referenced_functions, &called_functions);
-    bool bare = length == 0 || text[0] != '{';
+    const bool bare = length == 0 || text[0] != '{';
     delete filter_parser->Set_Tokenizer(new Tokenizer(text, length, bare));
     auto status = static_cast<ParserStatus>(filter_parser->Start());
     if (status == PARSER_OK)
         return PARSER_OK;
     const String& reason = filter_parser->Get_Last_Error();
-    if (int line = filter_parser->Linenumber(); line != 1)
+    if (const int line = filter_parser->Linenumber(); line != 1)
         (void)Report<Message::Dynamic_Expression_Error_At>(what, line, reason);
     else
         (void)Report<Message::Dynamic_Expression_Error>(what, reason);
@@ -26,7 +26,7 @@ ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, i
 // What a filter in braces of type variable leaves is the name of the variable that holds the filter.
 ParserStatus CompilerParser::Compile_Filter(AttributeValue* filter, AttributeValue* type_value,
                                             int had_braces) {
-    AttrExpr_Filter_Type type = type_value->Filter_Type();
+    const AttrExpr_Filter_Type type = type_value->Filter_Type();
     if (type == FILTER_INVALID)
         return Report<Message::Filter_Type_Unknown>(Text_Of(*type_value));
     if (filter->Make_Filter_Expression(this, type, had_braces))
@@ -47,7 +47,7 @@ ParserStatus CompilerParser::Generate_Filter(int) {
     (void)filter->Chomped_Filter_String(&length,
                                         &had_braces); // without a filter the stored error stays unseen
     if (filter->Is_Set()) {
-        if (ParserStatus status = Compile_Filter(filter, type_value, had_braces))
+        if (const ParserStatus status = Compile_Filter(filter, type_value, had_braces))
             return status;
     }
     if (length == 0)

@@ -174,11 +174,11 @@ ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int itera
                                                  int next, int last, int index, int count) {
     Foreach_Code code(parser, this, depth, label);
     if (code.Given(index)) {
-        if (ParserStatus status = code.Push_Named_Variable(index))
+        if (const ParserStatus status = code.Push_Named_Variable(index))
             return status;
         code.Bind(code.index);
     }
-    if (ParserStatus status = code.Push_Named_Variable(array))
+    if (const ParserStatus status = code.Push_Named_Variable(array))
         return status;
     code.Bind(code.array);
 
@@ -191,7 +191,7 @@ ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int itera
     code.Push(code.array);
     code.Push(code.index);
     code.Operator(OPCODE_ELEM);
-    if (ParserStatus status = code.Push_Named_Variable(iterator))
+    if (const ParserStatus status = code.Push_Named_Variable(iterator))
         return status;
     code.Operator(OPCODE_REFER);
     return PARSER_OK;

@@ -14,7 +14,7 @@ ParserStatus CompilerParser::Output_Pending_Call() {
     std::unique_ptr<Function_Resolution_Info> call(open_calls.Pop());
     if (!Generating())
         return PARSER_OK;
-    ParserStatus status = application ? Record_Call(call.get()) : PARSER_OK;
+    const ParserStatus status = application ? Record_Call(call.get()) : PARSER_OK;
     opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
     Queue_Source_File();
     Queue(OPCODE_LINENO, Linenumber());

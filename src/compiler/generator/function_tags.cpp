@@ -43,12 +43,12 @@ ParserStatus CompilerParser::Close_Function(int) {
 ParserStatus CompilerParser::Generate_Function(int) {
     if (!Is_Given<Tag::Function, Attribute::Name>())
         return Report<Message::Function_Requires_Name>();
-    std::string_view name = Text_Of(*Value<Tag::Function, Attribute::Name>());
-    if (ParserStatus status = Check_Function_Name(name))
+    std::string_view const name = Text_Of(*Value<Tag::Function, Attribute::Name>());
+    if (const ParserStatus status = Check_Function_Name(name))
         return status;
     if (!Generating())
         return Discard_Function(name);
-    int length = static_cast<int>(name.size());
+    const int length = static_cast<int>(name.size());
     if (defined_functions.Find(name.data(), length))
         return Report<Message::Function_Redefined>(name);
     auto* definition = new Function_Resolution_Info(Linenumber(), name.data(), length, Current_File());
@@ -57,9 +57,9 @@ ParserStatus CompilerParser::Generate_Function(int) {
     int stdout_level = function_stdout_default;
     int error_level = -1;
     int access = function_access_default;
-    if (ParserStatus status = Read_Function_Levels(&stdout_level, &error_level))
+    if (const ParserStatus status = Read_Function_Levels(&stdout_level, &error_level))
         return status;
-    if (ParserStatus status = Read_Function_Access(&access))
+    if (const ParserStatus status = Read_Function_Access(&access))
         return status;
     Generate_Function_Directive(name.data(), length, FUNCTION_DEFINED, stdout_level, error_level, access);
     return Declare_Parameters(definition);
@@ -80,8 +80,8 @@ ParserStatus CompilerParser::Discard_Function(std::string_view name) {
 ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_level) {
     AttributeValue* stdout_value = Value<Tag::Function, Attribute::Standardoutputlevel>();
     if (stdout_value->Is_Set()) {
-        std::string_view words = Text_Of(*stdout_value);
-        if (ParserStatus status =
+        std::string_view const words = Text_Of(*stdout_value);
+        if (const ParserStatus status =
                 Set_StandardOutputLevel(stdout_level, words.data(), static_cast<int>(words.size())))
             return status;
     } else if (function_stdout_default != -1) {
@@ -89,7 +89,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
     }
     AttributeValue* error_value = Value<Tag::Function, Attribute::Erroroutputlevel>();
     if (error_value->Is_Set()) {
-        std::string_view words = Text_Of(*error_value);
+        std::string_view const words = Text_Of(*error_value);
         return Parse_ErrorOutputLevel(error_level, words.data(), static_cast<int>(words.size()));
     }
     return PARSER_OK;
@@ -101,12 +101,12 @@ ParserStatus CompilerParser::Read_Function_Access(int* access) {
         return PARSER_OK;
     if (Engine_Version() < file_version_engines[FILE_VERSION_PRIVATE_FUNCTIONS])
         return Report<Message::Access_Version>(Engine_Version_Text());
-    std::string_view word = Text_Of(*value);
+    std::string_view const word = Text_Of(*value);
     return Parse_Access(access, word.data(), static_cast<int>(word.size()));
 }
 
 ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int length) {
-    std::string_view word = Trimmed({text, static_cast<std::size_t>(length)});
+    std::string_view const word = Trimmed({text, static_cast<std::size_t>(length)});
     if (word.empty())
         *result = function_access_default;
     else if (Same_Word(word, "public"))
@@ -126,27 +126,27 @@ ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* defini
     ParserStatus status = PARSER_OK;
     For_Each_Comma_Piece(Text_Of(*value), [&](std::string_view piece) {
         ++definition->parameters;
-        if (ParserStatus refused = Parameter_Directive(piece.data(), static_cast<int>(piece.size())))
+        if (ParserStatus const refused = Parameter_Directive(piece.data(), static_cast<int>(piece.size())))
             status = refused;
     });
     return status;
 }
 
 ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
-    std::string_view parameter = Trimmed({text, static_cast<std::size_t>(length)});
+    std::string_view const parameter = Trimmed({text, static_cast<std::size_t>(length)});
     if (parameter.empty())
         return Report<Message::Parameter_Blank>();
     auto name_end = std::find_if(parameter.begin(), parameter.end(), Is_Space);
-    std::string_view name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
+    std::string_view const name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
     if (!std::all_of(name.begin(), name.end(), Is_Name_Character))
         return Report<Message::Parameter_Characters>(name);
-    std::string_view mode = Trimmed(parameter.substr(name.size()));
+    std::string_view const mode = Trimmed(parameter.substr(name.size()));
     if (!mode.empty() && !Same_Word(mode, "var"))
         return Report<Message::Parameter_Spaces>(parameter);
-    int name_length = static_cast<int>(name.size());
+    const int name_length = static_cast<int>(name.size());
     if (local_variables->Find(name.data(), name_length))
         return Report<Message::Parameter_Repeated>(name);
-    int ident = local_variables->Entries();
+    const int ident = local_variables->Entries();
     Output_Parameter_Directive(name.data(), name_length, ident, mode.empty());
     local_variables->Insert(new Variable(name.data(), name_length, ident));
     return PARSER_OK;
@@ -155,8 +155,8 @@ ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
 // With both sides of a check on, locks and captures report the warning and the error, an asynchronous block
 // the warning alone.
 ParserStatus CompilerParser::Check_Return_Placement(int) {
-    int warn = application ? application->Pedantic_Warn() : 0;
-    int error = application ? application->Pedantic_Error() : 0;
+    const int warn = application ? application->Pedantic_Warn() : 0;
+    const int error = application ? application->Pedantic_Error() : 0;
     ParserStatus status = PARSER_OK;
     if (lockfile_stack.Top()) {
         if (warn & PEDANTIC_LOCK)
@@ -216,11 +216,11 @@ ParserStatus CompilerParser::Generate_Do(int) {
 }
 
 ParserStatus CompilerParser::Output_Do_Call(AttributeValue* value, AttributeValue* name) {
-    std::string_view call = Text_Of(*value);
-    if (ParserStatus status =
+    std::string_view const call = Text_Of(*value);
+    if (const ParserStatus status =
             Check_Dynamic_Expression_String(call.data(), static_cast<int>(call.size()), "TnDO value"))
         return status;
-    if (int failure = value->Make_Expression_Literal(this))
+    if (const int failure = value->Make_Expression_Literal(this))
         return static_cast<ParserStatus>(failure);
     value->Output(this, 0, 0, 0);
     Queue(OPCODE_DO_FUNCTION);

@@ -25,7 +25,7 @@ ParserStatus CompilerParser::Generate_Include(int) {
         return PARSER_ERROR;
     int length = 0;
     const char* text = Value<Tag::Include, Attribute::File>()->Get_Simple_Text(&length);
-    String name(text, length);
+    const String name(text, length);
     // The current file is not among them: one that includes itself is met at the second nesting.
     if (Is_Suspended(name)) {
         (void)Report<Message::Include_Recursive>();

@@ -11,20 +11,20 @@ ParserStatus CompilerParser::Output_Operator_IncrementDecrement(int id, int flag
     opcode_queue->Clear_RHS();
     if (id != OPERATOR_INCREMENT && id != OPERATOR_DECREMENT)
         return Report<Message::Internal_Operator_Number>(id);
-    int arithmetic = id == OPERATOR_INCREMENT ? OPCODE_ADD : OPCODE_SUB;
-    bool prefix = flags & OPERATOR_PREFIX;
+    const int arithmetic = id == OPERATOR_INCREMENT ? OPCODE_ADD : OPCODE_SUB;
+    const bool prefix = flags & OPERATOR_PREFIX;
     if (Engine_Version() < file_version_engines[FILE_VERSION_INCREMENT]) {
         Output_Scratch_Increment(arithmetic, prefix);
         return PARSER_OK;
     }
-    if (ParserStatus status = Output_Version(file_version_major, FILE_VERSION_INCREMENT))
+    if (const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_INCREMENT))
         return status;
     Output_Stack_Increment(arithmetic, prefix);
     return PARSER_OK;
 }
 
 void CompilerParser::Output_Scratch_Increment(int arithmetic, bool prefix) {
-    int scratch = Find_ScratchVariable_Ident("incdec", 0);
+    const int scratch = Find_ScratchVariable_Ident("incdec", 0);
     Queue(OPCODE_DUP);
     Queue(OPCODE_PUSHL, scratch);
     Queue(OPCODE_REFER);

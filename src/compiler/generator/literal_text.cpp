@@ -18,7 +18,7 @@ ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int op
     if (localized_text) {
         localized_text->cat(text, length);
     } else {
-        if (int piece = Literal_Piece_Length())
+        if (const int piece = Literal_Piece_Length())
             for (; length > piece; text += piece, length -= piece)
                 Output_Text_Piece(text, piece, opcode);
         Output_Text_Piece(text, length, opcode);
@@ -37,7 +37,7 @@ int CompilerParser::Literal_Piece_Length() const {
 }
 
 ParserStatus CompilerParser::Expression_StringLiteral(const char* text, int length) {
-    int piece = Literal_Piece_Length();
+    const int piece = Literal_Piece_Length();
     if (piece && length > piece)
         Push_Split_Literal(text, length, piece);
     else

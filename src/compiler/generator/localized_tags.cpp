@@ -21,8 +21,8 @@ ParserStatus CompilerParser::Open_Localized(int) {
 // looked up again.
 ParserStatus CompilerParser::Check_Localized_ID(int) {
     AttributeValue* value = Value<Tag::Localized, Attribute::Id>();
-    std::string_view given = Text_Of(*value);
-    int given_length = static_cast<int>(given.size());
+    std::string_view const given = Text_Of(*value);
+    const int given_length = static_cast<int>(given.size());
     if (!value->Is_Set())
         Make_Localized_ID(value, *Current_File());
     else if (localized_ids.Find(given.data(), given_length))
@@ -57,7 +57,7 @@ ParserStatus CompilerParser::Open_Localized_Text(int tag) {
 }
 
 ParserStatus CompilerParser::Close_Localized_Text(int) {
-    ParserStatus status = Generate_Localized_Directive();
+    const ParserStatus status = Generate_Localized_Directive();
     delete localized_text;
     localized_text = nullptr;
     Set_Output_Flags(0);
@@ -78,7 +78,7 @@ ParserStatus CompilerParser::Generate_Localized_Directive() {
     if (status != PARSER_OK)
         return status;
     const char* body = localized_text ? localized_text->text() : "";
-    int body_length = localized_text ? localized_text->length() : 0;
+    const int body_length = localized_text ? localized_text->length() : 0;
     Output_Localized_Directive(language_text, language_length, id, id_length, body, body_length);
     language->Reset();
     return PARSER_OK;
@@ -102,7 +102,7 @@ ParserStatus CompilerParser::Close_Localized(int) {
     const char* id = Value<Tag::Localized, Attribute::Id>()->Get_Simple_Text(&length);
     if (!id)
         return PARSER_ERROR;
-    int ident = Generate_String_Directive(id, length, EXPRESSION_STATE_ESCAPED);
+    const int ident = Generate_String_Directive(id, length, EXPRESSION_STATE_ESCAPED);
     ParserStatus status = PARSER_OK;
     if (Is_Given<Tag::Localized, Attribute::Name>()) {
         Queue(OPCODE_LOCALIZEV, ident);

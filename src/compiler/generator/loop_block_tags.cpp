@@ -16,7 +16,8 @@ constexpr int filter_element = element_of<Tag::Import, Attribute::Filter>;
 
 ParserStatus CompilerParser::Close_Loop_Block(int tag) {
     const Loop_Block& block = Row_Of(loop_blocks, tag);
-    if (ParserStatus status = Generate_End_Block_Code(Tag_Word(tag), &Blocks_Of(tag), block.loop_opcode))
+    if (const ParserStatus status =
+            Generate_End_Block_Code(Tag_Word(tag), &Blocks_Of(tag), block.loop_opcode))
         return status;
     if (block.has_frame)
         Queue(OPCODE_SPOP);
@@ -58,7 +59,7 @@ ParserStatus CompilerParser::Generate_Import(int tag) {
     int had_braces = 0;
     (void)filter->Chomped_Filter_String(&length, &had_braces);
     if (length > 0) {
-        if (ParserStatus filter_status =
+        if (const ParserStatus filter_status =
                 Compile_Filter(filter, Value<Tag::Import, Attribute::Filter_Type>(), had_braces))
             status = filter_status;
     }

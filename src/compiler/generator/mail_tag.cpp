@@ -14,8 +14,8 @@ constexpr int plain_operands = port_element; // those ahead of it
 // engine chooses.
 void Output_Version_Test(CompilerParser* parser, AttributeValueArray* values, int label, int count) {
     OpcodeQueue* queue = parser->Opcode_Queue();
-    int version = parser->Find_Variable_Ident(engine_version_variable.data(), engine_version_variable.size(),
-                                              SCOPE_SYSTEM);
+    const int version = parser->Find_Variable_Ident(engine_version_variable.data(),
+                                                    engine_version_variable.size(), SCOPE_SYSTEM);
     values->Output(plain_operands, 0);
     queue->Queue_Opcode(OPCODE_PUSHS, version, 0);
     queue->Queue_Opcode(OPCODE_PUSHF, file_version_engines[FILE_VERSION_SMTP_COUNTED]);
@@ -60,9 +60,9 @@ ParserStatus AttributeValueArray::Output_SMTP(int label) {
         return PARSER_OK;
     }
     parser->Set_Default(Element(port_element), "25");
-    int count = last_used + 1;
+    const int count = last_used + 1;
     if (parser->Engine_Version() >= file_version_engines[FILE_VERSION_SMTP_COUNTED]) {
-        ParserStatus status = parser->Output_Version(file_version_major, FILE_VERSION_SMTP_COUNTED);
+        const ParserStatus status = parser->Output_Version(file_version_major, FILE_VERSION_SMTP_COUNTED);
         Output(count, 0);
         queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_SMTPN, LABEL_END, label, count);
         return status;

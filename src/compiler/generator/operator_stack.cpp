@@ -37,7 +37,7 @@ ParserStatus CompilerParser::Expression_Operator(int id, int priority, int opera
         return Expression_Operator_Close_Elem(flags & OPERATOR_BEFORE_DOT);
     if (const Operator* top = operators.Top(); top && top->id == OPERATOR_MEMBER)
         (void)Output_Top_Operator(); // has reported; the operator that arrived is still taken
-    int biased = Wrapping_Sum(priority_bias, priority);
+    const int biased = Wrapping_Sum(priority_bias, priority);
     switch (id) {
     case OPERATOR_COMMA: return Separate_Argument(biased);
     case OPERATOR_DECREMENT:
@@ -51,7 +51,7 @@ ParserStatus CompilerParser::Expression_Operator(int id, int priority, int opera
     }
     if (priority_bias == 0 && type == OPERAND_BOOLEAN)
         ++conditional_operators;
-    if (ParserStatus status = Flush_Operator_Queue(biased))
+    if (const ParserStatus status = Flush_Operator_Queue(biased))
         return status;
     operators.Push(new Operator{id, biased, operands, flags});
     return Check_Types(type);
@@ -66,7 +66,7 @@ ParserStatus CompilerParser::Separate_Argument(int priority) {
     }
     ParserStatus status = Flush_Operator_Queue(priority);
     int values = 0;
-    if (ParserStatus end_status = end_subexpression(&values, 1))
+    if (const ParserStatus end_status = end_subexpression(&values, 1))
         status = end_status;
     Push_Statistic(SUBEXPRESSION_CALL);
     return status;
@@ -79,11 +79,11 @@ ParserStatus CompilerParser::Flush_Operator_Queue(int priority) {
     while (const Operator* top = operators.Top()) {
         if (top->id == OPERATOR_OPEN_BRACKET)
             break;
-        bool due =
+        const bool due =
             top->operands == 2 ? top->priority >= priority : top->operands == 1 && top->priority > priority;
         if (!due)
             break;
-        if (ParserStatus status = Output_Top_Operator())
+        if (const ParserStatus status = Output_Top_Operator())
             return status;
     }
     return PARSER_OK;
@@ -91,8 +91,8 @@ ParserStatus CompilerParser::Flush_Operator_Queue(int priority) {
 
 ParserStatus CompilerParser::Flush_Operator_Queue_Until(int id) {
     while (const Operator* top = operators.Top()) {
-        bool wanted = top->id == id;
-        ParserStatus status = Output_Top_Operator();
+        const bool wanted = top->id == id;
+        const ParserStatus status = Output_Top_Operator();
         if (wanted || status != PARSER_OK)
             return status;
     }
@@ -100,7 +100,7 @@ ParserStatus CompilerParser::Flush_Operator_Queue_Until(int id) {
 }
 
 ParserStatus CompilerParser::Output_Top_Operator() {
-    ParserStatus status = Output_Operator(operators.Top());
+    const ParserStatus status = Output_Operator(operators.Top());
     delete operators.Pop();
     return status;
 }
@@ -155,7 +155,7 @@ ParserStatus CompilerParser::Expression_Operator_Close_Elem(int flags) {
     ParserStatus status = PARSER_OK;
     const Operator* top = operators.Top();
     while (top && top->id != OPERATOR_OPEN_BRACKET) {
-        if (ParserStatus output_status = Output_Top_Operator())
+        if (const ParserStatus output_status = Output_Top_Operator())
             status = output_status;
         top = operators.Top();
     }
@@ -199,7 +199,7 @@ ParserStatus CompilerParser::Expression_CloseParen() {
 }
 
 ParserStatus CompilerParser::Close_Paren() {
-    ParserStatus status = Flush_Operator_Queue(priority_bias);
+    const ParserStatus status = Flush_Operator_Queue(priority_bias);
     priority_bias = Wrapping_Sum(priority_bias, -paren_bias);
     if (status != PARSER_OK)
         return status;
@@ -209,20 +209,20 @@ ParserStatus CompilerParser::Close_Paren() {
 
 // The last argument may be missing, when the list is empty; the others were checked at their commas.
 ParserStatus CompilerParser::Close_Call() {
-    if (ParserStatus status = Flush_Operator_Queue(priority_bias))
+    if (const ParserStatus status = Flush_Operator_Queue(priority_bias))
         return status;
     int last = 0;
-    if (ParserStatus status = end_subexpression(&last, -1))
+    if (const ParserStatus status = end_subexpression(&last, -1))
         return status;
     if (last < 0 || last > 1)
         return Report<Message::Operator_Count>(last < 0 ? "many" : "few");
     int earlier = 0;
-    ParserStatus status = end_subexpression(&earlier, -1);
+    const ParserStatus status = end_subexpression(&earlier, -1);
     if (Function_Resolution_Info* call = open_calls.Top())
         call->parameters = earlier + last;
     Count_Value();
     priority_bias = Wrapping_Sum(priority_bias, -call_bias);
-    ParserStatus flush_status = Flush_Operator_Queue_Until(OPERATOR_CALL);
+    const ParserStatus flush_status = Flush_Operator_Queue_Until(OPERATOR_CALL);
     return flush_status != PARSER_OK ? flush_status : status;
 }
 
@@ -257,7 +257,8 @@ ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int 
 
 // The whole call goes to the engine as text.
 ParserStatus CompilerParser::Push_Dynamic_Call(const char* text, int length) {
-    if (ParserStatus status = Check_Dynamic_Expression_String(text, length, "external function parameter"))
+    if (const ParserStatus status =
+            Check_Dynamic_Expression_String(text, length, "external function parameter"))
         return status;
     Queue(OPCODE_PUSHC, Generate_String_Directive(text, length, EXPRESSION_STATE_FILTER));
     Count_Value();

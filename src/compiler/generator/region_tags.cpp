@@ -67,11 +67,11 @@ ParserStatus CompilerParser::Generate_Asynchronous(int tag) {
     const int label = Take_Label();
     async_block = new Resolution_Info(label, Linenumber(), Current_File());
     if (!Is_Given<Tag::Asynchronous, Attribute::Isolation>()) {
-        ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
+        const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
         opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, label);
         return status;
     }
-    ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ISOLATION);
+    const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ISOLATION);
     attribute_values->Output(Slots(tag), 0);
     opcode_queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_ASYNCN, LABEL_END, label, Slots(tag));
     return status;

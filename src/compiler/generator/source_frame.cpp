@@ -24,7 +24,7 @@ void CompilerParser::Set_File_Ident(std::string_view file) {
 
 void CompilerParser::Queue_Source_File() {
     const String* file = Current_File();
-    int ident = Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT);
+    const int ident = Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT);
     Queue(OPCODE_SOURCEFILE, ident);
 }
 
@@ -67,7 +67,7 @@ ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, in
 void CompilerParser::Output_LineNo() {
     if (lineno_forced)
         return;
-    int line = Linenumber();
+    const int line = Linenumber();
     if (line != last_lineno) {
         last_lineno = line;
         Queue(OPCODE_LINENO, line);

@@ -8,7 +8,7 @@ int CompilerParser::Generate_String_Directive(const char* text, int length, Expr
         return 0;
     if (Variable* known = string_table.Find(text, length))
         return known->value_integer();
-    int ident = next_string_ident++;
+    const int ident = next_string_ident++;
     Output_String_Directive(saved_output, text, length, ident, state);
     string_table.Insert(new Variable(text, length, ident));
     return ident;

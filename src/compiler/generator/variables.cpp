@@ -29,7 +29,7 @@ int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_S
         return known->value_integer();
     if (!Generating())
         return 0;
-    int ident = table->Entries();
+    const int ident = table->Entries();
     table->Insert(new Variable(name, length, ident));
     Output_Variable_Directive(saved_output, name, length, ident, scope);
     return ident;
@@ -48,7 +48,7 @@ int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
     const int length = static_cast<int>(name.size());
     if (Variable* known = scratch_variables->Find(name.data(), length))
         return known->value_integer();
-    int ident = local_variables->Entries();
+    const int ident = local_variables->Entries();
     auto* variable = new Variable(name.data(), length, ident);
     local_variables->Insert(variable);
     scratch_variables->Insert(variable);
@@ -68,7 +68,7 @@ ParserStatus CompilerParser::Expression_Variable(const char* name, int length, V
         Queue(OPCODE_PUSHNC, Generate_String_Directive(full_text, full_length, EXPRESSION_STATE_ESCAPED));
         return PARSER_OK;
     }
-    int ident = Find_Variable_Ident(name, length, scope);
+    const int ident = Find_Variable_Ident(name, length, scope);
     switch (scope) {
     case SCOPE_LOCAL: Queue(OPCODE_PUSHL, ident); return PARSER_OK;
     case SCOPE_GLOBAL: Queue(OPCODE_PUSHG, ident); return PARSER_OK;

@@ -66,11 +66,11 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, To
 
 // A name directly in front of the literal is not flushed, and so comes behind it.
 ParserStatus ExpressionParser::Take_String(Tokenizer* tokenizer) {
-    int line = parser->Linenumber();
+    const int line = parser->Linenumber();
     const char* literal;
     int length;
-    Tokenizer_TokenType end = tokenizer->Read_Until(&literal, length, '\'', '\\');
-    ParserStatus status = parser->Expression_StringLiteral(literal, std::max(length - 1, 0));
+    const Tokenizer_TokenType end = tokenizer->Read_Until(&literal, length, '\'', '\\');
+    const ParserStatus status = parser->Expression_StringLiteral(literal, std::max(length - 1, 0));
     if (end != TOKEN_EOF)
         return status;
     parser->Report_At<Message::String_Literal_Unterminated>(line, nullptr);
@@ -79,13 +79,13 @@ ParserStatus ExpressionParser::Take_String(Tokenizer* tokenizer) {
 
 ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Tokenizer* tokenizer,
                                              ParserState* state) {
-    std::string_view sign(token, static_cast<std::size_t>(length));
+    std::string_view const sign(token, static_cast<std::size_t>(length));
     if (!operand_seen && scan_state == SCAN_IDLE && sign == "-") {
         text.cat('-');
         scan_state = SCAN_MINUS;
         return PARSER_OK;
     }
-    if (ParserStatus status = Expression_Flush(); status != PARSER_OK)
+    if (const ParserStatus status = Expression_Flush(); status != PARSER_OK)
         return status;
 
     int flags = operand_seen ? 0 : OPERATOR_PREFIX;
@@ -98,11 +98,11 @@ ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Toke
     const _OperatorLookup* found = operator_lookup.Lookup(token, length);
     if (!found)
         return parser->Report<Message::Internal_Operator_Unidentified>(sign);
-    if (ParserStatus status = Hand_On(*found, flags); status != PARSER_OK)
+    if (const ParserStatus status = Hand_On(*found, flags); status != PARSER_OK)
         return status;
 
     if (scan_state == SCAN_CALL_BRACKET) {
-        ParserStatus status = Parse_Funcdo(tokenizer, 0, state);
+        const ParserStatus status = Parse_Funcdo(tokenizer, 0, state);
         scan_state = SCAN_IDLE;
         operand_seen = 1;
         return status;
@@ -191,7 +191,7 @@ ParserStatus ExpressionParser::Take_Space() {
     if (scan_state == SCAN_CALL_NAME)
         return PARSER_OK;
     if (scan_state == SCAN_MINUS) {
-        if (ParserStatus status = Hand_On(*minus_operator, 0); status != PARSER_OK)
+        if (const ParserStatus status = Hand_On(*minus_operator, 0); status != PARSER_OK)
             return status;
     }
     return Expression_Flush();
@@ -201,10 +201,10 @@ ParserStatus ExpressionParser::Take_Space() {
 // until the next expression ends.
 ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, Tokenizer* tokenizer,
                                                ParserState* state) {
-    std::string_view unexpected(token, static_cast<std::size_t>(length));
+    std::string_view const unexpected(token, static_cast<std::size_t>(length));
     parser->Reset_Expression();
     parser->Reset_Output();
-    ParserStatus status = parser->Report<Message::Unexpected_In_Expression>(unexpected);
+    const ParserStatus status = parser->Report<Message::Unexpected_In_Expression>(unexpected);
     if (!tokenizer)
         return status;
     Tokenizer_TokenType type;
@@ -246,7 +246,7 @@ ParserStatus ExpressionParser::Flush_Name() {
     const char* alias = nullptr;
     int name_length;
     int alias_length = 0;
-    Variable_Scope scope =
+    const Variable_Scope scope =
         VariableHash::Scope(text.text(), text.length(), &name, &name_length, &alias, &alias_length);
     ParserStatus status = parser->Expression_Variable(name, name_length, scope, alias, alias_length,
                                                       text.text(), text.length());
@@ -268,17 +268,17 @@ ParserStatus ExpressionParser::Check_Scope() {
 // A float that begins with its point gets a digit in front of it.
 ParserStatus ExpressionParser::Flush_Number() {
     operand_seen = 1;
-    std::string_view number = text.view();
+    std::string_view const number = text.view();
     auto dots = std::count(number.begin(), number.end(), '.');
     if (dots == 0)
         return parser->Expression_NumericLiteral(text.text(), text.length());
-    int sign_length = number.front() == '-';
+    const int sign_length = number.front() == '-';
     if (text.matches('.', sign_length)) {
         String whole = text.before(sign_length);
         whole.cat('0');
         whole.cat(text.text() + sign_length, text.length() - sign_length);
         text = whole;
     }
-    ParserStatus status = parser->Expression_FloatLiteral(text.text(), text.length());
+    const ParserStatus status = parser->Expression_FloatLiteral(text.text(), text.length());
     return dots < 2 ? status : parser->Report<Message::Float_Invalid>(text);
 }

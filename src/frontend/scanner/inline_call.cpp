@@ -95,7 +95,7 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Call(int depth) {
 
 // The end of the expression is left for the scanner to read.
 Tokenizer_TokenType ExpressionParser::Inline_Calls::Read_Token(const char** token, int& length) {
-    Tokenizer_TokenType type = tokenizer.Peek(token, length);
+    const Tokenizer_TokenType type = tokenizer.Peek(token, length);
     return type == TOKEN_RBRACE || type == TOKEN_EOF ? type : tokenizer.Get_Next_Token(token, length);
 }
 
@@ -130,11 +130,11 @@ void ExpressionParser::Inline_Calls::Add(const char* token, int length) {
 }
 
 ParserStatus ExpressionParser::Inline_Calls::Read_String(const char* quote, int length) {
-    int line = parser.Linenumber();
+    const int line = parser.Linenumber();
     Add(quote, length);
     const char* rest;
     int rest_length;
-    Tokenizer_TokenType end = tokenizer.Read_Until(&rest, rest_length, '\'', '\\');
+    const Tokenizer_TokenType end = tokenizer.Read_Until(&rest, rest_length, '\'', '\\');
     Add(rest, rest_length);
     if (end != TOKEN_EOF)
         return PARSER_OK;
@@ -147,8 +147,8 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Close_Parenthesis() {
     text.cat(')');
     if (--call.open_parentheses > 0)
         return PARSER_OK;
-    ParserStatus status = parser.Expression_StartFunctionCall(text.text() + call.text_start,
-                                                              text.length() - call.text_start, 1);
+    const ParserStatus status = parser.Expression_StartFunctionCall(text.text() + call.text_start,
+                                                                    text.length() - call.text_start, 1);
     Close_Call();
     return status;
 }
@@ -177,7 +177,7 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Close_Bracket(const char* sign
 // text.
 ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end) {
     if (bracket) {
-        if (ParserStatus status = Scan_File_Expression(bracket_end); status != PARSER_OK)
+        if (const ParserStatus status = Scan_File_Expression(bracket_end); status != PARSER_OK)
             return status;
     }
     if (!Has_Open_Bracket()) {
@@ -186,29 +186,29 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end
     }
     text.truncate(static_cast<unsigned>(open_brackets.back()));
     open_brackets.pop_back();
-    int depth = calls.back().depth++;
+    const int depth = calls.back().depth++;
     text += "l.";
     text += Scratch_Name(depth);
     return Open_Call(depth + 1);
 }
 
 ParserStatus ExpressionParser::Inline_Calls::Scan_File_Expression(const char* bracket_end) {
-    Scan_State outer_state = expression.scan_state;
+    const Scan_State outer_state = expression.scan_state;
     const char* start = bracket + 1;
     Tokenizer file_expression(start, static_cast<int>(bracket_end - start), 0);
     file_expression.End_Early(bracket_length - 1);
     const char* token;
     int length;
     for (;;) {
-        Tokenizer_TokenType type = file_expression.Get_Next_Token(&token, length);
+        const Tokenizer_TokenType type = file_expression.Get_Next_Token(&token, length);
         if (type == TOKEN_EOF)
             break;
-        ParserStatus status =
+        const ParserStatus status =
             expression.Process_Expression_Fragment(type, token, length, &file_expression, state);
         if (status != PARSER_OK)
             return status;
     }
-    ParserStatus status = expression.Expression_Flush();
+    const ParserStatus status = expression.Expression_Flush();
     expression.scan_state = outer_state;
     parser.Decrement_Stackcount();
     return status;
@@ -226,8 +226,8 @@ void ExpressionParser::Inline_Calls::Close_Call() {
 
 // Takes the result of a nested call from the stack into its scratch variable.
 void ExpressionParser::Inline_Calls::Store_Result() {
-    String name = Scratch_Name(calls.back().depth - 1);
-    int ident = parser.Find_Variable_Ident(name.text(), name.length(), SCOPE_LOCAL);
+    const String name = Scratch_Name(calls.back().depth - 1);
+    const int ident = parser.Find_Variable_Ident(name.text(), name.length(), SCOPE_LOCAL);
     parser.Opcode_Queue()->Queue_Variable_Instruction(1, ident, SCOPE_LOCAL, 0, 0);
     parser.Decrement_Stackcount();
 }

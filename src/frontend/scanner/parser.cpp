@@ -57,7 +57,7 @@ ParserStatus Parser::CompileError(ErrorCode code, const String& message, int lin
 
 void Parser::Print_Include_Chain() {
     for (const Tokenizer* suspended = tokenizer_stack.Top(); suspended; suspended = tokenizer_stack.Peek()) {
-        std::string line = std::to_string(suspended->line + 1);
+        std::string const line = std::to_string(suspended->line + 1);
         application->Error("In file included from " + suspended->filename + " at line " + line.c_str() +
                            "\n");
     }
@@ -129,7 +129,7 @@ void Parser::Step(Scan& scan) {
 
 // The end of a file that has any error is told as one.
 void Parser::End_Of_Text(Scan& scan) {
-    ParserStatus flushed = Flush_Unknown();
+    const ParserStatus flushed = Flush_Unknown();
     scan.status = End_Of_File(error_count ? PARSER_ERROR : flushed);
     if (tokenizer_stack.Top())
         Return_To_Including_File(scan);
@@ -179,7 +179,7 @@ void Parser::Start_Or_Accumulate(const char* text, int length) {
 // Hands the pending text on.
 ParserStatus Parser::Flush_Unknown() {
     const char* text = std::exchange(pending_text, nullptr);
-    int length = pending_length;
+    const int length = pending_length;
     if (!text || length < 1)
         return PARSER_OK;
     if (!(output_flags & (pending_is_html ? OUTPUT_HTML : OUTPUT_TEXT)))

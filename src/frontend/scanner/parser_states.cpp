@@ -9,7 +9,7 @@ namespace {
 // Whether an unknown tag looks like one that was meant to be known. The tags of another family share the
 // prefix.
 bool Looks_Misspelled(std::string_view name) {
-    bool prefixed = name.size() > 1 && (name[0] | 0x20) == 't' && (name[1] | 0x20) == 'n';
+    const bool prefixed = name.size() > 1 && (name[0] | 0x20) == 't' && (name[1] | 0x20) == 'n';
     return prefixed && name.substr(2, 2) != "t:";
 }
 
@@ -71,7 +71,7 @@ void Parser::State_Declaration(Scan& scan) {
     pending_is_html = 1;
     pending_length += scan.length + 1;
     state = STATE_TEXT;
-    int line = Linenumber();
+    const int line = Linenumber();
     scan.status = Flush_Unknown();
     if (scan.type != TOKEN_OPERATOR)
         Read_Declaration(scan, line, ">");
@@ -82,8 +82,8 @@ void Parser::State_Declaration(Scan& scan) {
 
 void Parser::Read_Declaration(Scan& scan, int line, std::string_view terminator) {
     pending_length = 0;
-    Tokenizer_TokenType type = tokenizer->Read_Until(&pending_text, pending_length, terminator.data(),
-                                                     static_cast<int>(terminator.size()));
+    const Tokenizer_TokenType type = tokenizer->Read_Until(&pending_text, pending_length, terminator.data(),
+                                                           static_cast<int>(terminator.size()));
     if (type == TOKEN_EOF) {
         Report_At<Message::Pattern_Unterminated>(line, nullptr, terminator);
         scan.status = PARSER_FATAL;
@@ -294,7 +294,7 @@ void Parser::End_Bare_Text(Scan& scan) {
 
 // Of a known tag: only numbers may go unquoted. The > ends the tag whatever came of its value.
 void Parser::End_Bare_Value(Scan& scan) {
-    std::string_view value(value_text, static_cast<std::size_t>(value_length));
+    std::string_view const value(value_text, static_cast<std::size_t>(value_length));
     scan.status = Verify_Numeric(value_text, value_length)
                       ? Attribute_Value(value_text, value_length)
                       : Report<Message::Unquoted_Value_Not_Numeric>(value);

@@ -19,7 +19,7 @@ constexpr int Length(std::string_view text) {
 // What stands between a tag's name and its closing tag, less the byte behind the name, which as a rule is the
 // >.
 std::string_view Body(const char* text, int length, std::string_view close) {
-    int body_length = length - 1 - Length(close);
+    const int body_length = length - 1 - Length(close);
     return body_length > 0 ? std::string_view(text + 1, static_cast<std::size_t>(body_length))
                            : std::string_view("");
 }
@@ -27,11 +27,11 @@ std::string_view Body(const char* text, int length, std::string_view close) {
 } // namespace
 
 ParserStatus Parser::Eat_TnCOMMENT() {
-    int line = Linenumber();
+    const int line = Linenumber();
     const char* text;
     int length = 0;
     state = STATE_TEXT;
-    Tokenizer_TokenType type =
+    const Tokenizer_TokenType type =
         tokenizer->Read_Until(&text, length, comment_close.data(), Length(comment_close));
     if (type == TOKEN_EOF)
         return PARSER_OK;
@@ -39,7 +39,7 @@ ParserStatus Parser::Eat_TnCOMMENT() {
         Report_At<Message::Comment_Unterminated>(line, nullptr);
         return PARSER_FATAL;
     }
-    std::string_view body = Body(text, length, comment_close);
+    std::string_view const body = Body(text, length, comment_close);
     auto search = length < 301 ? bf_searchi : bm_searchi;
     if (search(comment_open.data(), Length(comment_open), body.data(), Length(body)) >= 0)
         Report_At<Message::Comment_Nested>(line, nullptr);
@@ -50,7 +50,7 @@ ParserStatus Parser::Eat_TnCOMMENT() {
 // Unlike a comment, a passage that is not closed is taken as if the text ended with its closing tag: sources
 // rely on neither being reported, nor on the bytes that this costs.
 ParserStatus Parser::Eat_TnASSEMBLY() {
-    int line = Linenumber();
+    const int line = Linenumber();
     const char* text;
     int length = 0;
     state = STATE_TEXT;
@@ -58,7 +58,7 @@ ParserStatus Parser::Eat_TnASSEMBLY() {
         Report_At<Message::Assembly_Unterminated>(line, nullptr);
         return PARSER_FATAL;
     }
-    std::string_view body = Body(text, length, assembly_close);
+    std::string_view const body = Body(text, length, assembly_close);
     Output_Assembly(body.data(), Length(body));
     return PARSER_OK;
 }
@@ -73,7 +73,7 @@ ParserStatus Parser::Process_Quoted_String(char quote, const char* text, int len
         value_text = text;
         value_length = length;
     }
-    int line = Linenumber();
+    const int line = Linenumber();
     const char* rest;
     int rest_length;
     state = STATE_ATTRIBUTE;

@@ -29,11 +29,11 @@ using Byte_Table = std::array<unsigned char, 256>;
 constexpr Byte_Table first_bytes = [] {
     Byte_Table table{};
     table.fill(TOKEN_OTHER);
-    for (unsigned char byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+    for (unsigned char const byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
         table[byte] = TOKEN_SPACE | VARYING_LENGTH;
-    for (unsigned char byte : {'$', '*', ',', '/', ':', '[', ']'})
+    for (unsigned char const byte : {'$', '*', ',', '/', ':', '[', ']'})
         table[byte] = TOKEN_OPERATOR;
-    for (unsigned char byte : {'+', '-'})
+    for (unsigned char const byte : {'+', '-'})
         table[byte] = TOKEN_OPERATOR | VARYING_LENGTH;
     for (unsigned char byte = '0'; byte <= '9'; ++byte)
         table[byte] = TOKEN_NUMBER | VARYING_LENGTH;
@@ -58,16 +58,16 @@ constexpr Byte_Table first_bytes = [] {
 
 constexpr Byte_Table byte_traits = [] {
     Byte_Table table{};
-    for (unsigned char byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+    for (unsigned char const byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
         table[byte] = WHITE_SPACE;
     for (unsigned char byte = '0'; byte <= '9'; ++byte)
         table[byte] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | DIGIT | HEX_DIGIT;
     for (unsigned char byte = 'a'; byte <= 'z'; ++byte) {
-        unsigned char traits = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | (byte <= 'f' ? HEX_DIGIT : 0);
+        unsigned char const traits = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | (byte <= 'f' ? HEX_DIGIT : 0);
         table[byte] = table[byte - 'a' + 'A'] = traits;
     }
     table['_'] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE;
-    for (unsigned char byte : {'-', ':', '\\'})
+    for (unsigned char const byte : {'-', ':', '\\'})
         table[byte] = TAG_NAME_BYTE;
     return table;
 }();
@@ -97,11 +97,12 @@ Text_Run Find_End_Of_Text(const char* at, const char* end) {
                _mm_cvtsi128_si32(_mm_srli_si128(feed_counts, 8));
     };
     for (; end - at >= 16; at += 16) {
-        __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
-        __m128i stops = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')), _mm_cmpeq_epi8(bytes, zero));
-        __m128i feeds = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n'));
-        if (unsigned stop_bits = static_cast<unsigned>(_mm_movemask_epi8(stops))) {
-            int length = __builtin_ctz(stop_bits);
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(at));
+        const __m128i stops =
+            _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('<')), _mm_cmpeq_epi8(bytes, zero));
+        const __m128i feeds = _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n'));
+        if (const unsigned stop_bits = static_cast<unsigned>(_mm_movemask_epi8(stops))) {
+            const int length = __builtin_ctz(stop_bits);
             unsigned feed_bits = static_cast<unsigned>(_mm_movemask_epi8(feeds)) & ((1U << length) - 1);
             for (; feed_bits; feed_bits &= feed_bits - 1)
                 ++line_feeds;
@@ -187,7 +188,7 @@ void Tokenizer::File_Deactivate() {
 
 // Positions are ints, so a text of 2 GiB is refused.
 bool Tokenizer::Map_File() {
-    long size = file->Length();
+    const long size = file->Length();
     if (size > INT_MAX)
         lasterror = std::strerror(EFBIG);
     else if (size == 0)
@@ -248,7 +249,7 @@ Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_lengt
     if (in_expression || bare_expression || peek_text || position >= length || buffer[position] == '<')
         return Get_Next_Token(text, token_length);
     const char* start = buffer + position;
-    Text_Run run = Find_End_Of_Text(start, buffer + length);
+    const Text_Run run = Find_End_Of_Text(start, buffer + length);
     if (run.end == start)
         return Scan_Token(text, token_length);
     if (run.line_feeds) {
@@ -264,14 +265,14 @@ Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_lengt
 void Tokenizer::Read_Dotted_Name(int& token_length) {
     while (!peek_text && length - position > 1 && buffer[position] == '.' &&
            First_Token(buffer[position + 1]) == (TOKEN_IDENT | VARYING_LENGTH)) {
-        int end = static_cast<int>(End_Of_Identifier(buffer + position + 2) - buffer);
+        const int end = static_cast<int>(End_Of_Identifier(buffer + position + 2) - buffer);
         token_length += end - position;
         position = end;
     }
 }
 
 Tokenizer_TokenType Tokenizer::Peek(const char** text, int& token_length) {
-    Tokenizer_TokenType type = Get_Next_Token(text, token_length);
+    const Tokenizer_TokenType type = Get_Next_Token(text, token_length);
     peek_text = *text;
     peek_length = token_length;
     return peek_type = type;
@@ -292,7 +293,7 @@ Tokenizer_TokenType Tokenizer::Read_Until(const char** text, int& token_length, 
             at += std::min<long>(2, end - at);
         if (at == end)
             break;
-        char byte = *at++;
+        const char byte = *at++;
         if (byte == '\n')
             Note_Line_Feed(at);
         if (byte == terminator)
@@ -310,9 +311,9 @@ Tokenizer_TokenType Tokenizer::Read_Until(const char** text, int& token_length, 
     Tokenizer_TokenType type;
     if (Check_Buffer_Fullness(type))
         return type;
-    int rest = length - position;
-    int found = rest > 300 ? bm_searchi(pattern, pattern_length, start, rest)
-                           : bf_searchi(pattern, pattern_length, start, rest);
+    const int rest = length - position;
+    const int found = rest > 300 ? bm_searchi(pattern, pattern_length, start, rest)
+                                 : bf_searchi(pattern, pattern_length, start, rest);
     if (found < 0 && bare_expression) {
         bare_expression = 0;
         return TOKEN_RBRACE;
@@ -355,7 +356,7 @@ const char* Tokenizer::End_Of_Number(const char* at) const {
 // In an expression a backslash takes the byte behind it, whatever that is.
 inline const char* Tokenizer::End_Of_Identifier(const char* at) const {
     const char* end = buffer + identifier_limit;
-    Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
+    const Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
     for (;;) {
         while (at < end && Has_Trait(*at, name_byte))
             ++at;

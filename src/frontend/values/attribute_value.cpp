@@ -141,7 +141,7 @@ int AttributeValue::Length_Of_Unqualified_Variable_Name(const char* text, int le
 
 int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text, int length) {
     length = Text_Length(text, length);
-    int bare_length = Length_Of_Unqualified_Variable_Name(text, length);
+    const int bare_length = Length_Of_Unqualified_Variable_Name(text, length);
     if (bare_length < length) {
         delete qualifiers;
         qualifiers = new String(text + bare_length, length - bare_length);
@@ -157,7 +157,7 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
     scope = type == ATTREXPR_WHOLE_NAME
                 ? SCOPE_LOCAL_BY_NAME
                 : VariableHash::Scope(text, bare_length, &name, &name_length, &alias, &alias_length);
-    int status = Check_Scope(parser, std::string_view(text, static_cast<std::size_t>(length)));
+    const int status = Check_Scope(parser, std::string_view(text, static_cast<std::size_t>(length)));
     ident = parser->Find_Variable_Ident(name, name_length, scope);
     if (scope == SCOPE_DATABASE)
         member_ident = parser->Generate_String_Directive(alias, alias_length, EXPRESSION_STATE_ESCAPED);
@@ -186,7 +186,7 @@ int AttributeValue::Parse_Aggregate_Qualifier_Code(CompilerParser* parser, const
     for (const char* piece = text; piece < end && status == 0;) {
         const char* piece_end = std::find_if(piece, end, Is_Separator);
         if (piece_end > piece) {
-            std::string_view content(piece, static_cast<std::size_t>(piece_end - piece));
+            std::string_view const content(piece, static_cast<std::size_t>(piece_end - piece));
             status = separator == '[' ? Output_Index(parser, content, read_only)
                                       : Output_Member(parser, content, read_only);
             written += status == 0;
@@ -213,8 +213,8 @@ int AttributeValue::Output_Index(CompilerParser* parser, std::string_view index,
 }
 
 int AttributeValue::Output_Member(CompilerParser* parser, std::string_view name, int read_only) {
-    int name_ident = parser->Generate_String_Directive(name.data(), static_cast<int>(name.size()),
-                                                       EXPRESSION_STATE_ESCAPED);
+    const int name_ident = parser->Generate_String_Directive(name.data(), static_cast<int>(name.size()),
+                                                             EXPRESSION_STATE_ESCAPED);
     OpcodeQueue* queue = parser->Opcode_Queue();
     queue->Queue_Opcode(OPCODE_PUSHC, name_ident, 0);
     queue->Queue_Opcode(read_only ? OPCODE_MEMB_RO : OPCODE_MEMB, 0, 0);
@@ -281,6 +281,6 @@ void AttributeValue::Output_Literal(CompilerParser* parser, int store, int read_
 }
 
 void AttributeValue::Push_Constant(CompilerParser* parser, const char* text, int length) {
-    int constant = parser->Generate_String_Directive(text, length, EXPRESSION_STATE_ESCAPED);
+    const int constant = parser->Generate_String_Directive(text, length, EXPRESSION_STATE_ESCAPED);
     parser->Opcode_Queue()->Queue_Opcode(OPCODE_PUSHC, constant, 0);
 }

@@ -21,7 +21,7 @@ void AttributeValueArray::Reset(int count) {
 
 // A long row grows by half its size, so that blocks of any number of dimensions are read in linear time.
 void AttributeValueArray::Extend_Array(int index) {
-    int extended = index + std::max(grow_by, capacity / 2);
+    const int extended = index + std::max(grow_by, capacity / 2);
     AttributeValue* moved = new AttributeValue[static_cast<std::size_t>(extended)];
     for (int i = 0; i < capacity; ++i)
         moved[i].Replace(values[i]);

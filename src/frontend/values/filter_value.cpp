@@ -66,7 +66,7 @@ int AttributeValue::Compile_Filter(CompilerParser* parser, int text_has_braces) 
                               parser->local_variables, parser->global_variables, parser->system_variables);
     if (!parser->Generating())
         filter.Suspend_Generation();
-    int failed = filter.Start();
+    const int failed = filter.Start();
     parser->error_count += failed;
     return failed;
 }
