@@ -127,7 +127,7 @@ char* TarnApplication::EncodeEntities(const char* text, int length, int* result_
         [](unsigned char byte) { return is_plain_beside_entities[byte]; },
         [](LinkBuffer& result, const char* at, const char*) {
             const auto* entity = std::find_if(std::begin(entities), std::end(entities),
-                                                    [at](const Entity& row) { return row.character == *at; });
+                                              [at](const Entity& row) { return row.character == *at; });
             result.cat("&", 1);
             result.cat(entity->name.data(), Length_Of(entity->name));
             result.cat(";", 1);

@@ -120,7 +120,7 @@ void AggregateElementTree::Dump() {
 namespace {
 
 void Shift(AggregateElement* element, int delta) {
-    std::int64_t const number = static_cast<std::int64_t>(element->index().Number()) + delta;
+    const std::int64_t number = static_cast<std::int64_t>(element->index().Number()) + delta;
     element->index().Renumber(static_cast<int>(std::clamp<std::int64_t>(number, 0, INT_MAX)));
 }
 

@@ -48,7 +48,7 @@ Split_Name Split_One_Letter(std::string_view text) {
 Split_Name Split(std::string_view text) {
     if (text.size() >= 2 && text[1] == '.')
         return Split_One_Letter(text);
-    std::size_t const dot = text.find('.');
+    const std::size_t dot = text.find('.');
     if (dot == std::string_view::npos)
         return {SCOPE_UNSCOPED};
     if (dot == 5 && Word_And_Dot(text, 0, "local"))
@@ -71,7 +71,7 @@ Split_Name Split(std::string_view text) {
 
 Variable_Scope VariableHash::Scope(const char* text, int length, const char** name, int* name_length,
                                    const char** alias, int* alias_length) {
-    std::string_view const whole(text, length < 0 ? strlen(text) : static_cast<std::size_t>(length));
+    const std::string_view whole(text, length < 0 ? strlen(text) : static_cast<std::size_t>(length));
     const Split_Name split = Split(whole);
     *name = text + split.name;
     *name_length = static_cast<int>(whole.size() - split.name);

@@ -48,7 +48,7 @@ constexpr Pedantic_Keyword pedantic_keywords[] = {
 template <typename Function>
 bool For_Each_Piece(const char* list, Function function) {
     for (;;) {
-        std::size_t const length = strcspn(list, ",");
+        const std::size_t length = strcspn(list, ",");
         if (!function(std::string_view(list, length)))
             return false;
         if (!list[length])
@@ -106,7 +106,7 @@ const CompilerApplication::Option CompilerApplication::options[] = {
      }},
     {'C', nullptr, "<version>", "Generate code compatible with <version>",
      [](CompilerApplication& application, const char* value) {
-         double const version = strtod(value, nullptr);
+         const double version = strtod(value, nullptr);
          if (version < oldest_engine_version || version > application.max_engine_version)
              return application.ArgumentError(String("Invalid engine version number ") + version);
          application.engine_version = version;
@@ -137,7 +137,7 @@ const CompilerApplication::Option CompilerApplication::options[] = {
      }},
     {'O', nullptr, "<bytes>", "Obfuscate constants by splitting them into <bytes> bytes",
      [](CompilerApplication& application, const char* value) {
-         long const bytes = strtol(value, nullptr, 10);
+         const long bytes = strtol(value, nullptr, 10);
          if (bytes <= 0)
              return application.ArgumentError("Invalid value for obfuscation bytes");
          application.obfuscate_bytes = bytes < INT_MAX ? static_cast<int>(bytes) : INT_MAX;
@@ -224,7 +224,7 @@ bool CompilerApplication::CommandLine_Warning_Flags(const char* list, char mask,
         return true;
     }
     const bool is_good = For_Each_Piece(list, [&](std::string_view piece) {
-        int const number = stoi(piece.data(), static_cast<int>(piece.size()), nullptr);
+        const int number = stoi(piece.data(), static_cast<int>(piece.size()), nullptr);
         if (number < 1 || number > LAST_WARNING)
             return false;
         apply(number);

@@ -12,12 +12,12 @@ ConsoleOutput::~ConsoleOutput() {
 }
 
 void ConsoleOutput::Write_Error(const char* text, int length) {
-    std::size_t const size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
+    const std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
     fwrite(text, 1, size, stderr);
 }
 
 int ConsoleOutput::Write(const char* text, int length) {
-    std::size_t const size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
+    const std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
     const int written = BufferedOutput::Write(text, static_cast<int>(size));
     if (fill > 0 && (memchr(text, '\n', size) || memchr(text, '\r', size)))
         Flush();

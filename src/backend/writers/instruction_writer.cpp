@@ -64,7 +64,7 @@ void FileCompilerParser::Output_Opcode(int opcode, double value) {
     if (opcode == OPCODE_PUSHF)
         Assembly_Item(output).Head(Opcode_Row(opcode));
     else
-        (void)Report<Message::Internal_Opcode_Double>(); // the number is written all the same
+        Note<Message::Internal_Opcode_Double>(); // the number is written all the same
     int length;
     const std::unique_ptr<char[]> number(TarnApplication::dtos(value, &length, nullptr));
     output->Write(number.get(), length);
@@ -116,7 +116,7 @@ void FileCompilerParser::Output_Read_Only_Access(int opcode) {
 }
 
 void FileCompilerParser::Output_Unknown_Opcode(int opcode, int first) {
-    (void)Report<Message::Internal_Opcode>(); // an instruction has no status to answer
+    Note<Message::Internal_Opcode>(); // an instruction has no status to answer
     if (First_Operand(opcode) != Operand_Kind::NONE)
         Assembly_Item(output).Number(first);
 }

@@ -51,7 +51,7 @@ ParserStatus CompilerParser::Check_State_Empty(Stack<Resolution_Info>* stack, co
                                                ParserStatus status) {
     while (stack->Top()) {
         const std::unique_ptr<Resolution_Info> block(stack->Pop());
-        (void)Report_At<Message::Block_Unclosed>(block->line, &block->file, tag_word, tag_word);
+        Note_At<Message::Block_Unclosed>(block->line, &block->file, tag_word, tag_word);
         status = PARSER_ERROR;
     }
     return status;
@@ -61,7 +61,7 @@ ParserStatus CompilerParser::Check_State_Empty(Stack<Ifdef_Resolution_Info>* sta
     while (stack->Top()) {
         const std::unique_ptr<Ifdef_Resolution_Info> block(stack->Pop());
         const char* tag_word = Tag_Word(block->negated ? Tag::Ifndef : Tag::Ifdef);
-        (void)Report_At<Message::Block_Unclosed>(block->line, &block->file, tag_word, tag_word);
+        Note_At<Message::Block_Unclosed>(block->line, &block->file, tag_word, tag_word);
         status = PARSER_ERROR;
     }
     return status;

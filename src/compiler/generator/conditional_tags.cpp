@@ -38,13 +38,13 @@ ParserStatus CompilerParser::Process_End_IFDEF(int tag) {
     const bool negated = tag == Tag::Ifndef;
     const char* closing = Tag_Word(tag);
     if (!ifdef_stack.Top()) {
-        (void)Report<Message::Conditional_Unopened>(closing, closing);
+        Note<Message::Conditional_Unopened>(closing, closing);
         return PARSER_ERROR;
     }
     std::unique_ptr<Ifdef_Resolution_Info> block(ifdef_stack.Pop());
     if (static_cast<bool>(block->negated) != negated) {
         // The words name the two tags the other way round.
-        (void)Report<Message::Conditional_Mismatched>(Tag_Word(negated ? Tag::Ifdef : Tag::Ifndef), closing);
+        Note<Message::Conditional_Mismatched>(Tag_Word(negated ? Tag::Ifdef : Tag::Ifndef), closing);
         return PARSER_ERROR;
     }
     if (!block->generating && !Inside_False_Block())
@@ -62,7 +62,7 @@ void CompilerParser::Suspend_Generation() {
 
 void CompilerParser::Resume_Generation() {
     if (Debugging())
-        (void)Report<Message::Generation_Restarting>(); // told for information
+        Note<Message::Generation_Restarting>(); // told for information
     if (suspended_output) {
         (void)Set_Output(suspended_output); // what it answers is null_output
         suspended_output = nullptr;

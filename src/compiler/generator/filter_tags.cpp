@@ -17,9 +17,9 @@ ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, i
         return PARSER_OK;
     const String& reason = filter_parser->Get_Last_Error();
     if (const int line = filter_parser->Linenumber(); line != 1)
-        (void)Report<Message::Dynamic_Expression_Error_At>(what, line, reason);
+        Note<Message::Dynamic_Expression_Error_At>(what, line, reason);
     else
-        (void)Report<Message::Dynamic_Expression_Error>(what, reason);
+        Note<Message::Dynamic_Expression_Error>(what, reason);
     return status;
 }
 

@@ -43,7 +43,7 @@ ParserStatus CompilerParser::Close_Function(int) {
 ParserStatus CompilerParser::Generate_Function(int) {
     if (!Is_Given<Tag::Function, Attribute::Name>())
         return Report<Message::Function_Requires_Name>();
-    std::string_view const name = Text_Of(*Value<Tag::Function, Attribute::Name>());
+    const std::string_view name = Text_Of(*Value<Tag::Function, Attribute::Name>());
     if (const ParserStatus status = Check_Function_Name(name))
         return status;
     if (!Generating())
@@ -80,7 +80,7 @@ ParserStatus CompilerParser::Discard_Function(std::string_view name) {
 ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_level) {
     AttributeValue* stdout_value = Value<Tag::Function, Attribute::Standardoutputlevel>();
     if (stdout_value->Is_Set()) {
-        std::string_view const words = Text_Of(*stdout_value);
+        const std::string_view words = Text_Of(*stdout_value);
         if (const ParserStatus status =
                 Set_StandardOutputLevel(stdout_level, words.data(), static_cast<int>(words.size())))
             return status;
@@ -89,7 +89,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
     }
     AttributeValue* error_value = Value<Tag::Function, Attribute::Erroroutputlevel>();
     if (error_value->Is_Set()) {
-        std::string_view const words = Text_Of(*error_value);
+        const std::string_view words = Text_Of(*error_value);
         return Parse_ErrorOutputLevel(error_level, words.data(), static_cast<int>(words.size()));
     }
     return PARSER_OK;
@@ -101,12 +101,12 @@ ParserStatus CompilerParser::Read_Function_Access(int* access) {
         return PARSER_OK;
     if (Engine_Version() < file_version_engines[FILE_VERSION_PRIVATE_FUNCTIONS])
         return Report<Message::Access_Version>(Engine_Version_Text());
-    std::string_view const word = Text_Of(*value);
+    const std::string_view word = Text_Of(*value);
     return Parse_Access(access, word.data(), static_cast<int>(word.size()));
 }
 
 ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int length) {
-    std::string_view const word = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view word = Trimmed({text, static_cast<std::size_t>(length)});
     if (word.empty())
         *result = function_access_default;
     else if (Same_Word(word, "public"))
@@ -133,14 +133,14 @@ ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* defini
 }
 
 ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
-    std::string_view const parameter = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view parameter = Trimmed({text, static_cast<std::size_t>(length)});
     if (parameter.empty())
         return Report<Message::Parameter_Blank>();
     auto name_end = std::find_if(parameter.begin(), parameter.end(), Is_Space);
-    std::string_view const name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
+    const std::string_view name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
     if (!std::all_of(name.begin(), name.end(), Is_Name_Character))
         return Report<Message::Parameter_Characters>(name);
-    std::string_view const mode = Trimmed(parameter.substr(name.size()));
+    const std::string_view mode = Trimmed(parameter.substr(name.size()));
     if (!mode.empty() && !Same_Word(mode, "var"))
         return Report<Message::Parameter_Spaces>(parameter);
     const int name_length = static_cast<int>(name.size());
@@ -216,7 +216,7 @@ ParserStatus CompilerParser::Generate_Do(int) {
 }
 
 ParserStatus CompilerParser::Output_Do_Call(AttributeValue* value, AttributeValue* name) {
-    std::string_view const call = Text_Of(*value);
+    const std::string_view call = Text_Of(*value);
     if (const ParserStatus status =
             Check_Dynamic_Expression_String(call.data(), static_cast<int>(call.size()), "TnDO value"))
         return status;

@@ -27,10 +27,8 @@ ParserStatus CompilerParser::Generate_Include(int) {
     const char* text = Value<Tag::Include, Attribute::File>()->Get_Simple_Text(&length);
     const String name(text, length);
     // The current file is not among them: one that includes itself is met at the second nesting.
-    if (Is_Suspended(name)) {
-        (void)Report<Message::Include_Recursive>();
-        return PARSER_FATAL;
-    }
+    if (Is_Suspended(name))
+        return Fatal<Message::Include_Recursive>();
     if (application->Is_Output(name.text()))
         return Report<Message::Include_Not_Opened>(name, "it is the output");
     return include_interpret ? Include_Source(name) : Include_Text(name);

@@ -21,7 +21,7 @@ ParserStatus CompilerParser::Open_Localized(int) {
 // looked up again.
 ParserStatus CompilerParser::Check_Localized_ID(int) {
     AttributeValue* value = Value<Tag::Localized, Attribute::Id>();
-    std::string_view const given = Text_Of(*value);
+    const std::string_view given = Text_Of(*value);
     const int given_length = static_cast<int>(given.size());
     if (!value->Is_Set())
         Make_Localized_ID(value, *Current_File());

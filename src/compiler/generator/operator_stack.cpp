@@ -61,8 +61,7 @@ ParserStatus CompilerParser::Expression_Operator(int id, int priority, int opera
 ParserStatus CompilerParser::Separate_Argument(int priority) {
     if (const SubexpressionStatistic* statistic = subexpressions.Top();
         statistic && statistic->kind != SUBEXPRESSION_CALL) {
-        (void)Report<Message::Comma_Outside_Call>();
-        return PARSER_FATAL;
+        return Fatal<Message::Comma_Outside_Call>();
     }
     ParserStatus status = Flush_Operator_Queue(priority);
     int values = 0;
@@ -125,7 +124,7 @@ ParserStatus CompilerParser::Output_Operator(Operator* op) {
     }
     if (op->id < 0 || op->id >= static_cast<int>(std::size(operator_opcodes)) ||
         operator_opcodes[op->id] == OPCODE_NONE) {
-        (void)Report<Message::Internal_Operator_Number>(op->id);
+        Note<Message::Internal_Operator_Number>(op->id);
         return PARSER_ERROR;
     }
     Queue(operator_opcodes[op->id]);

@@ -86,7 +86,7 @@ ParserStatus CompilerParser::Close_Asynchronous(int) {
         async_block = nullptr;
         status = PARSER_OK;
     } else if (async_depth == 0) {
-        (void)Report<Message::Asynchronous_Unopened>();
+        Note<Message::Asynchronous_Unopened>();
     }
     if (async_depth > 0)
         --async_depth;

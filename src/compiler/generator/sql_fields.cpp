@@ -5,12 +5,12 @@
 #include "frontend/values/text_pieces.h"
 
 void CompilerParser::Validate_SQL_Fields(const AttributeValue& fields) {
-    std::string_view const text = Text_Of(fields); // empty when the fields are an expression
+    const std::string_view text = Text_Of(fields); // empty when the fields are an expression
     Validate_SQL_Fields(text.data(), static_cast<int>(text.size()));
 }
 
 void CompilerParser::Validate_SQL_Fields(const char* text, int length) {
-    std::string_view const fields = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view fields = Trimmed({text, static_cast<std::size_t>(length)});
     if (fields.empty())
         return;
     For_Each_Comma_Piece(fields, [this](std::string_view field) {
@@ -20,18 +20,18 @@ void CompilerParser::Validate_SQL_Fields(const char* text, int length) {
 
 // Two characters are taken for a scope without a name, whatever they are.
 void CompilerParser::Validate_SQL_Field(const char* text, int length) {
-    std::string_view const field = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view field = Trimmed({text, static_cast<std::size_t>(length)});
     if (field.empty()) {
-        (void)Report<Message::Field_Empty>();
+        Note<Message::Field_Empty>();
         return;
     }
     if (field.size() == 2) {
-        (void)Report<Message::Field_Empty_Name>(field);
+        Note<Message::Field_Empty_Name>(field);
         return;
     }
     constexpr std::string_view scopes = "lgsdLGSD";
     const bool scoped =
         field.size() > 2 && field[1] == '.' && scopes.find(field[0]) != std::string_view::npos;
     if (!scoped && field.find(".d.") == std::string_view::npos)
-        (void)Report<Message::Field_Unscoped>(field);
+        Note<Message::Field_Unscoped>(field);
 }

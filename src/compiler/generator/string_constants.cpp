@@ -17,6 +17,6 @@ int CompilerParser::Generate_String_Directive(const char* text, int length, Expr
 int CompilerParser::Generate_Integral_String_Directive(const char* text, int length, ExpressionState state) {
     int error = 0;
     if (TarnApplication::stoi(text, length, &error) < 1)
-        (void)Report<Message::Literal_Index_Not_Positive>(); // the constant is made all the same
+        Note<Message::Literal_Index_Not_Positive>(); // the constant is made all the same
     return Generate_String_Directive(text, length, state);
 }

@@ -73,13 +73,12 @@ ParserStatus ExpressionParser::Take_String(Tokenizer* tokenizer) {
     const ParserStatus status = parser->Expression_StringLiteral(literal, std::max(length - 1, 0));
     if (end != TOKEN_EOF)
         return status;
-    parser->Report_At<Message::String_Literal_Unterminated>(line, nullptr);
-    return PARSER_FATAL;
+    return parser->Fatal_At<Message::String_Literal_Unterminated>(line, nullptr);
 }
 
 ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Tokenizer* tokenizer,
                                              ParserState* state) {
-    std::string_view const sign(token, static_cast<std::size_t>(length));
+    const std::string_view sign(token, static_cast<std::size_t>(length));
     if (!operand_seen && scan_state == SCAN_IDLE && sign == "-") {
         text.cat('-');
         scan_state = SCAN_MINUS;
@@ -201,7 +200,7 @@ ParserStatus ExpressionParser::Take_Space() {
 // until the next expression ends.
 ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, Tokenizer* tokenizer,
                                                ParserState* state) {
-    std::string_view const unexpected(token, static_cast<std::size_t>(length));
+    const std::string_view unexpected(token, static_cast<std::size_t>(length));
     parser->Reset_Expression();
     parser->Reset_Output();
     const ParserStatus status = parser->Report<Message::Unexpected_In_Expression>(unexpected);
@@ -214,7 +213,7 @@ ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, To
         type = tokenizer->Get_Next_Token(&skipped, skipped_length);
     while (type != TOKEN_RBRACE && type != TOKEN_EOF);
     if (tokenizer->Get_Next_Token(&skipped, skipped_length) != TOKEN_DQUOTE)
-        parser->Report<Message::Unexpected_At_Expression_End>(unexpected);
+        parser->Note<Message::Unexpected_At_Expression_End>(unexpected);
     *state = STATE_ATTRIBUTE;
     return PARSER_OK;
 }
@@ -268,7 +267,7 @@ ParserStatus ExpressionParser::Check_Scope() {
 // A float that begins with its point gets a digit in front of it.
 ParserStatus ExpressionParser::Flush_Number() {
     operand_seen = 1;
-    std::string_view const number = text.view();
+    const std::string_view number = text.view();
     auto dots = std::count(number.begin(), number.end(), '.');
     if (dots == 0)
         return parser->Expression_NumericLiteral(text.text(), text.length());

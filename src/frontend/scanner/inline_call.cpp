@@ -138,8 +138,7 @@ ParserStatus ExpressionParser::Inline_Calls::Read_String(const char* quote, int 
     Add(rest, rest_length);
     if (end != TOKEN_EOF)
         return PARSER_OK;
-    parser.Report_At<Message::String_Literal_Unterminated>(line, nullptr);
-    return PARSER_FATAL;
+    return parser.Fatal_At<Message::String_Literal_Unterminated>(line, nullptr);
 }
 
 ParserStatus ExpressionParser::Inline_Calls::Read_Close_Parenthesis() {
@@ -180,10 +179,8 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end
         if (const ParserStatus status = Scan_File_Expression(bracket_end); status != PARSER_OK)
             return status;
     }
-    if (!Has_Open_Bracket()) {
-        parser.Report<Message::Inline_Call_Bracket_Unopened>();
-        return PARSER_FATAL;
-    }
+    if (!Has_Open_Bracket())
+        return parser.Fatal<Message::Inline_Call_Bracket_Unopened>();
     text.truncate(static_cast<unsigned>(open_brackets.back()));
     open_brackets.pop_back();
     const int depth = calls.back().depth++;

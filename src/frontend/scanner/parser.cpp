@@ -57,7 +57,7 @@ ParserStatus Parser::CompileError(ErrorCode code, const String& message, int lin
 
 void Parser::Print_Include_Chain() {
     for (const Tokenizer* suspended = tokenizer_stack.Top(); suspended; suspended = tokenizer_stack.Peek()) {
-        std::string const line = std::to_string(suspended->line + 1);
+        const std::string line = std::to_string(suspended->line + 1);
         application->Error("In file included from " + suspended->filename + " at line " + line.c_str() +
                            "\n");
     }

@@ -103,16 +103,37 @@ class Parser {
     // error, else 0.
     int Start();
 
-    // Reports a message at the current line of the current file.
+    // Reports a message: at the current line of the current file, or at a line of a file in the terms of
+    // CompileError. The status has to be handed up.
     template <Message message, typename... Arguments>
-    ParserStatus Report(const Arguments&... arguments) {
-        return CompileError(message_code(message), message_text<message>(arguments...), -1, nullptr);
+    [[nodiscard]] ParserStatus Report(const Arguments&... arguments) {
+        return Report_At<message>(-1, nullptr, arguments...);
+    }
+    template <Message message, typename... Arguments>
+    [[nodiscard]] ParserStatus Report_At(int line, const String* filename, const Arguments&... arguments) {
+        return CompileError(message_code(message), message_text<message>(arguments...), line, filename);
     }
 
-    // Reports a message at a line of a file, each in the terms of CompileError.
+    // Reports a message and goes on, whatever the status: something behind it answers for the fault, or
+    // nothing does.
     template <Message message, typename... Arguments>
-    ParserStatus Report_At(int line, const String* filename, const Arguments&... arguments) {
-        return CompileError(message_code(message), message_text<message>(arguments...), line, filename);
+    void Note(const Arguments&... arguments) {
+        (void)Report<message>(arguments...);
+    }
+    template <Message message, typename... Arguments>
+    void Note_At(int line, const String* filename, const Arguments&... arguments) {
+        (void)Report_At<message>(line, filename, arguments...);
+    }
+
+    // Reports a message and ends the scan.
+    template <Message message, typename... Arguments>
+    [[nodiscard]] ParserStatus Fatal(const Arguments&... arguments) {
+        return Fatal_At<message>(-1, nullptr, arguments...);
+    }
+    template <Message message, typename... Arguments>
+    [[nodiscard]] ParserStatus Fatal_At(int line, const String* filename, const Arguments&... arguments) {
+        Note_At<message>(line, filename, arguments...);
+        return PARSER_FATAL;
     }
 
   private:

@@ -85,8 +85,7 @@ void Parser::Read_Declaration(Scan& scan, int line, std::string_view terminator)
     const Tokenizer_TokenType type = tokenizer->Read_Until(&pending_text, pending_length, terminator.data(),
                                                            static_cast<int>(terminator.size()));
     if (type == TOKEN_EOF) {
-        Report_At<Message::Pattern_Unterminated>(line, nullptr, terminator);
-        scan.status = PARSER_FATAL;
+        scan.status = Fatal_At<Message::Pattern_Unterminated>(line, nullptr, terminator);
     } else
         scan.status = Flush_Unknown();
     pending_is_html = 0;
@@ -216,8 +215,7 @@ void Parser::State_Expression(Scan& scan) {
         if (start_state != START_FILE)
             Close_Expression(scan);
     } else if (start_state == START_FILE) {
-        Report<Message::Expression_Unterminated>();
-        scan.status = PARSER_FATAL;
+        scan.status = Fatal<Message::Expression_Unterminated>();
     } else {
         Reset_Expression();
         state = STATE_DONE;
@@ -231,8 +229,7 @@ void Parser::State_Expression_End(Scan& scan) {
         if (pending_is_html)
             Start_Or_Accumulate(scan.text, scan.length);
     } else if (scan.type == TOKEN_EOF) {
-        Report<Message::Quoted_Expression_Unterminated>();
-        scan.status = PARSER_FATAL;
+        scan.status = Fatal<Message::Quoted_Expression_Unterminated>();
     } else {
         state = STATE_TEXT;
         scan.status = Report<Message::Expected_Double_Quote>(scan.token());
@@ -294,7 +291,7 @@ void Parser::End_Bare_Text(Scan& scan) {
 
 // Of a known tag: only numbers may go unquoted. The > ends the tag whatever came of its value.
 void Parser::End_Bare_Value(Scan& scan) {
-    std::string_view const value(value_text, static_cast<std::size_t>(value_length));
+    const std::string_view value(value_text, static_cast<std::size_t>(value_length));
     scan.status = Verify_Numeric(value_text, value_length)
                       ? Attribute_Value(value_text, value_length)
                       : Report<Message::Unquoted_Value_Not_Numeric>(value);

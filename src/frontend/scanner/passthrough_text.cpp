@@ -35,14 +35,12 @@ ParserStatus Parser::Eat_TnCOMMENT() {
         tokenizer->Read_Until(&text, length, comment_close.data(), Length(comment_close));
     if (type == TOKEN_EOF)
         return PARSER_OK;
-    if (type == TOKEN_UNTERMINATED) {
-        Report_At<Message::Comment_Unterminated>(line, nullptr);
-        return PARSER_FATAL;
-    }
-    std::string_view const body = Body(text, length, comment_close);
+    if (type == TOKEN_UNTERMINATED)
+        return Fatal_At<Message::Comment_Unterminated>(line, nullptr);
+    const std::string_view body = Body(text, length, comment_close);
     auto search = length < 301 ? bf_searchi : bm_searchi;
     if (search(comment_open.data(), Length(comment_open), body.data(), Length(body)) >= 0)
-        Report_At<Message::Comment_Nested>(line, nullptr);
+        Note_At<Message::Comment_Nested>(line, nullptr);
     Output_Comment(body.data(), Length(body));
     return PARSER_OK;
 }
@@ -54,11 +52,9 @@ ParserStatus Parser::Eat_TnASSEMBLY() {
     const char* text;
     int length = 0;
     state = STATE_TEXT;
-    if (tokenizer->Read_Until(&text, length, assembly_close.data(), Length(assembly_close)) == TOKEN_EOF) {
-        Report_At<Message::Assembly_Unterminated>(line, nullptr);
-        return PARSER_FATAL;
-    }
-    std::string_view const body = Body(text, length, assembly_close);
+    if (tokenizer->Read_Until(&text, length, assembly_close.data(), Length(assembly_close)) == TOKEN_EOF)
+        return Fatal_At<Message::Assembly_Unterminated>(line, nullptr);
+    const std::string_view body = Body(text, length, assembly_close);
     Output_Assembly(body.data(), Length(body));
     return PARSER_OK;
 }
@@ -77,10 +73,8 @@ ParserStatus Parser::Process_Quoted_String(char quote, const char* text, int len
     const char* rest;
     int rest_length;
     state = STATE_ATTRIBUTE;
-    if (Read_Until(&rest, rest_length, quote) == TOKEN_EOF) {
-        Report_At<Message::Quoted_Value_Unterminated>(line, nullptr);
-        return PARSER_FATAL;
-    }
+    if (Read_Until(&rest, rest_length, quote) == TOKEN_EOF)
+        return Fatal_At<Message::Quoted_Value_Unterminated>(line, nullptr);
     if (pending_text) {
         pending_length += rest_length;
         return PARSER_OK;

@@ -147,7 +147,7 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
         qualifiers = new String(text + bare_length, length - bare_length);
     }
     if (std::any_of(text, text + bare_length, Is_Space))
-        parser->Report<Message::Variable_Name_Spaces>(
+        parser->Note<Message::Variable_Name_Spaces>(
             std::string_view(text, static_cast<std::size_t>(bare_length)));
 
     const char* name = text;
@@ -186,7 +186,7 @@ int AttributeValue::Parse_Aggregate_Qualifier_Code(CompilerParser* parser, const
     for (const char* piece = text; piece < end && status == 0;) {
         const char* piece_end = std::find_if(piece, end, Is_Separator);
         if (piece_end > piece) {
-            std::string_view const content(piece, static_cast<std::size_t>(piece_end - piece));
+            const std::string_view content(piece, static_cast<std::size_t>(piece_end - piece));
             status = separator == '[' ? Output_Index(parser, content, read_only)
                                       : Output_Member(parser, content, read_only);
             written += status == 0;
