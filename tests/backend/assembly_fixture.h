@@ -1,4 +1,3 @@
-// A back end that writes to memory, on a line that the test chooses.
 #ifndef TESTS_BACKEND_ASSEMBLY_FIXTURE_H
 #define TESTS_BACKEND_ASSEMBLY_FIXTURE_H
 
@@ -7,7 +6,31 @@
 #include "backend/writers/file_compiler_parser.h"
 
 #include <string>
+#include <utility>
+#include <vector>
 
+// Keeps each piece that reaches the sink.
+class Recording_Output : public CompilerOutput {
+  public:
+    using CompilerOutput::CompilerOutput;
+
+    int DoWrite(const char* text, int length) override {
+        pieces.emplace_back(text, length);
+        return length;
+    }
+    // All that was written since it was asked for.
+    std::string Written() {
+        Flush();
+        std::string all;
+        for (const std::string& piece : std::exchange(pieces, {}))
+            all += piece;
+        return all;
+    }
+
+    std::vector<std::string> pieces;
+};
+
+// A back end that writes to memory, on a line that the test chooses. No instruction of line 0 has a lineno.
 class Assembly_Parser : public FileCompilerParser {
   public:
     Assembly_Parser()
@@ -15,18 +38,11 @@ class Assembly_Parser : public FileCompilerParser {
                              nullptr) {}
 
     int Linenumber() override { return line; }
-
-    std::string Written() {
-        int length;
-        const char* const contents = text.Contents(&length);
-        const std::string written(contents, length);
-        text.Clear();
-        return written;
-    }
+    std::string Written() { return text.Written(); }
     void Queue_Expression() { opcode_queue = OpcodeQueue::Confirm_Type(opcode_queue, OPCODE_QUEUE_QUEUE); }
 
-    int line = 0; // no instruction of line 0 has a lineno ahead of it
-    StringOutput text;
+    int line = 0;
+    Recording_Output text{1024};
 };
 
 #endif

@@ -1,0 +1,118 @@
+// What the writers say where no page can show it: texts of all kinds at all places, and misuse.
+
+#include "backend/assembly_fixture.h"
+#include "backend/outputs/quoted_text.h"
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <memory>
+#include <random>
+
+namespace {
+
+TEST(Writers, Say_What_No_Page_Shows) {
+    const struct {
+        void (*write)(Assembly_Parser& parser);
+        const char* expected;
+        const char* report;
+    } cases[] = {
+        {[](auto& p) { p.Output_Variable_Directive(nullptr, "a\\\\b\"\\.c\\", -1, 2, SCOPE_GLOBAL); },
+         "\n.global\tl_2\t\"a\\b\".c\"", ""},
+        {[](auto& p) { p.Output_Variable_Directive(nullptr, "x", 1, 2, SCOPE_DATABASE); }, "", ""},
+        {[](auto& p) { p.Output_Localized_Directive("e\\n", 3, "i\\d", 3, "a\\b", 3); },
+         "\n.localized\t\"en\"\t\"id\"\t\"a\\5cb\"", ""},
+        {[](auto& p) { p.Output_Function_Directive("F", 1, 0, 3, 1, -1); },
+         "\n\n.function f\terroroutputlevelon", ""},
+        {[](auto& p) { p.Output_Function_Directive("F", 1, 3, 4, 0, 2); },
+         "\n\n.function f\texternal\tunresolved\terroroutputleveloff\tcompresswhitespace\tprivate"
+         "\n.version\t1.12",
+         ""},
+        {[](auto& p) { p.Output_Opcode(22, "text alone", 10, 0); }, "text alone", ""},
+        {[](auto& p) { p.Output_Opcode_With_Label(22, LABEL_START, 1); }, "L_start_1", ""},
+        {[](auto& p) { p.Output_Opcode(527, 4, 5); }, "", "Internal error: Opcode not implemented"},
+        {[](auto& p) { p.Output_Opcode(16421, 4, 5); }, "4", "Internal error: Opcode not implemented"},
+        {[](auto& p) { p.Output_Opcode(22, 0.5); }, "0.5",
+         "Internal error: Opcode not implemented in File output( int, double )"},
+        {[](auto& p) { (void)p.Output_Version(1, 15); }, "",
+         "Internal error: Minor file version 15 exceeds engine version array size"},
+    };
+    for (const auto& c : cases) {
+        Assembly_Parser parser;
+        c.write(parser);
+        EXPECT_EQ(parser.Written(), c.expected);
+        EXPECT_STREQ(parser.Get_Last_Error().text(), c.report);
+    }
+}
+
+TEST(OpcodeQueue, Expression_Waits_With_Its_Own_Lines_And_Texts) {
+    Assembly_Parser parser;
+    parser.Queue_Expression();
+    OpcodeQueue* const queue = parser.Opcode_Queue();
+    char name[] = "F";
+    parser.line = 1;
+    queue->Queue_Opcode(OPCODE_CALL, name, -1, 1);
+    queue->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
+    parser.line = 5;
+    queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, 1, 8);
+    queue->Clear_RHS();
+    name[0] = 'x';
+    parser.line = 7;
+    EXPECT_EQ(parser.Written(), "");
+    parser.Flush_Opcode_Queue();
+    parser.Queue_Expression(); // which changes nothing by itself
+    parser.Opcode_Queue()->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
+    parser.Flush_Opcode_Queue();
+    EXPECT_EQ(parser.Written(), "\n\tlineno\t1\n\tcall\tf\n\telem\n\tlineno\t5\n\thttpn\tL_end_1, 8"
+                                "\n\tlineno\t7\n\telem_ro\n.version\t1.3");
+}
+
+// Images hold the numbers; listings of images, and assemblies, the names.
+TEST(Opcodes, Have_Their_Numbers_And_Names) {
+    const struct {
+        int number;
+        const char *mnemonic, *listing; // null for a number without a row
+    } cases[] = {
+        // clang-format off
+        {37, "roundf", "roundf"}, {0x4025, "jmp", "jmp"}, {63, "elem_ro", ""}, {69, "do_file", "op_do_file"},
+        {264, "pop3_delete", "pop3delete"}, {16445, "call", "call"}, {32771, "pushf", "pushf"},
+        {16657, "commerce_stop", "op_commerce_stop"}, {20759, "asyncn", ""}, {21253, "storegi", "storegi"},
+        {533, "dbrevealagg", "dbrevealstructureagg"}, {1, nullptr, nullptr}, {527, nullptr, nullptr},
+        {16645, nullptr, nullptr}, {0x14001, nullptr, nullptr}, {-1, nullptr, nullptr},
+        // clang-format on
+    };
+    for (const auto& c : cases) {
+        const Opcode_Info* const row = Find_Opcode(c.number);
+        ASSERT_EQ(row != nullptr, c.mnemonic != nullptr) << c.number;
+        EXPECT_TRUE(!row || (row->mnemonic == c.mnemonic && row->listing == c.listing)) << c.number;
+    }
+}
+
+std::string Quoted(const std::string& text, ExpressionState state) {
+    std::string quoted;
+    for (std::size_t i = 0; i < text.size(); ++i)
+        if (text[i] == '"')
+            quoted += "\\22";
+        else if (text[i] != '\\')
+            quoted += text[i];
+        else if (state == EXPRESSION_STATE_TEXT || state == EXPRESSION_STATE_FILTER)
+            quoted += "\\5c";
+        else if (state == EXPRESSION_STATE_ESCAPED && i + 1 < text.size() && text[i + 1] == '\\')
+            quoted += "\\5c", ++i;
+    return quoted;
+}
+
+TEST(Quoted_Text, Escapes_Are_Found_Everywhere) {
+    std::mt19937 random(1);
+    for (unsigned run = 0; run < 4000; ++run) {
+        const unsigned length = run % 10 ? random() % 70 : 1000 + random() % 100, plain = 1 + random() % 30;
+        // An exact copy on the heap, so that the address sanitizer sees every byte read beyond it.
+        const std::unique_ptr<char[]> text(new char[length]);
+        std::generate_n(text.get(), length, [&] { return "\"\\\\n\xff"[std::min(random() % plain, 4ul)]; });
+        const auto state = static_cast<ExpressionState>(run % 4);
+        Recording_Output output(run % 3 ? 16 : 4096); // composed aside, or in place
+        Write_Quoted_Text(&output, text.get(), static_cast<int>(length), state);
+        ASSERT_EQ(output.Written(), Quoted({text.get(), length}, state)) << run;
+    }
+}
+
+} // namespace
