@@ -56,7 +56,8 @@ def options():
     for letter, name, value, text in re.findall(
         rf"\{{'(\\0|\w)', (nullptr|{STRING}), (nullptr|{STRING}), ({STRING}),", source("command_line_options.cpp")
     ):
-        found.append((letter if name == "nullptr" else c_text(name), c_text(value) if value[0] == '"' else None, c_text(text)))
+        shown_value = None if value == "nullptr" else c_text(value)
+        found.append((letter if name == "nullptr" else c_text(name), shown_value, c_text(text)))
     return found
 
 

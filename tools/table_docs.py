@@ -27,7 +27,7 @@ from source_tables import (
 
 FILES = ("README.md", "docs/*.md", "man/*.1", "completion/*")
 MARKED = re.compile(
-    r'^((?:<!--|\.\\"|#) table: (\w+) ?([\w-]*)(?: -->)?\n)(.*?)(^(?:<!--|\.\\"|#) end of table(?: -->)?\n)',
+    r'^((?:<!--|\.\\"|#) table: (\w+) ?(\S*)(?: -->)?\n)(.*?)(^(?:<!--|\.\\"|#) end of table(?: -->)?\n)',
     re.DOTALL | re.MULTILINE,
 )
 UNFILLED = "TO BE TOLD"
@@ -89,6 +89,15 @@ def tags():
         shown = "/".join(f"[{shown_tag(key)}](tags.md#{anchor})" for key in keys)
         lines.append([shown, ", ".join(names)])
     return markdown(["Tag", "Attributes"], lines)
+
+
+ID_ELEMENT = 3  # of TnLOCALIZED
+
+
+def wiping_tags():
+    """Those that reset the ID of an open TnLOCALIZED."""
+    slots = {row[0]: [int(n) for n in row[-2:] if n.isdigit()] for row in rows("tags.def", "TAG")}
+    return ["", ", ".join(shown_tag(keys[0]) for tag, keys in tag_keys().items() if sum(slots[tag]) > ID_ELEMENT) + ".", ""]
 
 
 TEXT_OR_EXPRESSION = "text or expression"
@@ -155,6 +164,16 @@ def operators():
     return markdown(["Priority", "Operands", "Operators"], lines)
 
 
+CONSTANTS = {"NUMERIC": "numbers", "STRING": "texts", "BOOLEAN": "any", "NONE": "any"}
+
+
+def operator(key, _):
+    priority, operands, constants, opcode = next(row[1:] for row in user_operators() if row[0] == key)
+    mnemonics = {row[0]: c_text(row[2]) for row in rows("opcodes.def", "OPCODE")}
+    shown = f"`{mnemonics[opcode]}`" if opcode != "NONE" else "see below"
+    return markdown(["Priority", "Operands", "Constants", "Instruction"], [[priority, operands, CONSTANTS[constants], shown]])
+
+
 def c_names():
     lines = []
     for family, members in c_interface().items():
@@ -180,6 +199,13 @@ def manual_diagnostics(first, last):
             cause, cure = (re.sub(r"\[(.*?)\]\(.*?\)", r"\1", text).replace("`", "") for text in told[number])
             lines += [".br", ".Em Cause :", roff(cause), ".br", ".Em Cure :", roff(cure)]
     return lines
+
+
+def manual_synopsis():
+    """Letters without a value first, then one line for each other; capitals ahead of small letters."""
+    with_value = sorted((name, value) for name, value, _ in options() if value and len(name) == 1)
+    plain = "".join(sorted(name for name, value, _ in options() if not value and len(name) == 1))
+    return [f".Op Fl {plain}", *(f".Op Fl {name} Ar {value.strip('<>')}" for name, value in with_value)]
 
 
 def warning_numbers():
@@ -255,8 +281,10 @@ TABLES = {
     "instructions": instructions,
     "operators": operators,
     "tags": tags,
+    "wiping_tags": wiping_tags,
     "warnings": lambda: diagnostics(1, 99),
     "errors": lambda: diagnostics(100, 999),
+    "manual_synopsis": manual_synopsis,
     "manual_warnings": lambda: manual_diagnostics(1, 99),
     "manual_errors": lambda: manual_diagnostics(100, 999),
     "shell_words": shell_words,
@@ -264,15 +292,15 @@ TABLES = {
     "zsh_words": zsh_words,
     "fish_options": fish_options,
 }
-TABLES_WITH_COLUMNS = {"attributes": attributes, "words": words}
+TABLES_OF_ONE = {"attributes": attributes, "words": words, "operator": operator}
 
 
 def filled(text):
     def fill(match):
         opening, name, argument, old, closing = match.groups()
-        if name in TABLES_WITH_COLUMNS:
+        if name in TABLES_OF_ONE:
             old_rows = [line for line in old.splitlines() if line.startswith("| `")]
-            lines = TABLES_WITH_COLUMNS[name](argument, old_rows)
+            lines = TABLES_OF_ONE[name](argument, old_rows)
         else:
             lines = TABLES[name]()
         return opening + "".join(line + "\n" for line in lines) + closing
