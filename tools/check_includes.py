@@ -32,7 +32,6 @@ RANKS = {
 # Each for a circle that the classes make among themselves.
 REACHING_UP = {
     "app/driver/compiler_application.cpp": "makes the parser of the chosen back end",
-    "app/services/diagnostics.cpp": "prints by the driver's warning flags",
     "backend/queue/opcode_queue.cpp": "hands instructions to the back end, which is a parser",
     "core/javascript_text.cpp": "defines an encoder that is a static member of the application",
     "core/link_buffer.cpp": "appends variables, and writes itself to an output",

@@ -1,3 +1,5 @@
+// Base64 with the alphabet of RFC 4648, section 4.
+
 #include "core/base64.h"
 
 #include <array>

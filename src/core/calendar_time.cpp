@@ -1,3 +1,5 @@
+// Seconds since 1970 as dates and back.
+
 #include "core/calendar_time.h"
 
 #include <sys/time.h>

@@ -1,3 +1,5 @@
+// The 32-bit CRC, a byte a step.
+
 #include "core/crc32.h"
 
 namespace {

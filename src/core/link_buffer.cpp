@@ -1,3 +1,5 @@
+// The chain of blocks: growth at both ends, joining, and what is written out of it.
+
 #include "core/link_buffer.h"
 
 #include "app/services/tarn_application.h"

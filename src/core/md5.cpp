@@ -1,3 +1,5 @@
+// The MD5 digest of RFC 1321.
+
 #include "core/md5.h"
 
 #include <algorithm>

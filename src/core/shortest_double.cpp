@@ -1,3 +1,5 @@
+// The shortest digits that read back as the same double.
+
 #include "core/shortest_double.h"
 
 #include <bit>

@@ -1,3 +1,5 @@
+// Searches: brute force, Boyer-Moore and Rabin-Karp, forwards and backwards, in either case.
+
 #include "core/text_search.h"
 
 #include <algorithm>

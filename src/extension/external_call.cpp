@@ -1,3 +1,5 @@
+// The functions of extension libraries by name, and what they keep between calls.
+
 #include "extension/external_call.h"
 
 #include "core/text_length.h"

@@ -1,3 +1,5 @@
+// The libraries that are loaded, by file name.
+
 #include "extension/external_library.h"
 
 ExternalLibrary::~ExternalLibrary() = default;

@@ -1,3 +1,5 @@
+// Libraries by the system's loader.
+
 #include "extension/unix_external_library.h"
 
 #include <dlfcn.h>

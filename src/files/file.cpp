@@ -1,3 +1,5 @@
+// What all kinds of files share.
+
 #include "files/file.h"
 
 #include "files/file_manager.h"

@@ -1,3 +1,5 @@
+// What all file managers share: files that are parked, and errors.
+
 #include "files/file_manager.h"
 
 namespace {

@@ -1,3 +1,5 @@
+// An open file: reading, writing, mapping, parking.
+
 #include "files/unix_file.h"
 
 #include "files/descriptor.h"

@@ -1,3 +1,5 @@
+// Operations on raw paths.
+
 #include "files/unix_file_manager.h"
 
 #include "core/file_identity.h"

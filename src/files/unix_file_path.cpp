@@ -1,3 +1,5 @@
+// Paths as elements: joining and collapsing.
+
 #include "files/unix_file_path.h"
 
 #include "core/string.h"

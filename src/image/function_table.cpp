@@ -1,3 +1,5 @@
+// Functions by name, with their parameters.
+
 #include "image/function_table.h"
 
 #include "core/string_hash.h"

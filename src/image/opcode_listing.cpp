@@ -1,3 +1,5 @@
+// Code as a listing for people.
+
 #include "backend/instructions/opcode.h"
 #include "image/segment.h"
 

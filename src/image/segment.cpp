@@ -1,3 +1,5 @@
+// The bytes of one segment, and how it grows.
+
 #include "image/segment.h"
 
 #include "image/little_endian.h"

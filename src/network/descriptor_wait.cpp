@@ -1,3 +1,5 @@
+// Waits for a descriptor until a deadline.
+
 #include "network/descriptor_wait.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Status, headers and body of an HTTP response, in chunks or whole.
+
 #include "network/http_response_stream.h"
 
 #include "core/text_words.h"

@@ -1,3 +1,5 @@
+// A connection that logs what passes.
+
 #include "network/logging_network_connection.h"
 
 LoggingNetworkConnection::LoggingNetworkConnection(TarnApplication* application, const char* name, int length,

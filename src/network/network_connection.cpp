@@ -1,3 +1,5 @@
+// What all connections share.
+
 #include "network/network_connection.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// What all network managers share.
+
 #include "network/network_manager.h"
 
 #include "core/text_length.h"

@@ -1,3 +1,5 @@
+// An output that ends in a connection.
+
 #include "network/network_output.h"
 
 #include "network/network_connection.h"

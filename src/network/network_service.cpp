@@ -1,3 +1,5 @@
+// A service of a host: its name, port and protocol.
+
 #include "network/network_service.h"
 
 #include "app/services/tarn_application.h"

@@ -1,3 +1,5 @@
+// The operations of the TLS library by name.
+
 #include "network/tls_library.h"
 
 #include "app/services/tarn_application.h"

@@ -1,3 +1,5 @@
+// Connecting: names, addresses, proxies, TLS.
+
 #include "network/unix_network_manager.h"
 
 #include "app/services/tarn_application.h"

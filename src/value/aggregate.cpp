@@ -1,3 +1,5 @@
+// The index and the tree of an aggregate's elements.
+
 #include "value/aggregate.h"
 
 #include "core/text_search.h"

@@ -1,3 +1,5 @@
+// Variables whose changes are told to a callback.
+
 #include "value/callback_variable.h"
 
 #include <utility>

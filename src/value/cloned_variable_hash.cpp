@@ -1,3 +1,5 @@
+// Tables of clones.
+
 #include "value/cloned_variable_hash.h"
 
 #include "image/dictionary.h"

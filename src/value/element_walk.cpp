@@ -1,3 +1,5 @@
+// The list of an aggregate's elements, in order.
+
 #include "value/element_walk.h"
 
 #include "value/aggregate.h"

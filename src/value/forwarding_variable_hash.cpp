@@ -1,3 +1,5 @@
+// A table that stands for another.
+
 #include "value/forwarding_variable_hash.h"
 
 ForwardingVariableHash::ForwardingVariableHash(Dictionary* dictionary, VariableHash* target, int bucket_bits,

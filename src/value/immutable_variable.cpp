@@ -1,3 +1,5 @@
+// Values that can't be changed, and those that are loaded when they are first read.
+
 #include "value/immutable_variable.h"
 
 #include "app/services/tarn_application.h"

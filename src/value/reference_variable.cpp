@@ -1,3 +1,5 @@
+// Variables that stand for another variable.
+
 #include "value/reference_variable.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// The table of system variables, with levels to go back to.
+
 #include "value/system_variable_hash.h"
 
 #include <memory>

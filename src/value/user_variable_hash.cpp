@@ -1,3 +1,5 @@
+// A table with a dictionary of its own.
+
 #include "value/user_variable_hash.h"
 
 #include "image/dictionary.h"

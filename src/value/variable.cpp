@@ -1,3 +1,5 @@
+// A variable's life and its plain values.
+
 #include "value/variable.h"
 
 #include "app/services/tarn_application.h"

@@ -1,3 +1,5 @@
+// The table of variables by the numbers and names of a dictionary.
+
 #include "value/variable_hash.h"
 
 #include "core/resized_array.h"

@@ -1,3 +1,5 @@
+// A list that counts in what it holds.
+
 #include "value/variable_list.h"
 
 #include "value/variable.h"

@@ -1,3 +1,5 @@
+// The scope that a name's prefix tells.
+
 #include "value/variable_scope.h"
 
 #include "core/text_search.h"

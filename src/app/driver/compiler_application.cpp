@@ -1,3 +1,6 @@
+// The run of the compiler: the output is opened, the sources are compiled one after the other by one parser,
+// and what is left decides the exit status.
+
 #include "app/driver/compiler_application.h"
 
 #include "app/driver/run_guard.h"

@@ -1,3 +1,5 @@
+// The program. What has to be set up ahead of all else is set up here.
+
 #include "app/driver/run_guard.h"
 #include "app/driver/unix_compiler_application.h"
 

@@ -1,3 +1,6 @@
+// What a run does when it is ended from outside: by a signal, by a page of a source that is gone, or for want
+// of memory. Handlers keep to what is allowed in a handler.
+
 #include "app/driver/run_guard.h"
 
 #include "app/services/console_application.h"

@@ -1,3 +1,5 @@
+// The managers that the compiler works with on this system.
+
 #include "app/driver/unix_compiler_application.h"
 
 #include "app/driver/run_guard.h"

@@ -1,3 +1,5 @@
+// The walk over the words of the command line, and what is printed for a user.
+
 #include "app/services/console_application.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// Settings, deadlines, log filters and the last error of an application.
+
 #include "app/services/tarn_application.h"
 
 #include "app/services/config.h"

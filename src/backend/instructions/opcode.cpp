@@ -1,3 +1,5 @@
+// The instruction set by number.
+
 #include "backend/instructions/opcode.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Where assembly text goes: a file, a fragment, nowhere.
+
 #include "backend/outputs/compiler_output.h"
 
 #include "core/text_length.h"

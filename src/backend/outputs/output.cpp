@@ -1,3 +1,5 @@
+// Buffered writing, and the compression of white space on the way.
+
 #include "backend/outputs/output.h"
 
 #include "core/text_length.h"

@@ -1,3 +1,5 @@
+// Strings as the assembly quotes them.
+
 #include "backend/outputs/quoted_text.h"
 
 #include "backend/outputs/compiler_output.h"

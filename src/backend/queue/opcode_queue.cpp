@@ -1,3 +1,5 @@
+// The two queues: one passes instructions on, the other keeps those of an expression.
+
 #include "backend/queue/opcode_queue.h"
 
 #include "compiler/generator/compiler_parser.h"

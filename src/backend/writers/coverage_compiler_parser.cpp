@@ -1,3 +1,5 @@
+// The back end of -L: the lines of each file that hold code, in order.
+
 #include "backend/writers/coverage_compiler_parser.h"
 
 #include "backend/outputs/assembly_item.h"

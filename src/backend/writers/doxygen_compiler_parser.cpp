@@ -1,3 +1,5 @@
+// The back end of -d: a declaration for each function.
+
 #include "backend/writers/doxygen_compiler_parser.h"
 
 #include "backend/outputs/compiler_output.h"

@@ -1,3 +1,6 @@
+// The back end of assembly: file versions, fragments, ends of files. Directives and instructions have sources
+// of their own.
+
 #include "backend/writers/file_compiler_parser.h"
 
 #include "app/services/tarn_application.h"

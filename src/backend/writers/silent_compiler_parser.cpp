@@ -1,3 +1,5 @@
+// What a back end shares that writes no instructions.
+
 #include "backend/writers/silent_compiler_parser.h"
 
 SilentCompilerParser::~SilentCompilerParser() = default;

@@ -1,3 +1,5 @@
+// The generator's own life, its tables, and the start and end of expressions.
+
 #include "compiler/generator/compiler_parser.h"
 
 #include "app/driver/compiler_application.h"

@@ -1,3 +1,5 @@
+// The parser that checks the text of filters and writes nothing.
+
 #include "compiler/generator/filter_parser.h"
 
 #include "backend/instructions/engine_version.h"

@@ -1,3 +1,5 @@
+// The routes by tag and attribute.
+
 #include "compiler/records/attribute_routes.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// How the records of blocks and functions are made.
+
 #include "compiler/records/resolution_info.h"
 
 Resolution_Info::Resolution_Info(int label, int line, const String* file) : label(label), line(line) {

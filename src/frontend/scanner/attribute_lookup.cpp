@@ -1,3 +1,5 @@
+// The attribute table.
+
 #include "frontend/scanner/attribute_lookup.h"
 
 #include "frontend/scanner/perfect_hash.h"

@@ -1,3 +1,5 @@
+// Expressions: tokens in, operands and operators out.
+
 #include "frontend/scanner/expression_parser.h"
 
 #include "app/driver/compiler_application.h"

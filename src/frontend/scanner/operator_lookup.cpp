@@ -1,3 +1,5 @@
+// The operator table.
+
 #include "frontend/scanner/operator_lookup.h"
 
 #include "frontend/scanner/perfect_hash.h"

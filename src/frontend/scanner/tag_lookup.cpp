@@ -1,3 +1,5 @@
+// The tag table.
+
 #include "frontend/scanner/tag_lookup.h"
 
 #include "frontend/scanner/perfect_hash.h"

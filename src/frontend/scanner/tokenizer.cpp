@@ -1,3 +1,5 @@
+// Tokens: where each ends, and the text behind a file.
+
 #include "frontend/scanner/tokenizer.h"
 
 #include "core/text_search.h"
@@ -10,9 +12,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#ifdef __SSE2__
 #include <emmintrin.h>
-#endif
 
 namespace {
 
@@ -89,7 +89,6 @@ struct Text_Run {
 // count are one pass over 16 bytes at a time; what is left at the end of the text is looked at byte by byte.
 Text_Run Find_End_Of_Text(const char* at, const char* end) {
     int line_feeds = 0;
-#ifdef __SSE2__
     const __m128i zero = _mm_setzero_si128();
     __m128i feed_counts = zero; // two sums
     auto count = [&] {
@@ -111,7 +110,6 @@ Text_Run Find_End_Of_Text(const char* at, const char* end) {
         feed_counts = _mm_add_epi64(feed_counts, _mm_sad_epu8(_mm_sub_epi8(zero, feeds), zero));
     }
     line_feeds = count();
-#endif
     for (; at < end && *at != '<' && *at != '\0'; ++at)
         line_feeds += *at == '\n';
     return {at, line_feeds};

@@ -1,3 +1,5 @@
+// What a value of an attribute is, and the code that it becomes.
+
 #include "frontend/values/attribute_value.h"
 
 #include "app/driver/compiler_application.h"

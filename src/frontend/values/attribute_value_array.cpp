@@ -1,3 +1,5 @@
+// The row of values of a tag.
+
 #include "frontend/values/attribute_value_array.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// The rows of the messages, put together with what they speak of.
+
 #include "app/driver/compiler_application.h"
 
 #include <cstring>
