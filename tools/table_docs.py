@@ -190,7 +190,7 @@ def c_names():
 def roff(text):
     """Text for the man page: a sentence begins its line, and lines are short."""
     text = text.replace("\\", "\\e").replace('"', "\\(dq").replace("'", "\\(aq").replace("-", "\\-")
-    lines = [line for sentence in re.split(r"(?<=[.:;]) +", text) for line in textwrap.wrap(sentence, 78)]
+    lines = [line for sentence in re.split(r"(?<=[.:;]) +(?=[A-Z])", text) for line in textwrap.wrap(sentence, 78)]
     return "\n".join("\\&" + line if line[0] in ".\"" else line for line in lines)
 
 
