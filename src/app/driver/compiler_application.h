@@ -96,6 +96,14 @@ class CompilerApplication : public ConsoleApplication {
     // Prints that the path could not be opened, created and so on; answers false.
     bool Path_Error(const char* verb, const char* path, const String& reason);
 
+    // Makes the parser and writes what it makes of all files to the output. After false nothing of that is
+    // kept.
+    virtual bool Compile();
+    // With the parser; false after the first file with an error.
+    bool Compile_Files();
+
+    std::unique_ptr<FileCompilerParser> parser; // of the last run
+
   private:
     struct Option;
     static const Option options[];
@@ -105,14 +113,10 @@ class CompilerApplication : public ConsoleApplication {
     int Run();
     // Whether all went out that the options printed.
     bool Finish_Console();
-    bool Compile();
-    bool Compile_Files();
     std::unique_ptr<FileCompilerParser> Make_Parser();
     // False when any write or the end of the file failed, with the message printed.
     bool Finish_Output();
     void Discard_Output();
-
-    std::unique_ptr<FileCompilerParser> parser; // of the last run
 };
 
 #endif
