@@ -61,6 +61,8 @@ class Run_Ends(unittest.TestCase):
         self.ends("echo '<TnELSE>' >page.tn; exec 9>file; tnc -o /proc/self/fd/9 page.tn; [ ! -s file ]", 0,
                   "page.tn:1: CE_122: TnELSE without TnIF\n"
                   "tnc: Unable to remove '/proc/self/fd/9': Operation not permitted\n")
+        self.ends("tnc -o /dev/stdout page.tn >file; [ -L /dev/stdout -a ! -s file ]", 0,
+                  "page.tn:1: CE_122: TnELSE without TnIF\n")
 
     def test_memory_that_is_missing_ends_the_run_cleanly(self):
         pathlib.Path("page.tn").write_text("".join(f'<TnEVAL EXPR="{{ l.a{i} }}">\n' for i in range(20000)))

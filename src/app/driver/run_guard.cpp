@@ -13,6 +13,7 @@
 #include <cstring>
 #include <exception>
 #include <initializer_list>
+#include <string_view>
 
 namespace {
 
@@ -20,6 +21,11 @@ const char* program_name = "";
 UNIXFileManager* sources = nullptr;
 const char* output_path = nullptr; // set ahead of the descriptor, and valid as long as that is
 std::atomic<int> output_descriptor = -1;
+
+// The machine's own links to open descriptors: the superuser could remove them for everybody.
+bool Names_A_Descriptor(std::string_view path) {
+    return path == "/dev/stdout" || path == "/dev/stderr";
+}
 
 void Print_Last_Words(std::initializer_list<const char*> words) {
     for (const char* word : words) {
@@ -106,7 +112,7 @@ bool Run_Guard::Cut_Output() {
     if (fstat(output_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
-    return true;
+    return !Names_A_Descriptor(output_path);
 }
 
 void Run_Guard::Forget_Output() {

@@ -22,8 +22,8 @@ class Run_Guard {
     // The output from now on: its descriptor, of which a copy is kept, and the name that it was opened by,
     // which is kept as it is. False with errno set when no copy can be had.
     [[nodiscard]] static bool Watch_Output(int descriptor, const char* path);
-    // Cuts the output to length 0, by whatever names it can be reached. False, with nothing done, unless
-    // there is one and it is a regular file.
+    // Cuts the output to length 0, by whatever names it can be reached, unless there is none or it is no
+    // regular file. True when its name is to go too, which that of an open descriptor like /dev/stdout isn't.
     static bool Cut_Output();
     static void Forget_Output();
 };
