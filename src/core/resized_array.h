@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <type_traits>
 
@@ -15,6 +16,21 @@ template <class T>
     if (!resized)
         throw std::bad_alloc();
     return static_cast<T*>(resized);
+}
+
+struct Free_Memory {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+// The same with an owner.
+template <class T>
+using Resizable_Array = std::unique_ptr<T[], Free_Memory>;
+
+template <class T>
+void Resize(Resizable_Array<T>& array, std::size_t count) {
+    T* resized = Resized_Array(array.get(), count);
+    (void)array.release(); // moved or not, it is the resized one now
+    array.reset(resized);
 }
 
 #endif

@@ -2,7 +2,6 @@
 
 #include "value/variable_hash.h"
 
-#include "core/resized_array.h"
 #include "core/string_hash.h"
 #include "core/text_search.h"
 #include "image/dictionary.h"
@@ -253,8 +252,8 @@ void VariableHash::Reserve(int slots) {
     if (slots <= capacity)
         return;
     const auto size = static_cast<std::size_t>(slots);
-    next.reset(Resized_Array(next.release(), size));
-    entries.reset(Resized_Array(entries.release(), size));
+    Resize(next, size);
+    Resize(entries, size);
     std::fill(next.get() + capacity, next.get() + slots, -1);
     std::fill(entries.get() + capacity, entries.get() + slots, _VH_Entry{});
     capacity = slots;

@@ -1,12 +1,10 @@
 #ifndef VALUE_VARIABLE_HASH_H
 #define VALUE_VARIABLE_HASH_H
 
+#include "core/resized_array.h"
 #include "core/string.h"
 #include "value/chain_heads.h"
 #include "value/variable_scope.h"
-
-#include <cstdlib>
-#include <memory>
 
 class Dictionary;
 class SystemVariableHash;
@@ -108,13 +106,6 @@ class VariableHash {
     [[nodiscard]] Dictionary* dictionary() const { return dictionary_; }
 
   protected:
-    // An array from realloc, so that it can grow where it stands.
-    struct Free_Array {
-        void operator()(void* array) const { std::free(array); }
-    };
-    template <class T>
-    using Array = std::unique_ptr<T[], Free_Array>;
-
     [[nodiscard]] bool Is_Slot(int slot) const { return slot >= 0 && slot < variable_count; }
     // The name of a slot; null if the dictionary doesn't know it.
     const char* Name_Of(int slot, int* length) const;
@@ -126,11 +117,11 @@ class VariableHash {
     // The order of the members is part of the binary interface.
     ChainHeads buckets; // the head slot of each chain
     int bucket_bits;
-    int bucket_size;        // 1 << bucket_bits
-    int bucket_entries = 0; // buckets in use
-    Array<int> next;        // next slot in the chain, -1 at its end
-    int capacity = 0;       // of next and entries
-    Array<_VH_Entry> entries;
+    int bucket_size;           // 1 << bucket_bits
+    int bucket_entries = 0;    // buckets in use
+    Resizable_Array<int> next; // next slot in the chain, -1 at its end
+    int capacity = 0;          // of next and entries
+    Resizable_Array<_VH_Entry> entries;
     int variable_count; // slots in use
     Dictionary* dictionary_;
     String error_;

@@ -16,7 +16,6 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
                                HashTable<Variable>* locals, HashTable<Variable>* globals,
                                HashTable<Variable>* system)
     : Parser(tokenizer, application, start_state), external_calls(external_calls),
-      string_table(1, 0, table_bucket_bits, table_initial_slots),
       function_stdout_default(function_stdout_default), function_access_default(function_access_default),
       saved_function_flags(0), saved_localized_flags(3), localized_text_flags(3), localized_text_count(0),
       saved_capture_flags(-1), output_flags(3), tag_error_code(0), conditional_operators(0),

@@ -4,6 +4,7 @@
 
 #include "backend/instructions/labels.h"
 #include "compiler/records/attribute_routes.h"
+#include "compiler/records/constant_table.h"
 #include "compiler/records/resolution_info.h"
 #include "core/hash_table.h"
 #include "core/list.h"
@@ -463,10 +464,10 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Localized_Directive();
 
     ExternalCallManager* external_calls;
-    HashTable<Variable> string_table; // every string constant written so far, with its number
-    int function_stdout_default;      // output flags that every TnFUNCTION starts with, -1 for none
-    int function_access_default;      // Function_Access of every TnFUNCTION without ACCESS
-    int saved_function_flags;         // output flags to go back to behind the open function
+    Constant_Table string_table; // every string constant written so far, with its number
+    int function_stdout_default; // output flags that every TnFUNCTION starts with, -1 for none
+    int function_access_default; // Function_Access of every TnFUNCTION without ACCESS
+    int saved_function_flags;    // output flags to go back to behind the open function
 
     // Localized text.
     int saved_localized_flags;

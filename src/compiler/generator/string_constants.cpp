@@ -2,15 +2,16 @@
 
 #include "app/services/tarn_application.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 
 int CompilerParser::Generate_String_Directive(const char* text, int length, ExpressionState state) {
     if (!Generating())
         return 0;
-    if (Variable* known = string_table.Find(text, length))
-        return known->value_integer();
-    const int ident = next_string_ident++;
-    Output_String_Directive(saved_output, text, length, ident, state);
-    string_table.Insert(new Variable(text, length, ident));
+    const int ident = string_table.Number_Of(View(text, length), next_string_ident);
+    if (ident == next_string_ident) {
+        ++next_string_ident;
+        Output_String_Directive(saved_output, text, length, ident, state);
+    }
     return ident;
 }
 
