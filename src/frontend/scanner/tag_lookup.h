@@ -12,22 +12,23 @@ enum Number : int {
 // What a tag without an attribute list has for its two counts.
 inline constexpr int NO_SLOTS = -1;
 
-// The attribute slots of a tag that come first and are fixed, by its principal key; NO_SLOTS without a list.
-constexpr int Required_Slots(int tag) {
-    constexpr int required_slots[] = {
+inline constexpr int required_slots[] = {
 #define TAG(name, id, key, required, optional) required,
 #include "frontend/scanner/tags.def"
-    };
+};
+inline constexpr int optional_slots[] = {
+#define TAG(name, id, key, required, optional) optional,
+#include "frontend/scanner/tags.def"
+};
+
+// The attribute slots of a tag that come first and are fixed, by its principal key; NO_SLOTS without a list.
+constexpr int Required_Slots(int tag) {
     return required_slots[tag];
 }
 
 // All attribute slots of a tag that has an attribute list.
 constexpr int Slots(int tag) {
-    constexpr int optional_slots[] = {
-#define TAG(name, id, key, required, optional) optional,
-#include "frontend/scanner/tags.def"
-    };
-    return Required_Slots(tag) + optional_slots[tag];
+    return required_slots[tag] + optional_slots[tag];
 }
 
 // A tag as documents and reports spell it, like TnLOCALIZED-TEXT: its principal key in capitals, but for the
