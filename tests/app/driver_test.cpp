@@ -36,41 +36,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string Usage() {
-    return R"(Usage: tnc [options] file...
-Options:
-  --help           Display this information
-  --version        Display version number and exit
-  -b <file>        Search .DLL/.so <file> for unresolved function calls
-  -w <warning>     Suppress warning <warning>
-  -W <warning>     Enable otherwise supressed warning <warning>
-  -X <warning>     Abort compilation on warning <warning>
-  -o <file>        Place output in <file>
-  -C <version>     Generate code compatible with <version>
-  -p <level>       Warn on various pedantic syntax issues
-  -P <level>       Error on various pedantic syntax issues
-  -d               Generate pseudo-C code suitable for use with Doxygen
-  -L               Generate a list of line numbers containing code
-  -D <token>       Define a value for use in TnIFDEF and TnIFNDEF
-  -O <bytes>       Obfuscate constants by splitting them into <bytes> bytes
-  -f               Enable whitespace compression by default for functions
-  -F               Disable text and html output by default for functions
-  -A               Make access private by default for functions
-
-<warning> may be one of:
-  - One or more warning ids, separated by commas
-  - The keyword "all", which indicates all warnings
-
-<level> may be one or a comma separated list of the following:
-    scope     Warn or error on unscoped variables.
-    lock      Warn or error on TnFUNCTIONRETURN inside TnLOCKFILE.
-    capture   Warn or error on TnFUNCTIONRETURN inside TnCAPTURE.
-    async     Warn or error on TnFUNCTIONRETURN inside TnASYNC.
-  or
-    all       All of the above options.
-)";
-}
-
 // Lays the options open.
 class Open_Application : public UNIXCompilerApplication {
   public:
@@ -79,14 +44,6 @@ class Open_Application : public UNIXCompilerApplication {
     using CompilerApplication::pedantic_warn;
     using UNIXCompilerApplication::UNIXCompilerApplication;
 };
-
-std::vector<std::string> Words(const std::string& line) {
-    std::istringstream stream(line);
-    std::vector<std::string> words{"/usr/bin/tnc"};
-    for (std::string word; stream >> word;)
-        words.push_back(word);
-    return words;
-}
 
 // Runs of the compiler in a directory of their own, with good.tn (one text run) and bad.tn (one error).
 class Driver : public testing::Test {
@@ -110,7 +67,8 @@ class Driver : public testing::Test {
 
     template <typename Function>
     void With_Application(const std::string& options, Function function) {
-        std::vector<std::string> words = Words(options);
+        std::istringstream line("/usr/bin/tnc " + options);
+        std::vector<std::string> words(std::istream_iterator<std::string>(line), {});
         std::vector<char*> argv;
         for (std::string& word : words)
             argv.push_back(word.data());
@@ -133,136 +91,114 @@ class Driver : public testing::Test {
     std::string out, err;
 };
 
-const char* const warning_list_end = "'.  Must be 'all' or comma separated list of values between 1 and 99";
-const char* const pedantic_end = "'.  Must be 'all' or type 'tnc --help' for list of valid options.";
-
 TEST_F(Driver, Refused_Options_Leave_No_Output) {
+    const std::string none = ": No such file or directory", list = "Invalid list of warning numbers '",
+                      list_end = "'.  Must be 'all' or comma separated list of values between 1 and 99",
+                      pedantic = "Invalid pedantic option '",
+                      pedantic_end = "'.  Must be 'all' or type 'tnc --help' for list of valid options.";
     const struct {
-        std::string options;
-        std::string error;
+        std::string options, error;
     } cases[] = {
-        {"", "No input file specified"},
         {"-", "No input file specified"},
         {"-dL good.tn", "Only one of -d or -L may be specified"},
-        {"-z good.tn", "Invalid option '-z'"},
         {"-Az good.tn", "Invalid option '-z'"},
-        {"--bad good.tn", "Invalid option '--bad'"},
-        {"--Help", "Invalid option '--Help'"},
-        {"-- good.tn", "Invalid option '--'"},
+        {"--Help good.tn", "Invalid option '--Help'"},
         {"-ofile", "Option '-o' requires an argument"},
-        {"-AC", "Option '-C' requires an argument"},
         {"-C 3.99 good.tn", "Invalid engine version number 3.99"},
         {"-C 5.53 good.tn", "Invalid engine version number 5.53"},
-        {"-C abc good.tn", "Invalid engine version number 0"},
         {"-C -1e-9 good.tn", "Invalid engine version number -0"},
         {"-O 0 good.tn", "Invalid value for obfuscation bytes"},
-        {"-O -3 good.tn", "Invalid value for obfuscation bytes"},
         {"-b ./none.so good.tn",
-         "Unable to register .DLL/.so './none.so': ./none.so: cannot open shared object file: "
-         "No such file or directory"},
-        {"-w 0 good.tn", std::string("Invalid list of warning numbers '0") + warning_list_end},
-        {"-w 100 good.tn", std::string("Invalid list of warning numbers '100") + warning_list_end},
-        {"-W 5, good.tn", std::string("Invalid list of warning numbers '5,") + warning_list_end},
-        {"-X ,5 good.tn", std::string("Invalid list of warning numbers ',5") + warning_list_end},
-        {"-X 5,-5 good.tn", std::string("Invalid list of warning numbers '5,-5") + warning_list_end},
-        {"-w all,5 good.tn", std::string("Invalid list of warning numbers 'all,5") + warning_list_end},
-        {"-p scope, good.tn", std::string("Invalid pedantic option '") + pedantic_end},
-        {"-P scopes good.tn", std::string("Invalid pedantic option 'scopes") + pedantic_end},
-        {"-p lock,all good.tn", std::string("Invalid pedantic option 'all") + pedantic_end},
-        {"good.tn -d", "Unable to open '-d': No such file or directory"},
-        {"good.tn none.tn", "Unable to open 'none.tn': No such file or directory"},
+         "Unable to register .DLL/.so './none.so': ./none.so: cannot open shared object file" + none},
+        {"-w 0 good.tn", list + "0" + list_end},
+        {"-W 5, good.tn", list + "5," + list_end},
+        {"-X 5,100 good.tn", list + "5,100" + list_end},
+        {"-w all,5 good.tn", list + "all,5" + list_end},
+        {"-p scope, good.tn", pedantic + pedantic_end},
+        {"-P lock,all good.tn", pedantic + "all" + pedantic_end},
+        {"good.tn -d", "Unable to open '-d'" + none},
         {"folder", "Unable to open 'folder': Is a directory"},
-        {"-o none/x good.tn", "Unable to create 'none/x': No such file or directory"},
-        {"-o folder good.tn", "Unable to create 'folder': Is a directory"},
-        {"-o good.tn none.tn good.tn", "Unable to write 'good.tn': it is one of the sources"},
-        {"-o link.tn good.tn", "Unable to write 'link.tn': it is one of the sources"},
+        {"-o none/x good.tn", "Unable to create 'none/x'" + none},
+        {"-o link.tn none.tn good.tn", "Unable to write 'link.tn': it is one of the sources"},
         {"-o good.tn hard.tn", "Unable to write 'good.tn': it is one of the sources"},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(Run(c.options), 1) << c.options;
-        EXPECT_EQ(out, "") << c.options;
-        EXPECT_EQ(err, "tnc: " + c.error + "\n") << c.options;
-        EXPECT_FALSE(fs::exists("output.tna")) << c.options;
-        EXPECT_EQ(fs::file_size("good.tn"), 2u) << c.options;
+        EXPECT_EQ(out + err, "tnc: " + c.error + "\n") << c.options;
+        EXPECT_TRUE(!fs::exists("output.tna") && fs::file_size("good.tn") == 2) << c.options;
     }
 }
 
 TEST_F(Driver, Accepted_Options_Write_The_Output_File) {
-    const struct {
-        const char* options;
-        const char* output;
-    } cases[] = {
-        {"good.tn", "output.tna"},
-        {"- -A - good.tn", "output.tna"},
-        {"-o a.out good.tn", "a.out"},
-        {"-oignored a.out good.tn", "a.out"},
-        {"-AfFo a.out good.tn", "a.out"},
-        {"-o a.out -o b.out good.tn", "b.out"},
-        {"-C 4 good.tn", "output.tna"},
-        {"-C 5.52 good.tn", "output.tna"},
-        {"-C nan good.tn", "output.tna"},
-        {"-O 99999999999999999999 good.tn", "output.tna"},
-        {"-w 99,0x10 -W ALL -X all -w all good.tn", "output.tna"},
-        {"-p scope,LOCK -P ALL good.tn", "output.tna"},
-        {"-d good.tn", "output.tna"},
-        {"-L good.tn good.tn", "output.tna"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Run(c.options), 0) << c.options;
-        EXPECT_EQ(out + err, "") << c.options;
-        EXPECT_TRUE(fs::remove(c.output)) << c.options;
+    for (const auto& [options, output] : {std::pair("- -A - good.tn", "output.tna"),
+                                          {"-oignored a.out good.tn", "a.out"},
+                                          {"-AfFo a.out -o b.out good.tn", "b.out"},
+                                          {"-C 4 good.tn", "output.tna"},
+                                          {"-C nan good.tn", "output.tna"},
+                                          {"-O 99999999999999999999 good.tn", "output.tna"},
+                                          {"-w 99,0x10 -W ALL -X all -w all good.tn", "output.tna"},
+                                          {"-p scope,LOCK -P ALL -d good.tn", "output.tna"},
+                                          {"-L good.tn good.tn", "output.tna"}}) {
+        EXPECT_EQ(Run(options), 0) << options;
+        EXPECT_EQ(out + err, "") << options;
+        EXPECT_TRUE(fs::remove(output)) << options;
     }
 }
 
 TEST_F(Driver, Help_And_Version_End_The_Run_Behind_The_Options) {
-    const struct {
-        const char* options;
-        int status;
-        std::string out;
-        const char* err;
-    } cases[] = {
-        {"--help", 0, Usage(), ""},
-        {"--version", 0, "5.52\n", ""},
-        {"--version --help none.tn", 0, "5.52\n" + Usage(), ""},
-        {"--version -dL", 0, "5.52\n", ""},
-        {"--version --bad", 1, "5.52\n", "tnc: Invalid option '--bad'\n"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(Run(c.options), c.status) << c.options;
-        EXPECT_EQ(out, c.out) << c.options;
-        EXPECT_EQ(err, c.err) << c.options;
-    }
+    EXPECT_EQ(Run("--help"), 0);
+    const std::string help = out;
+    EXPECT_TRUE(help.starts_with("Usage: tnc [options] file...\n"
+                                 "Options:\n"
+                                 "  --help           Display this information\n"));
+    EXPECT_NE(help.find("\n  -o <file>        Place output in <file>\n"), std::string::npos);
+    EXPECT_TRUE(help.ends_with(R"(
+  -A               Make access private by default for functions
+
+<warning> may be one of:
+  - One or more warning ids, separated by commas
+  - The keyword "all", which indicates all warnings
+
+<level> may be one or a comma separated list of the following:
+    scope     Warn or error on unscoped variables.
+    lock      Warn or error on TnFUNCTIONRETURN inside TnLOCKFILE.
+    capture   Warn or error on TnFUNCTIONRETURN inside TnCAPTURE.
+    async     Warn or error on TnFUNCTIONRETURN inside TnASYNC.
+  or
+    all       All of the above options.
+)"));
+    EXPECT_EQ(Run("--version --help -dL none.tn"), 0);
+    EXPECT_EQ(out, "5.52\n" + help);
+    EXPECT_EQ(Run("--version --bad"), 1);
+    EXPECT_EQ(out + err, "5.52\ntnc: Invalid option '--bad'\n");
     EXPECT_FALSE(fs::exists("output.tna"));
 }
 
-// One row for each way in which a run fails with its output open. The output is a hard link of "other".
+// One row for each way in which a run fails with its output open. What out is, is other too, by a link.
 TEST_F(Driver, Failed_Run_Leaves_No_Output) {
-    const std::string error = "bad.tn:1: CE_122: TnELSE without TnIF\n";
     const std::string refused = "page.tn:1: CE_186: TnINCLUDE cannot open file './out': it is the output\n";
+    std::ofstream("page.tn") << R"(<TnINCLUDE FILE="./out">)";
+    std::ofstream("text.tn") << R"(<TnINCLUDE FILE="./out" INTERPRET="off">)";
     const struct {
-        const char* page;   // what page.tn holds
-        const char* output; // what out is: a file, or a link to one
+        void (*link)(const fs::path& target, const fs::path& link);
         const char* options;
-        std::string late; // the file whose close fails
+        bool fails_late;
         std::string error;
     } cases[] = {
-        {"", "file", "-o out good.tn bad.tn none.tn", "", error},
-        {"", "link", "-o out good.tn bad.tn", "", error},
-        {"", "file", "-o out good.tn", "out", "tnc: Unable to write 'out': Input/output error\n"},
-        {R"(<TnINCLUDE FILE="./out">)", "file", "-o out page.tn", "", refused},
-        {R"(<TnINCLUDE FILE="./out" INTERPRET="off">)", "file", "-o out page.tn", "", refused},
+        {fs::create_hard_link, "-o out good.tn bad.tn none.tn", false,
+         "bad.tn:1: CE_122: TnELSE without TnIF\n"},
+        {fs::create_symlink, "-o out good.tn bad.tn", false, "bad.tn:1: CE_122: TnELSE without TnIF\n"},
+        {fs::create_hard_link, "-o out good.tn", true, "tnc: Unable to write 'out': Input/output error\n"},
+        {fs::create_hard_link, "-o out page.tn", false, refused},
+        {fs::create_hard_link, "-o out text.tn", false, "text" + refused.substr(4)},
     };
     for (const auto& c : cases) {
-        std::ofstream("page.tn") << c.page;
         std::ofstream("other") << "of an earlier run";
-        if (std::string(c.output) == "link")
-            fs::create_symlink("other", "out");
-        else
-            fs::create_hard_link("other", "out");
-        file_that_fails_late = c.late.empty() ? "" : folder / c.late;
+        c.link("other", "out");
+        file_that_fails_late = c.fails_late ? folder / "out" : "";
         EXPECT_EQ(Run(c.options), 1) << c.options;
         EXPECT_EQ(err, c.error) << c.options;
-        EXPECT_EQ(fs::symlink_status("out").type(), fs::file_type::not_found) << c.options;
+        EXPECT_FALSE(fs::is_symlink("out") || fs::exists("out")) << c.options;
         EXPECT_EQ(fs::file_size("other"), 0u) << c.options;
     }
 }
@@ -276,9 +212,9 @@ TEST_F(Driver, Output_That_Is_No_Regular_File_Stays) {
 
 TEST_F(Driver, Text_Of_Two_Gibibytes_Is_Not_Included) {
     std::ofstream("page.tn") << R"(<TnINCLUDE FILE="big.txt" INTERPRET="off">)";
-    for (std::uintmax_t size : {std::uintmax_t{1} << 31, std::uintmax_t{1} << 32}) {
+    for (const std::uintmax_t gibibytes : {2, 4}) {
         std::ofstream("big.txt").close();
-        fs::resize_file("big.txt", size);
+        fs::resize_file("big.txt", gibibytes << 30);
         EXPECT_EQ(Run("page.tn"), 1);
         EXPECT_EQ(err, "page.tn:1: CE_186: TnINCLUDE cannot open file 'big.txt': File too large\n");
     }
@@ -289,10 +225,8 @@ TEST_F(Driver, Options_Set_The_Fields_They_Name) {
         const char* options;
         int output, warn, error;
     } cases[] = {
-        {"-f", 7, 0, 0},        {"-F", 0, 0, 0},
-        {"-fF", 4, 0, 0},       {"-FfF", 4, 0, 0},
-        {"-p scope", -1, 1, 0}, {"-P lock,capture", -1, 0, 6},
-        {"-p all", -1, -1, 0},  {"-p async -p Scope -P ASYNC", -1, 9, 8},
+        {"-f", 7, 0, 0}, {"-fF", 4, 0, 0},      {"-Ff", 4, 0, 0},
+        {"-F", 0, 0, 0}, {"-p all", -1, -1, 0}, {"-p async -p Scope -P lock,capture", -1, 9, 6},
     };
     for (const auto& c : cases) {
         With_Application(std::string(c.options) + " -D Foo", [&](Open_Application& application) {
@@ -300,13 +234,11 @@ TEST_F(Driver, Options_Set_The_Fields_They_Name) {
             EXPECT_EQ(application.function_output_default, c.output) << c.options;
             EXPECT_EQ(application.pedantic_warn, c.warn) << c.options;
             EXPECT_EQ(application.pedantic_error, c.error) << c.options;
-            EXPECT_TRUE(application.Is_Defined("FOOT", 3));
-            EXPECT_FALSE(application.Is_Defined("fo", 2));
+            EXPECT_TRUE(application.Is_Defined("FOOT", 3) && !application.Is_Defined("fo", 2));
         });
     }
 }
 
-// Which warnings print and which count, after the options.
 TEST_F(Driver, Warning_Options_Decide_What_Prints_And_What_Counts) {
     const struct {
         const char* options;
@@ -319,11 +251,9 @@ TEST_F(Driver, Warning_Options_Decide_What_Prints_And_What_Counts) {
         {"-w 0x11", 17, false, false},
         {"-w 17", 16, true, false},
         {"-W all", 51, true, false},
-        {"-w all -W 17", 17, true, false},
         {"-W 17 -w all", 17, false, false},
-        {"-X 17", 17, true, true},
+        {"-w all -X 17 -W 17", 17, true, true},
         {"-X 51", 51, false, false},
-        {"-X 51 -W 51", 51, true, true},
         {"-w 5,x", 5, false, false}, // refused, but what stands ahead holds
     };
     for (const auto& c : cases) {
