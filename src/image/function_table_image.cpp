@@ -1,11 +1,11 @@
 // The section, little-endian:
-//   header     bucket_entries (2 bytes, signed), bucket_bits (1), function_count (4)
-//   buckets    for each bucket in use, ascending: index (2, signed), first function (4)
+//   chains     header and buckets, see Chain_Records
 //   links      for each function the next one in its chain, or -1 (4)
 //   functions  each: name index, parameter_count, flags, body_a, body_b (4 each);
 //              its parameters, each: name index, flags, ident (4 each);
 //              its locals, in the form of VariableHash
 
+#include "image/chain_records.h"
 #include "image/dictionary.h"
 #include "image/function_table.h"
 #include "image/little_endian.h"
@@ -16,61 +16,26 @@
 namespace {
 
 constexpr int section_tag = Section_Tag("func");
-constexpr int header_size = 7;
-constexpr int bucket_record_size = 6;
 constexpr int link_size = 4;
 constexpr int function_header_size = 20;
 constexpr int parameter_size = 12;
 
-constexpr int most_bucket_bits = 32; // counted modulo 32, so that 32 means one bucket
-constexpr std::uint32_t most_buckets = 0x1fffffff;
-constexpr std::uint32_t most_functions = 0xfffffff;
 constexpr std::uint32_t most_parameters = 0xaaaaaaa;
 
-struct Header {
-    int bucket_entries;
-    int bucket_bits;
-    std::uint32_t function_count;
+constexpr Chain_Records::Form form = {"function_list_header", "function_hash_bucket", ".function_count",
+                                      0xfffffff};
 
-    [[nodiscard]] std::uint32_t Buckets() const { return std::uint32_t{1} << (bucket_bits & 31); }
-};
-
-// What is wrong with a header, null for nothing.
-const char* Header_Fault(const Header& header) {
-    if (header.bucket_bits > most_bucket_bits)
-        return "function_list_header.bucket_bits out of range";
-    if (header.Buckets() > most_buckets)
-        return "read_bucket_size out of range";
-    if (header.function_count > most_functions)
-        return "function_list_header.function_count out of range";
-    if (header.bucket_entries < 0)
-        return "function_list_header.bucket_entries out of range";
-    return nullptr;
-}
-
-// Reads the buckets and the links. Answers what is wrong, null for nothing. What leads nowhere ends its
-// chain.
-const char* Read_Chains(TaggedFile* file, const Header& header, ChainHeads& buckets, std::vector<int>& next) {
-    const auto function_at = [&](const char* record) {
-        const auto function = Get_Little_Endian<std::uint32_t>(record);
-        return function < header.function_count ? static_cast<int>(function) : -1;
-    };
+// What leads nowhere ends its chain.
+bool Read_Links(TaggedFile* file, std::uint32_t functions, std::vector<int>& next) {
     std::vector<char> bytes;
-    if (!file->Section_Read_Records(bytes, static_cast<std::uint32_t>(header.bucket_entries),
-                                    bucket_record_size))
-        return file->error().text();
-    for (std::size_t at = 0; at < bytes.size(); at += bucket_record_size) {
-        const auto index = Get_Little_Endian<std::int16_t>(&bytes[at]);
-        if (index < 0 || static_cast<std::uint32_t>(index) >= header.Buckets())
-            return "function_hash_bucket.index out of range";
-        buckets.Set_Head(index, function_at(&bytes[at + 2]));
+    if (!file->Section_Read_Records(bytes, functions, link_size))
+        return false;
+    next.reserve(functions);
+    for (std::size_t at = 0; at < bytes.size(); at += link_size) {
+        const auto link = Get_Little_Endian<std::uint32_t>(&bytes[at]);
+        next.push_back(link < functions ? static_cast<int>(link) : -1);
     }
-    if (!file->Section_Read_Records(bytes, header.function_count, link_size))
-        return file->error().text();
-    next.reserve(header.function_count);
-    for (std::size_t at = 0; at < bytes.size(); at += link_size)
-        next.push_back(function_at(&bytes[at]));
-    return nullptr;
+    return true;
 }
 
 // A function's header and parameters.
@@ -95,28 +60,15 @@ bool FunctionManager::Read(TaggedFile* file) {
 }
 
 bool FunctionManager::Write(TaggedFile* file) {
-    std::vector<char> chains;
-    int used = 0;
-    int last_used = 0;
-    buckets.For_Each([&](int bucket, int head) {
-        Append_Little_Endian(chains, static_cast<std::int16_t>(bucket));
-        Append_Little_Endian(chains, head);
-        ++used;
-        last_used = bucket;
-    });
-    if (last_used > INT16_MAX)
-        return Error("function_hash_bucket.index out of range");
-    if (used > INT16_MAX)
-        return Error("function_list_header.bucket_entries out of range");
-    std::vector<char> header;
-    Append_Little_Endian(header, static_cast<std::int16_t>(used));
-    Append_Little_Endian(header, static_cast<std::uint8_t>(bucket_bits));
-    Append_Little_Endian(header, Entries());
+    Chain_Records records(form);
+    if (!records.Take(buckets, bucket_bits, Entries()))
+        return Error(records.fault);
+    std::vector<char> chains = records.Bytes();
     for (const int link : next)
         Append_Little_Endian(chains, link);
 
     file->Section_Start(section_tag);
-    if (!file->Section_Write_All(header) || !file->Section_Write_All(chains))
+    if (!file->Section_Write_All(chains))
         return Error(file->error());
     for (const auto& function : functions) {
         if (!file->Section_Write_All(Record_Of(*function)))
@@ -128,22 +80,19 @@ bool FunctionManager::Write(TaggedFile* file) {
 }
 
 bool FunctionManager::Read_Section(TaggedFile* file) {
-    std::vector<char> bytes;
-    if (!file->Section_Read_Start(section_tag, nullptr) || !file->Section_Read_Records(bytes, 1, header_size))
+    if (!file->Section_Read_Start(section_tag, nullptr))
         return Error(file->error());
-    const Header header{Get_Little_Endian<std::int16_t>(&bytes[0]),
-                        Get_Little_Endian<std::uint8_t>(&bytes[2]),
-                        Get_Little_Endian<std::uint32_t>(&bytes[3])};
-    if (const char* fault = Header_Fault(header))
-        return Error(fault);
-
-    ChainHeads read_buckets(header.bucket_bits, 0);
+    Chain_Records records(form);
+    if (!records.Read_Header(file) || !records.Read_Buckets(file))
+        return Error(records.fault);
     std::vector<int> read_next;
-    if (const char* fault = Read_Chains(file, header, read_buckets, read_next))
-        return Error(fault);
+    if (!Read_Links(file, records.entries, read_next))
+        return Error(file->error());
+    ChainHeads read_buckets(records.bucket_bits, 0);
+    records.Set_Heads(read_buckets);
     std::int64_t name_room = file->Copy_Room();
     std::vector<std::unique_ptr<Function>> read_functions;
-    while (read_functions.size() < header.function_count) {
+    while (read_functions.size() < records.entries) {
         auto function = std::make_unique<Function>(dictionary, 0);
         if (!Read_Function(file, name_room, *function))
             return false;
@@ -151,7 +100,7 @@ bool FunctionManager::Read_Section(TaggedFile* file) {
         read_functions.push_back(std::move(function));
     }
     buckets = std::move(read_buckets);
-    bucket_bits = header.bucket_bits;
+    bucket_bits = records.bucket_bits;
     next.swap(read_next);
     functions.swap(read_functions);
     return true;
