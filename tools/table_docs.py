@@ -101,30 +101,33 @@ def wiping_tags():
 
 
 TEXT_OR_EXPRESSION = "text or expression"
-VALUES = {
+VARIABLE_OR_NAME = "variable, or expression that gives its name"
+WITH_EXPRESSION = {
     "Constant": TEXT_OR_EXPRESSION,
-    "Constant_No_Element": "text",
-    "Target_Variable": "variable, or expression that gives its name",
+    "Target_Variable": VARIABLE_OR_NAME,
     "Whole_Name": "name, or expression that gives it",
     "Index": "positive number or expression",
     "Member": "name or expression",
-    "Variable_Name": "variable, or expression that gives its name",
+    "Variable_Name": VARIABLE_OR_NAME,
     "Reference_Name": "variable or expression",
     "Positive_Number": "positive number or expression",
     "Text": TEXT_OR_EXPRESSION,
-    "Directive_Text": "text",
     "Dynamic_Text": "expression, kept as text",
-    "Constant_Flag": "none; any text is taken",
-    "Flag": "none; any text is taken",
-    "Copy_Flag": "none; any text is taken",
     "Certificate_Type": "`pem` or `asn1`, or expression",
     "Row_Position": "number, `top` or `bottom`, or expression",
     "Array_Index": "positive number or expression",
     "Array_Member": "name or expression",
+    "Localized_Level": "words; an expression has no effect",
+}
+WITHOUT_EXPRESSION = {
+    "Constant_No_Element": "text",
+    "Directive_Text": "text",
+    "Constant_Flag": "none, or any text",
+    "Flag": "none, or any text",
+    "Copy_Flag": "none, or any text",
     "Include_Interpret": "`on` or `off`",
     "Output_Level": "words",
     "Capture_Level": "words",
-    "Localized_Level": "words",
     "Error_Level": "words",
     "Interpret": "words",
     "Ident": "text",
@@ -135,9 +138,11 @@ def attributes(name, old):
     tag = next(tag for tag, keys in tag_keys().items() if name.lower() in keys)
     told = {row[0]: row[2:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
     lines = []
-    for spellings, convert, _ in routes()[tag]:
+    for spellings, convert, is_refused in routes()[tag]:
         key = "`" + "`, `".join(spellings) + "`"
-        lines.append([key, VALUES[convert], *told.get(key, [UNFILLED, UNFILLED])])
+        refusal = "an expression is refused" if is_refused else "an expression is lost"
+        value = WITH_EXPRESSION.get(convert) or f"{WITHOUT_EXPRESSION[convert]}; {refusal}"
+        lines.append([key, value, *told.get(key, [UNFILLED, UNFILLED])])
     return markdown(["Attribute", "Value", "Needed", "Meaning"], lines)
 
 
@@ -185,7 +190,7 @@ def c_names():
 def roff(text):
     """Text for the man page: a sentence begins its line, and lines are short."""
     text = text.replace("\\", "\\e").replace('"', "\\(dq").replace("'", "\\(aq").replace("-", "\\-")
-    lines = [line for sentence in re.split(r"(?<=[.:;]) +", text) for line in textwrap.wrap(sentence, 78)]
+    lines = [line for sentence in re.split(r"(?<=[.:;]) +(?=[A-Z])", text) for line in textwrap.wrap(sentence, 78)]
     return "\n".join("\\&" + line if line[0] in ".\"" else line for line in lines)
 
 

@@ -1,44 +1,6 @@
-// The rows of the messages, put together with what they speak of.
+// Which diagnostics are printed, in what form, and which of them count.
 
 #include "app/driver/compiler_application.h"
-
-#include <cstring>
-
-namespace {
-
-// Checks what a row promises: rows ordered by number, and no percent sign but that of a placeholder.
-constexpr bool Messages_Are_Sound() {
-    ErrorCode last = 1;
-    for (const Message_Row& row : messages) {
-        if (row.code < last)
-            return false;
-        last = row.code;
-        for (const char* text = row.text; *text; ++text) {
-            if (*text == '%' && *++text != 's' && *text != 'd')
-                return false;
-        }
-    }
-    return true;
-}
-static_assert(Messages_Are_Sound());
-
-} // namespace
-
-String Compose_Message(Message message, const Message_Argument* arguments) {
-    const char* format = message_row(message).text;
-    String text("");
-    while (const char* placeholder = strchr(format, '%')) {
-        text.cat(format, static_cast<int>(placeholder - format));
-        if (placeholder[1] == 'd')
-            text = text + arguments->number;
-        else
-            text.cat(arguments->text.data(), static_cast<int>(arguments->text.size()));
-        ++arguments;
-        format = placeholder + 2;
-    }
-    text.cat(format, -1);
-    return text;
-}
 
 // A suppressed warning doesn't count either, even if it would be an error.
 bool CompilerApplication::CompileError(ErrorCode code, const char* file, int line, const String& message) {

@@ -1,4 +1,9 @@
 // The code generator: scanner events in, calls of the back end out.
+//
+// It is one class, though its generators go by subject and stand in a source for each: the virtual operations
+// are one list and the fields one row, both part of the binary interface, and most generators need the values
+// of the tag, the queue, the reports, the versions and the open blocks at once. A handler outside would take
+// a context as wide as this header.
 #ifndef COMPILER_COMPILER_PARSER_H
 #define COMPILER_COMPILER_PARSER_H
 
