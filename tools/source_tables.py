@@ -103,6 +103,18 @@ def keyword_lists():
     }
 
 
+def file_versions():
+    """The minor file versions that code demands, with the first engine that reads each: {"2": "4.03", ...}."""
+    found = {minor: engine for _, minor, engine in rows("engine_version.def", "FILE_VERSION")}
+    return {minor: engine for minor, engine in found.items() if int(minor) > 1 and engine != "0"}
+
+
+def engines():
+    """All engines that a table names."""
+    features = [row[-1] for kind in ("PROGRAM_VERSION", "ENGINE_FEATURE") for row in rows("engine_version.def", kind)]
+    return {*file_versions().values(), *features}
+
+
 def c_interface():
     families = {}
     for result, name in rows("c_interface.def", "STUB"):

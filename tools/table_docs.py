@@ -15,6 +15,8 @@ from source_tables import (
     c_interface,
     causes,
     c_text,
+    engines,
+    file_versions,
     keyword_lists,
     message_name,
     messages,
@@ -31,6 +33,7 @@ MARKED = re.compile(
     re.DOTALL | re.MULTILINE,
 )
 UNFILLED = "TO BE TOLD"
+ENGINE = re.compile(r"(?:engine|engine of|older than|4\.0 to) (\d+\.\d+)")
 
 
 def cell(text):
@@ -136,23 +139,34 @@ WITHOUT_EXPRESSION = {
 
 def attributes(name, old):
     tag = next(tag for tag, keys in tag_keys().items() if name.lower() in keys)
-    told = {row[0]: row[2:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
+    told = told_columns(old)
     lines = []
     for spellings, convert, is_refused in routes()[tag]:
         key = "`" + "`, `".join(spellings) + "`"
         refusal = "an expression is refused" if is_refused else "an expression is lost"
         value = WITH_EXPRESSION.get(convert) or f"{WITHOUT_EXPRESSION[convert]}; {refusal}"
-        lines.append([key, value, *told.get(key, [UNFILLED, UNFILLED])])
+        lines.append([key, value, *told.get(key, ["", UNFILLED, UNFILLED])[1:]])
     return markdown(["Attribute", "Value", "Needed", "Meaning"], lines)
 
 
+def told_columns(old):
+    """The columns of a table's rows behind the first, by the first."""
+    return {row[0]: row[1:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
+
+
 def words(name, old):
-    told = {row[0]: row[1:] for row in (re.split(r" \| ", line.strip("| ")) for line in old)}
+    told = told_columns(old)
     lines = []
     for word, has_effect in keyword_lists()[name]:
         meaning = told.get(f"`{word}`", [UNFILLED]) if has_effect else ["none; CW_51 says so where `-W 51` is given"]
         lines.append([f"`{word}`", *meaning])
     return markdown(["Word", "Meaning"], lines)
+
+
+def versions(_, old):
+    told = told_columns(old)
+    lines = [[f"`1.{minor}`", engine, *told.get(f"`1.{minor}`", ["", UNFILLED])[1:]] for minor, engine in file_versions().items()]
+    return markdown(["File version", "First engine", "Demanded by"], lines)
 
 
 def user_operators():
@@ -297,7 +311,7 @@ TABLES = {
     "zsh_words": zsh_words,
     "fish_options": fish_options,
 }
-TABLES_OF_ONE = {"attributes": attributes, "words": words, "operator": operator}
+TABLES_OF_ONE = {"attributes": attributes, "words": words, "operator": operator, "versions": versions}
 
 
 def filled(text):
@@ -323,6 +337,8 @@ def main():
                 stale.append(f"{path.relative_to(ROOT)}: run tools/table_docs.py")
             if UNFILLED in written:
                 stale.append(f"{path.relative_to(ROOT)}: a table has rows that are to be filled in")
+            for engine in set(ENGINE.findall(written)) - engines():
+                stale.append(f"{path.relative_to(ROOT)}: no table knows of engine {engine}")
             if "--check" not in sys.argv[1:]:
                 path.write_text(written, encoding="utf-8")
     if "--check" in sys.argv[1:] and stale:
