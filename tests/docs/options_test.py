@@ -40,7 +40,8 @@ for shell in SHELLS.keys() - missing:
     with tempfile.TemporaryDirectory() as folder:
         run(folder, "bash", "-c", "touch shop.so page.tn; mkdir old")
         for line, expected in CASES.items():
-            answers = run(folder, shell, "-c", SHELLS[shell].format(completion=COMPLETION, line=line))[1].split("\n")
+            script = SHELLS[shell].format(completion=COMPLETION, line=line)
+            answers = run(folder, "env", f"HOME={folder}", shell, "-c", script)[1].split("\n")
             found = [answer.split("\t")[0].rstrip("/") for answer in answers if answer]
             expect(f"{shell}: {line}", sorted(found), sorted(expected))
 finish(missing)
