@@ -1,10 +1,8 @@
 #include "frontend/scanner/tokenizer.h"
 
 #include <algorithm>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
-#include <string_view>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -31,51 +29,44 @@ std::string Tokens_Of(Tokenizer& tokenizer) {
     return tokens;
 }
 
-// A page of text behind which there is nothing: a read of one byte more is a fault.
-class Guarded_Page {
-  public:
-    explicit Guarded_Page(std::string_view end) : size(sysconf(_SC_PAGESIZE)) {
-        page = static_cast<char*>(
-            mmap(nullptr, 2 * size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
-        std::fill(page, page + size - end.size(), 'a');
-        std::copy(end.begin(), end.end(), page + size - end.size());
-        mprotect(page + size, size, PROT_NONE);
-    }
-    ~Guarded_Page() { munmap(page, 2 * size); }
-    std::string_view Last(std::size_t length) const { return {page + size - length, length}; }
-
-  private:
-    std::size_t size;
-    char* page;
+struct Token {
+    Tokenizer_TokenType type;
+    std::string text;
+    bool operator==(const Token&) const = default;
 };
 
-} // namespace
+// What an operation of the tokenizer gives, called with the place of the text.
+template <typename Operation>
+Token Taken(Operation operation) {
+    const char* text = "";
+    int length = 0;
+    const Tokenizer_TokenType type = operation(&text, length);
+    return {type, std::string(text, length)};
+}
 
 TEST(Tokenizer, Tokens_In_Tags_And_Expressions) {
-    struct Case {
-        std::string text;
-        std::string in_tag;
-        std::string in_expression; // empty when it is the same
-    };
-    const Case cases[] = {
-        {"", "eof", ""},
+    const struct {
+        std::string text, in_tag;
+        std::string in_expression = {}; // empty when it is the same
+    } cases[] = {
+        {"", "eof"},
         {"a-b:c", "ident:a-b:c eof", "ident:a op:- ident:b op:: ident:c eof"},
         {"_a1\\<b", "ident:_a1\\ lt:< ident:b eof", "ident:_a1\\<b eof"},
-        {"a\\", "ident:a\\ eof", ""},
-        {"\\a", "escape:\\ ident:a eof", ""},
-        {"+++-- - +", "op:++ op:+ op:-- space:  op:- space:  op:+ eof", ""},
-        {"$*,/:[]", "op:$ op:* op:, op:/ op:: op:[ op:] eof", ""},
-        {"<>!=\"'{}().", "lt:< gt:> bang:! eq:= dquote:\" squote:' {:{ }:} lparen:( rparen:) dot:. eof", ""},
-        {"12.5 7.", "number:12.5 space:  number:7. eof", ""},
-        {"1.2.3", "number:1.2 dot:. number:3 eof", ""},
+        {"a\\", "ident:a\\ eof"},
+        {"\\a", "escape:\\ ident:a eof"},
+        {"+++-- - +", "op:++ op:+ op:-- space:  op:- space:  op:+ eof"},
+        {"$*,/:[]", "op:$ op:* op:, op:/ op:: op:[ op:] eof"},
+        {"<>!=\"'{}().", "lt:< gt:> bang:! eq:= dquote:\" squote:' {:{ }:} lparen:( rparen:) dot:. eof"},
+        {"12.5 7.", "number:12.5 space:  number:7. eof"},
+        {"1.2.3", "number:1.2 dot:. number:3 eof"},
         {"0x 0xg 0x1F.a.b",
-         "number:0 ident:x space:  number:0 ident:xg space:  number:0x1F.a dot:. ident:b eof", ""},
-        {"0X9f", "number:0X9f eof", ""},
-        {" \t\v\f\r\nx", "space: \t\v\f\r\n ident:x eof", ""},
-        {"~\x80#\x01", "other:~ other:\x80 other:# other:\x01 eof", ""},
-        {"a\0b"s, "ident:a eof", ""},
+         "number:0 ident:x space:  number:0 ident:xg space:  number:0x1F.a dot:. ident:b eof"},
+        {"0X9f", "number:0X9f eof"},
+        {" \t\v\f\r\nx", "space: \t\v\f\r\n ident:x eof"},
+        {"~\x80#\x01", "other:~ other:\x80 other:# other:\x01 eof"},
+        {"a\0b"s, "ident:a eof"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         for (int in_expression : {0, 1}) {
             Tokenizer tokenizer(c.text.data(), static_cast<int>(c.text.size()), 0);
             tokenizer.in_expression = in_expression;
@@ -85,139 +76,121 @@ TEST(Tokenizer, Tokens_In_Tags_And_Expressions) {
     }
 }
 
-TEST(Tokenizer, Scan_Goes_On_Behind_A_Zero_Byte) {
-    Tokenizer tokenizer("a\0b", 3, 0);
-    EXPECT_EQ(Tokens_Of(tokenizer), "ident:a eof");
-    EXPECT_EQ(Tokens_Of(tokenizer), "ident:b eof");
-}
-
-TEST(Tokenizer, Bare_Expression_Gets_Braces) {
-    Tokenizer tokenizer("a", 1, 1);
-    EXPECT_EQ(Tokens_Of(tokenizer), "{ ident:a } eof");
-    Tokenizer empty("", 0, 1);
+TEST(Tokenizer, Bare_Expression_Gets_Braces_And_A_Zero_Byte_Ends) {
+    Tokenizer tokenizer("a\0b", 3, 0), bare("a", 1, 1), empty("", 0, 1);
+    EXPECT_EQ(Tokens_Of(tokenizer) + ", " + Tokens_Of(tokenizer), "ident:a eof, ident:b eof");
+    EXPECT_EQ(Tokens_Of(bare), "{ ident:a } eof");
     EXPECT_EQ(Tokens_Of(empty), "{ eof");
 }
 
 TEST(Tokenizer, Peeked_Token_Comes_Next) {
     Tokenizer tokenizer("a\nb", 3, 1);
-    const char* text;
-    int length;
+    const auto peek = [&](const char** text, int& length) { return tokenizer.Peek(text, length); };
+    const auto get = [&](const char** text, int& length) { return tokenizer.Get_Next_Token(text, length); };
     for (const char* next : {"", "a", "\n", "b", ""}) {
-        for (int look = 0; look < 2; ++look) {
-            tokenizer.Peek(&text, length);
-            EXPECT_EQ(std::string(text, static_cast<std::size_t>(length)), next);
-        }
-        tokenizer.Get_Next_Token(&text, length);
-        EXPECT_EQ(std::string(text, static_cast<std::size_t>(length)), next);
+        const Token token = Taken(peek);
+        EXPECT_EQ(token.text, next);
+        EXPECT_TRUE(Taken(peek) == token && Taken(get) == token);
     }
     EXPECT_EQ(tokenizer.line, 1);
     EXPECT_EQ(Tokens_Of(tokenizer), "eof");
 }
 
 TEST(Tokenizer, Read_Until_Terminator) {
-    struct Case {
+    const struct {
         std::string text;
-        std::string slice;
-        Tokenizer_TokenType type;
+        Token slice;
         int line;
+    } cases[] = {
+        {"a\nb\"c", {TOKEN_OTHER, "a\nb\""}, 1},
+        {"\"c", {TOKEN_OTHER, "\""}, 0},
+        {"a\\\"b\"c", {TOKEN_OTHER, "a\\\"b\""}, 0},
+        {"a\\\\\"b\"", {TOKEN_OTHER, "a\\\\\""}, 0},
+        {"\\\n\\\\x\n\"", {TOKEN_OTHER, "\\\n\\\\x\n\""}, 1},
+        {"", {TOKEN_EOF, ""}, 0},
+        {"abc\n", {TOKEN_UNTERMINATED, "abc\n"}, 1},
+        {"abc\\", {TOKEN_UNTERMINATED, "abc\\"}, 0},
+        {"abc\\\"", {TOKEN_OTHER, "abc\\\""}, 0}, // the last byte is one, if an escaped one
     };
-    const Case cases[] = {
-        {"a\nb\"c", "a\nb\"", TOKEN_OTHER, 1},
-        {"\"c", "\"", TOKEN_OTHER, 0},
-        {"a\\\"b\"c", "a\\\"b\"", TOKEN_OTHER, 0},
-        {"a\\\\\"b\"", "a\\\\\"", TOKEN_OTHER, 0},
-        {"\\\n\\\\x\n\"", "\\\n\\\\x\n\"", TOKEN_OTHER, 1},
-        {"abc\n", "abc\n", TOKEN_UNTERMINATED, 1},
-        {"abc\\", "abc\\", TOKEN_UNTERMINATED, 0},
-        {"abc\\\"", "abc\\\"", TOKEN_OTHER, 0}, // the last byte is one, if an escaped one
-        {"", "", TOKEN_EOF, 0},
-    };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         Tokenizer tokenizer(c.text.data(), static_cast<int>(c.text.size()), 0);
-        const char* text;
-        int length;
-        EXPECT_EQ(tokenizer.Read_Until(&text, length, '"', '\\'), c.type) << c.text;
-        EXPECT_EQ(std::string(text, static_cast<std::size_t>(length)), c.slice);
+        const auto read = [&](const char** text, int& length) {
+            return tokenizer.Read_Until(text, length, '"', '\\');
+        };
+        EXPECT_EQ(Taken(read), c.slice) << c.text;
         EXPECT_EQ(tokenizer.line, c.line) << c.text;
     }
 }
 
 TEST(Tokenizer, Read_Until_Pattern) {
-    for (int filling : {0, 10, 300, 5000}) {
-        std::string body(static_cast<std::size_t>(filling), '\n');
-        for (bool closed : {true, false}) {
-            std::string source = body + (closed ? "</tNcOmment>rest" : "</TnCOMMENT");
+    const auto until_close = [](Tokenizer& tokenizer) {
+        return Taken([&](const char** text, int& length) {
+            return tokenizer.Read_Until(text, length, "</TnCOMMENT>", 12);
+        });
+    };
+    for (const int filling : {0, 10, 300, 5000})
+        for (const bool closed : {true, false}) {
+            const std::string body = std::string(filling, '\n') + (closed ? "</tNcOmment>" : "</TnCOMMENT"),
+                              source = body + (closed ? "rest" : "");
             Tokenizer tokenizer(source.data(), static_cast<int>(source.size()), 0);
-            const char* text;
-            int length = 0;
-            EXPECT_EQ(tokenizer.Read_Until(&text, length, "</TnCOMMENT>", 12),
-                      closed ? TOKEN_OTHER : TOKEN_UNTERMINATED);
-            EXPECT_EQ(length, closed ? filling + 12 : static_cast<int>(source.size()));
+            EXPECT_EQ(until_close(tokenizer), (Token{closed ? TOKEN_OTHER : TOKEN_UNTERMINATED, body}));
             EXPECT_EQ(tokenizer.line, filling);
             EXPECT_EQ(Tokens_Of(tokenizer), closed ? "ident:rest eof" : "eof");
         }
-    }
-}
-
-TEST(Tokenizer, Bare_Expression_Without_The_Pattern_Ends_Once) {
-    Tokenizer tokenizer("ab", 2, 1);
-    const char* text;
-    int length = 0;
-    tokenizer.Get_Next_Token(&text, length);
-    EXPECT_EQ(tokenizer.Read_Until(&text, length, "-->", 3), TOKEN_RBRACE);
-    EXPECT_EQ(Tokens_Of(tokenizer), "ident:ab eof");
+    Tokenizer bare("ab", 2, 1); // whose braces stand where the pattern is looked for
+    EXPECT_EQ(Taken([&](const char** text, int& length) { return bare.Get_Next_Token(text, length); }).type,
+              TOKEN_LBRACE);
+    EXPECT_EQ(until_close(bare).type, TOKEN_RBRACE);
+    EXPECT_EQ(Tokens_Of(bare), "ident:ab eof");
 }
 
 TEST(Tokenizer, Text_Runs_To_The_Next_Tag) {
-    for (int length = 0; length < 70; ++length) {
-        for (int stop = 0; stop <= length; ++stop) {
-            for (char stop_byte : {'<', '\0'}) {
+    for (int length = 0; length < 70; ++length)
+        for (int stop = 0; stop <= length; ++stop)
+            for (const char stop_byte : {'<', '\0'}) {
                 std::string source;
                 for (int i = 0; i < length; ++i)
                     source += i == stop ? stop_byte : i % 5 == stop % 3 ? '\n' : '\xbc';
                 Tokenizer tokenizer(source.data(), length, 0);
-                const char* text = nullptr;
-                int run = 0;
-                Tokenizer_TokenType type = tokenizer.Get_Next_Text(&text, run);
+                const auto next = [&](const char** text, int& size) {
+                    return tokenizer.Get_Next_Text(text, size);
+                };
                 if (stop > 0) {
-                    EXPECT_EQ(type, TOKEN_OTHER);
-                    EXPECT_EQ(run, stop);
+                    EXPECT_EQ(Taken(next), (Token{TOKEN_OTHER, source.substr(0, stop)}));
                     EXPECT_EQ(tokenizer.line, std::count(source.begin(), source.begin() + stop, '\n'));
-                    type = tokenizer.Get_Next_Text(&text, run);
                 }
-                EXPECT_EQ(type, stop < length && stop_byte == '<' ? TOKEN_LT : TOKEN_EOF);
+                EXPECT_EQ(Taken(next).type, stop < length && stop_byte == '<' ? TOKEN_LT : TOKEN_EOF);
             }
-        }
-    }
+    Tokenizer hidden("a\\<b", 4, 0); // no tag, where an identifier takes it in
+    hidden.in_expression = 1;
+    EXPECT_EQ(Taken([&](const char** text, int& length) { return hidden.Get_Next_Text(text, length); }),
+              (Token{TOKEN_IDENT, "a\\<b"}));
 }
 
-TEST(Tokenizer, Text_Gives_Tokens_Where_An_Identifier_May_Hide_A_Tag) {
-    Tokenizer tokenizer("a\\<b", 4, 0);
-    tokenizer.in_expression = 1;
-    const char* text;
-    int length;
-    EXPECT_EQ(tokenizer.Get_Next_Text(&text, length), TOKEN_IDENT);
-    EXPECT_EQ(length, 4);
-}
-
+// Behind the text there is a page that can't be read.
 TEST(Tokenizer, No_Byte_Outside_The_Text_Is_Read) {
-    for (const char* last :
-         {"a", "a\\", "1", "1.", "0x", "0x1", "+", "-", " ", "\n", "<", "\"", "\\", "\x80"}) {
-        Guarded_Page page(last);
-        for (std::size_t length : {std::size_t{1}, std::size_t{17}, std::size_t{4096}}) {
-            std::string_view source = page.Last(std::max(length, std::strlen(last)));
-            for (int in_expression : {0, 1}) {
-                Tokenizer tokens(source.data(), static_cast<int>(source.size()), 0);
+    const int page = getpagesize();
+    char* const start = static_cast<char*>(
+        mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0));
+    mprotect(start + page, page, PROT_NONE);
+    for (const std::string last :
+         {"a", "a\\", "1", "1.", "0x", "0x1", "+", "-", " ", "\n", "<", "\"", "\\", "\x80"})
+        for (const int size : {static_cast<int>(last.size()), 17, 4096}) {
+            const char* const source = start + page - size;
+            last.copy(std::fill_n(start, page - last.size(), 'a'), last.size());
+            for (const int in_expression : {0, 1}) {
+                Tokenizer tokens(source, size, 0);
                 tokens.in_expression = in_expression;
                 EXPECT_NE(Tokens_Of(tokens), "");
             }
+            Tokenizer run(source, size, 0), quoted(source, size, 0);
             const char* text;
-            int rest;
-            Tokenizer run(source.data(), static_cast<int>(source.size()), 0);
-            run.Get_Next_Text(&text, rest);
-            Tokenizer quoted(source.data(), static_cast<int>(source.size()), 0);
-            quoted.Read_Until(&text, rest, '\'', '\\');
-            EXPECT_EQ(rest, static_cast<int>(source.size()));
+            int length;
+            run.Get_Next_Text(&text, length);
+            quoted.Read_Until(&text, length, '\'', '\\');
+            EXPECT_EQ(length, size);
         }
-    }
+    munmap(start, 2 * page);
 }
+
+} // namespace
