@@ -56,7 +56,7 @@ def grammar():
         "scopeName": f"text.html.{PROGRAM}",
         "fileTypes": ["tn"],
         "patterns": include("comment", "assembly", "tag", "text.html.basic"),
-        "injections": {f"L:text.html.{PROGRAM} string.quoted": {"patterns": include("expression")}},
+        "injections": {f"L:text.html.{PROGRAM} string.quoted - meta.embedded": {"patterns": include("expression")}},
         "repository": {
             "comment": body("tncomment", "comment.block"),
             "assembly": body("tnassembly", "meta.embedded.assembly"),
@@ -64,7 +64,7 @@ def grammar():
                 "begin": rf"(?i)(</?)({alternatives(tags())})(?![\w-])",
                 "beginCaptures": {"2": named("entity.name.tag")},
                 "end": "/?>",
-                "patterns": include("attribute", "string"),
+                "patterns": include("attribute", "string", "expression"),
             },
             "attribute": named("entity.other.attribute-name", match=rf"(?i)(?<![\w-])({alternatives(attributes())})(?![\w-])"),
             "string": named("string.quoted.double", begin='"', end='"', patterns=include("escape", "expression")),
@@ -104,7 +104,7 @@ syntax region tarnString contained start=+"+ skip="\\." end=+"+ contains=tarnExp
 syntax match tarnAttribute contained "\%(\w\|-\)\@<!\%(ATTRIBUTES\)\%(\w\|-\)\@!"
 syntax match tarnTagName contained "\%(</\?\)\@2<=\%(TAGS\)\%(\w\|-\)\@!"
 syntax region tarnTag start="</\?\%(TAGS\)\%(\w\|-\)\@!" end=">" containedin=ALLBUT,@tarnWhole
-      \ contains=tarnTagName,tarnAttribute,tarnString
+      \ contains=tarnTagName,tarnAttribute,tarnString,tarnExpression
 syntax region tarnComment start="<tncomment>" end="</tncomment>" containedin=ALLBUT,@tarnWhole
 syntax region tarnAssembly start="<tnassembly>" end="</tnassembly>" containedin=ALLBUT,@tarnWhole
 syntax cluster tarnWhole contains=tarnComment,tarnAssembly,tarnTag,tarnString,tarnExpression,tarnText

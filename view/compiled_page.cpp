@@ -93,7 +93,10 @@ void Compiled_Page::End_Item() {
     instructions += is_instruction;
     part += item.starts_with(".function ");
     const std::string style = is_instruction ? "code" : is_label ? "label" : "directive";
-    At(item_start).code += Paragraph(style + "\" data-part=\"" + std::to_string(part), Escaped(item));
+    std::string html = Escaped(item);
+    if (is_instruction)
+        html.replace(std::min(html.find('\t', 1), html.size()), 1, "</b> ").replace(0, 1, "<b>");
+    At(item_start).code += Paragraph(style + "\" data-part=\"" + std::to_string(part), html);
     part += item == ".endfunction";
     item.clear();
 }

@@ -56,7 +56,6 @@ class View_Application : public UNIXCompilerApplication {
         output_path = "output.html";
     }
     ~View_Application() override { End_Run(); }
-
     int Go() override { return UNIXCompilerApplication::Go() != 0 || page.errors != 0; }
 
     bool CompileError(ErrorCode code, const char* file, int line, const String& message) override {

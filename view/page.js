@@ -1,16 +1,14 @@
-"use strict";
 const rows = [...document.querySelectorAll("tr")];
 const box = document.querySelector("input");
 let here = -1;
 
-// Replaces an element's text by pieces, [style, text] each.
-function dress(element, pieces) {
-  element.replaceChildren(...pieces.map(([className, textContent]) =>
-    Object.assign(document.createElement("span"), { className, textContent })));
+function span(className, textContent) {
+  return Object.assign(document.createElement("span"), { className, textContent });
 }
 for (const source of document.querySelectorAll("pre")) {
   const pieces = source.textContent.split(/(<\/?tn[\w-]*|\{[^}]*\})/i);
-  dress(source, pieces.map((text, at) => [at % 2 === 0 ? "" : text[0] === "<" ? "tag" : "value", text]));
+  const dressed = pieces.map((text, at) => at % 2 === 0 ? text : span(text[0] === "<" ? "tag" : "value", text));
+  source.replaceChildren(...dressed);
 }
 
 // Puts behind an instruction what its operands stand for.
@@ -22,9 +20,9 @@ for (const line of document.querySelectorAll(".directive")) {
   if (name) names.set(key(line, word, operand), name);
 }
 for (const line of document.querySelectorAll(".code")) {
-  const [, word, operands = ""] = line.textContent.split("\t");
-  const note = operands.split(", ").map((operand) => names.get(key(line, word, operand))).join(" ");
-  dress(line, [["opcode", word], ["", ` ${operands} `], ["note", note]]);
+  const [word, ...operands] = line.textContent.split(/,? /);
+  const found = operands.map((operand) => names.get(key(line, word, operand))).filter(Boolean);
+  line.append(...found.map((name) => span("note", ` ${name}`)));
 }
 
 // Goes to the next of the rows, or back, around the end.

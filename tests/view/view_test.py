@@ -26,7 +26,7 @@ BESIDE = [
 ]
 ASK = """const all = (selector) => [...document.querySelectorAll(selector)];
 const text = (selector) => all(selector).map((found) => found.textContent.replace(/\\s+/g, " ").trim());
-return {title: document.title, elements: all("section :is(img, script, b)").length, sources: text("pre"),
+return {title: document.title, elements: all("section :is(img, script), pre b").length, sources: text("pre"),
     loaded: performance.getEntriesByType("resource").length, diagnostic: text("#f0-4 .error")[0],
     beside: ["#f0-1", "#f0-3"].map((row) => text(row + " td + td p").join("; ")),
     here: all(".here").map((row) => row.id + " " + text("output")).join(), target: all(":target")[0]?.id,
