@@ -69,7 +69,7 @@ void CompilerParser::Declare_External_Functions() {
         Generate_Function_Directive(name.text(), name.length(), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
         int index = 0;
         for (const _TN_EL_Parameter& parameter : Parameters_Of(*external->record)) {
-            const bool by_value = !(parameter.flags & EXTERNAL_PARAMETER_BY_REFERENCE);
+            const bool by_value = !(parameter.flags & TN_BY_REFERENCE);
             Output_Parameter_Directive(parameter.name, parameter.name_length, index++, by_value);
         }
         Output_End_Function_Directive();
