@@ -2,9 +2,12 @@
 #include "extension/unix_external_library.h"
 #include "value/variable.h"
 
+#include <cstdio>
 #include <dlfcn.h>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
+#include <unistd.h>
 
 namespace {
 
@@ -30,13 +33,10 @@ TEST(ExternalLibrary, Is_Loaded_Once_And_Closed_Unless_It_Is_To_Last) {
     }
     EXPECT_EQ(Symbol(whole_library_path, "calls"), nullptr);
     EXPECT_NE(Symbol(symbolless_library_path, "calls"), nullptr);
-}
-
-TEST(ExternalLibrary, Loads_Another_In_Place_Of_The_First) {
     UNIXExternalLibrary library;
     EXPECT_EQ(library.Get_Function("malloc"), nullptr);
     for (const char* const path : {whole_library_path, whole_library_path, symbolless_library_path}) {
-        ASSERT_TRUE(library.Load(path, RTLD_LAZY));
+        ASSERT_TRUE(library.Load(path, RTLD_LAZY)); // in place of the one before
         EXPECT_FALSE(library.Load(missing_path, RTLD_LAZY));
         EXPECT_EQ(library.Get_Function("calls"), Symbol(path, "calls"));
     }
@@ -141,6 +141,35 @@ TEST_F(ExternalCallTest, What_Is_Released_Is_Not_Found_Any_More) {
     }
     EXPECT_EQ(told, "; old:; pool: cache keeper swap_in; cache: keeper swap_in"
                     "; data: swap_in; data: later; later:; later:");
+}
+
+// What comes of a page, assembly and diagnostics, from a word on.
+std::string Compiled(const std::string& page, const char* from) {
+    const std::string path = testing::TempDir() + "export_test." + std::to_string(getpid());
+    std::ofstream(path) << page;
+    const std::string command = tnc_path " -b " whole_library_path " -o /dev/stdout " + path + " 2>&1";
+    std::FILE* const output = popen(command.c_str(), "r");
+    std::string text;
+    for (int byte; (byte = std::getc(output)) != EOF;)
+        text += static_cast<char>(byte);
+    pclose(output);
+    std::remove(path.c_str());
+    return text.substr(std::min(text.find(from), text.size()));
+}
+
+// Heads for what is called, in any case, and none for the rest; null parameters are none, whatever their
+// count.
+TEST(Exports, Let_A_Library_Declare_Functions_Of_A_Page) {
+    EXPECT_EQ(Compiled("<TnEVAL EXPR=\"{SWAP_IN(1, blank(l.x, 2))}\">", ".function"),
+              ".function blank\texternal\tstdoutinherit"
+              "\n.endfunction"
+              "\n\n.function swap_in\texternal\tstdoutinherit"
+              "\n.parameter\tl_0\t\"value\""
+              "\n.parameter\tl_1\t\"target\"\treference"
+              "\n.endfunction"
+              "\n; end of compiled file\n");
+    const std::string error = "CE_180: Function \"blank\" takes 2 parameters, called with 1 parameters\n";
+    EXPECT_EQ(Compiled("<TnEVAL EXPR=\"{blank(1)}\">", "CE_").substr(0, error.size()), error);
 }
 
 } // namespace
