@@ -29,13 +29,13 @@ MANUAL, COMPLETION = ROOT / "man/tnc.1", ROOT / "completion"
 
 missing = [name for name in ("mandoc", "zsh", *SHELLS) if not shutil.which(name)]
 listed = [(name, value or "", text) for name, value, text in options()]
-usage = run(".", sys.argv[1], "--help")[1]
-expect("--help", re.findall(r"^  --?(\w+) +(<\w+>)? *(.*)$", usage, re.MULTILINE), listed)
+expect("--help", re.findall(r"(?m)^  --?(\w+) +(<\w+>)? *(.*)$", run(".", sys.argv[1], "--help")[1]), listed)
 described = re.findall(r"^\.It Fl -?(\w+)(?: Ar (\w+))?$", MANUAL.read_text(), re.MULTILINE)
 expect("man page", described, [(name, value.strip("<>")) for name, value, _ in listed])
 expect("levels", re.findall(r"^\.It Cm (\w+)$", MANUAL.read_text(), re.MULTILINE), pedantic_words())
-for words in (("mandoc", "-T", "lint", MANUAL), ("zsh", "-n", COMPLETION / "_tnc")):
-    expect(words, "" if words[0] in missing else run(".", *words)[1], "")
+for words in (("mandoc", "-T", "lint", *MANUAL.parent.glob("*.1")), ("zsh", "-n", COMPLETION / "_tnc")):
+    said = "" if words[0] in missing else run(".", *words)[1]
+    expect(words, re.sub(r".*(?: not found: Xr |mandoc\.db ).*\n*", "", said), "")  # which manuals the machine has
 for shell in SHELLS.keys() - missing:
     with tempfile.TemporaryDirectory() as folder:
         run(folder, "bash", "-c", "touch shop.so page.tn; mkdir old")
