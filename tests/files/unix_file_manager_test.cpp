@@ -92,15 +92,4 @@ TEST_F(Raw_Operations, Rename_Across_File_Systems_Loses_Nothing) {
     EXPECT_FALSE(std::filesystem::exists(away));
 }
 
-TEST_F(Raw_Operations, Temporary_Takes_The_First_Free_Number) {
-    for (int i = 0; i < 10; ++i)
-        Put("t." + std::to_string(i), "");
-    char* name = nullptr;
-    EXPECT_TRUE(see(manager->MakeTemporary("t", &name, FILE_MODE_READ)));
-    EXPECT_STREQ(name, "t.a");
-    delete[] name;
-    EXPECT_FALSE(manager->MakeTemporary("none/t", &name, FILE_MODE_READ));
-    EXPECT_EQ(Error(), System_Text(ENOENT));
-}
-
 } // namespace

@@ -1,6 +1,7 @@
 #include "files/file_tree.h"
 
 #include <csignal>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 
@@ -146,13 +147,10 @@ TEST_F(Open_File, Parking_Neither_Empties_Nor_Creates_Again) {
 
 TEST_F(Open_File, Limit_Counts_Managed_Files_Only) {
     Put("f", "abc");
-    manager->MaxFiles(2);
-    EXPECT_FALSE(manager->FreeFileSpace(3));
-    EXPECT_EQ(Error(),
-              "Simultaneous request for 2 file handles exceeds the maximum number of simultaneous file "
-              "handles.");
     manager->MaxFiles(1);
     EXPECT_FALSE(manager->Copy("f", "g"));
+    EXPECT_EQ(Error(), "Simultaneous request for 1 file handles exceeds the maximum number of simultaneous "
+                       "file handles.");
     const auto managed = Open("f", FILE_MODE_READ),
                unmanaged = Open("f", FILE_MODE_READ | FILE_MODE_UNMANAGED);
     std::filesystem::remove(At("f"));
@@ -161,6 +159,20 @@ TEST_F(Open_File, Limit_Counts_Managed_Files_Only) {
     UNIXFileManager other(nullptr);
     EXPECT_FALSE(other.ActivateFile(managed.get()));
     EXPECT_EQ(other.error().view(), "Activation request for invalid or non-active file");
+}
+
+// The write that meets the limit of a file's size is cut short, and the next one fails.
+TEST_F(Open_File, Copy_Goes_On_Behind_A_Short_Write) {
+    Put("f", std::string(5000, 'x'));
+    rlimit limit;
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit small{4000, limit.rlim_max};
+    const auto handler = signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_FALSE(manager->Copy("f", "g"));
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, handler);
+    EXPECT_EQ(Error(), System_Text(EFBIG));
 }
 
 } // namespace
