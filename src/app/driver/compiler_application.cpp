@@ -78,9 +78,12 @@ bool CompilerApplication::OpenOutput() {
         if (Same_File(output_path, argv[input]))
             return Path_Error("write", output_path, "it is one of the sources");
     }
+    Run_Guard::Expect_Output(output_path);
     output_file = filemanager()->Open(output_path, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE);
-    if (!output_file)
+    if (!output_file) {
+        Run_Guard::Forget_Output();
         return Path_Error("create", output_path, filemanager()->error());
+    }
     assembly = new FileOutput(output_file, output_buffer_size);
     return true;
 }
@@ -154,6 +157,10 @@ void CompilerApplication::End_Run() {
 
 FileCompilerParser* CompilerApplication::Release_Parser() {
     return parser.release();
+}
+
+void CompilerApplication::Source_Error(const String& path, const char* reason) {
+    Path_Error("read", path.text(), reason);
 }
 
 bool CompilerApplication::Is_Output(const char* path) const {

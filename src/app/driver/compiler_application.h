@@ -59,6 +59,8 @@ class CompilerApplication : public ConsoleApplication {
     virtual int Pedantic_Warn() { return pedantic_warn; }
     virtual int Pedantic_Error() { return pedantic_error; }
 
+    // Prints that a source can't be relied on.
+    void Source_Error(const String& path, const char* reason);
     // Whether the path leads to the output of this run.
     bool Is_Output(const char* path) const;
 
@@ -93,6 +95,8 @@ class CompilerApplication : public ConsoleApplication {
     void Close_Output();
     // Ends everything that a run has left; before the file manager goes.
     void End_Run();
+    // Leaves nothing of what was written.
+    void Discard_Output();
     // Prints that the path could not be opened, created and so on; answers false.
     bool Path_Error(const char* verb, const char* path, const String& reason);
 
@@ -116,7 +120,6 @@ class CompilerApplication : public ConsoleApplication {
     std::unique_ptr<FileCompilerParser> Make_Parser();
     // False when any write or the end of the file failed, with the message printed.
     bool Finish_Output();
-    void Discard_Output();
 };
 
 #endif

@@ -19,7 +19,7 @@ namespace {
 
 const char* program_name = "";
 UNIXFileManager* sources = nullptr;
-const char* output_path = nullptr; // set ahead of the descriptor, and valid as long as that is
+std::atomic<const char*> output_path = nullptr; // set ahead of the opening, forgotten behind the descriptor
 std::atomic<int> output_descriptor = -1;
 
 // The machine's own links to open descriptors: the superuser could remove them for everybody.
@@ -99,16 +99,20 @@ void Run_Guard::Watch_Sources(UNIXFileManager* manager) {
     sources = manager;
 }
 
-bool Run_Guard::Watch_Output(int descriptor, const char* path) {
-    Forget_Output();
-    const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+void Run_Guard::Expect_Output(const char* path) {
     output_path = path;
-    output_descriptor = copy;
-    return copy >= 0;
+}
+
+bool Run_Guard::Watch_Output(int descriptor) {
+    output_descriptor = Uninterrupted([&] { return fcntl(descriptor, F_DUPFD_CLOEXEC, 0); });
+    return output_descriptor >= 0;
 }
 
 bool Run_Guard::Cut_Output() {
     struct stat status;
+    if (output_descriptor < 0)
+        return output_path && stat(output_path, &status) == 0 && S_ISREG(status.st_mode) &&
+               status.st_size == 0;
     if (fstat(output_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
         return false;
     (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
@@ -119,4 +123,5 @@ void Run_Guard::Forget_Output() {
     const int descriptor = output_descriptor.exchange(-1);
     if (descriptor >= 0)
         close(descriptor);
+    output_path = nullptr;
 }

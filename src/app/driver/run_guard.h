@@ -19,11 +19,13 @@ class Run_Guard {
     // Whose files are looked through for the one that was shortened; null for none.
     static void Watch_Sources(UNIXFileManager* manager);
 
-    // The output from now on: its descriptor, of which a copy is kept, and the name that it was opened by,
-    // which is kept as it is. False with errno set when no copy can be had.
-    [[nodiscard]] static bool Watch_Output(int descriptor, const char* path);
+    // The output, ahead of its opening: its name, which is kept as it is.
+    static void Expect_Output(const char* path);
+    // The output's descriptor, of which a copy is kept. False with errno set when that fails.
+    [[nodiscard]] static bool Watch_Output(int descriptor);
     // Cuts the output to length 0, by whatever names it can be reached, unless there is none or it is no
-    // regular file. True when its name is to go too, which that of an open descriptor like /dev/stdout isn't.
+    // regular file; as long as its descriptor isn't known, it is an empty file of its name. True when its name
+    // is to go too, which that of an open descriptor like /dev/stdout isn't.
     static bool Cut_Output();
     static void Forget_Output();
 };

@@ -46,5 +46,9 @@ bool UNIXCompilerApplication::OpenOutput() {
     if (!CompilerApplication::OpenOutput())
         return false;
     const int descriptor = static_cast<UNIXFile*>(output_file)->Handle();
-    return Run_Guard::Watch_Output(descriptor, output_path) || Path_Error("create", output_path, lasterror());
+    if (Run_Guard::Watch_Output(descriptor))
+        return true;
+    Path_Error("create", output_path, lasterror());
+    Discard_Output();
+    return false;
 }
