@@ -12,13 +12,34 @@ inline bool Same_File(const char* a, const char* b) {
     return stat(a, &first) == 0 && stat(b, &second) == 0 && Same_File(first, second);
 }
 
-// Whether the path leads to a pipe, a socket or a device: it can't be mapped, and its length tells nothing.
-// The null device is none of them, since it is known to be empty.
-inline bool Is_Stream(const char* path) {
-    struct stat status;
-    if (stat(path, &status) != 0 || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode))
-        return false;
-    return !S_ISCHR(status.st_mode) || status.st_rdev != makedev(1, 3);
-}
+// What a path led to ahead of its opening. Of a path that led nowhere nothing is known.
+class File_Stamp {
+  public:
+    File_Stamp() = default;
+    explicit File_Stamp(const char* path) : is_known(stat(path, &status) == 0) {}
+
+    // Whether it is a pipe, a socket or a device: it can't be mapped, and its length tells nothing. The null
+    // device is none of them, since it is known to be empty.
+    bool Is_Stream() const {
+        if (!is_known || S_ISREG(status.st_mode) || S_ISDIR(status.st_mode))
+            return false;
+        return !S_ISCHR(status.st_mode) || status.st_rdev != makedev(1, 3);
+    }
+
+    // Whether the path leads to another file now, or the file has been written to.
+    bool Is_Changed(const char* path) const {
+        struct stat now;
+        if (!is_known || !S_ISREG(status.st_mode) || stat(path, &now) != 0)
+            return false;
+        return !Same_File(status, now) || status.st_size != now.st_size ||
+               status.st_mtim.tv_sec != now.st_mtim.tv_sec || status.st_mtim.tv_nsec != now.st_mtim.tv_nsec;
+    }
+
+  private:
+    struct stat status = {};
+    bool is_known = false;
+};
+
+constexpr const char* file_changed = "The file was changed";
 
 #endif

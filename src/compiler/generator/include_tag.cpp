@@ -44,7 +44,8 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
 
 ParserStatus CompilerParser::Include_Text(const String& name) {
     FileManager* manager = application->filemanager();
-    if (Is_Stream(name.text()))
+    const File_Stamp stamp(name.text());
+    if (stamp.Is_Stream())
         return Report<Message::Include_Not_Opened>(name, std::strerror(ESPIPE));
     std::unique_ptr<File> file(manager->Open(name.text(), FILE_MODE_READ));
     if (!file)
@@ -52,11 +53,12 @@ ParserStatus CompilerParser::Include_Text(const String& name) {
     const long size = file->Length();
     if (size > INT_MAX)
         return Report<Message::Include_Not_Opened>(name, std::strerror(EFBIG));
-    const char* contents = file->Map(0, size);
+    const char* contents = size < 0 ? nullptr : file->Map(0, size);
     if (!contents && size != 0)
         return Report<Message::Include_Not_Mapped>(name, file->error());
     Queue(OPCODE_PUSHC,
           Generate_String_Directive(contents ? contents : "", static_cast<int>(size), EXPRESSION_STATE_TEXT));
     Queue(OPCODE_OUT);
-    return PARSER_OK;
+    return stamp.Is_Changed(name.text()) ? Report<Message::Include_Not_Mapped>(name, file_changed)
+                                         : PARSER_OK;
 }

@@ -106,6 +106,8 @@ int Parser::Start() {
             scan.status = PARSER_OK;
         }
     }
+    if (scan.status == PARSER_FATAL)
+        Check_Source();
     return error_count != 0;
 }
 
@@ -127,8 +129,17 @@ void Parser::Step(Scan& scan) {
     }
 }
 
+// What was read of a file that changed meanwhile is neither the one nor the other.
+void Parser::Check_Source() {
+    if (!tokenizer->File_Changed())
+        return;
+    application->Source_Error(tokenizer->filename, file_changed);
+    ++error_count;
+}
+
 // The end of a file that has any error is told as one.
 void Parser::End_Of_Text(Scan& scan) {
+    Check_Source();
     const ParserStatus flushed = Flush_Unknown();
     scan.status = End_Of_File(error_count ? PARSER_ERROR : flushed);
     if (tokenizer_stack.Top())

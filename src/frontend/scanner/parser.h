@@ -187,6 +187,7 @@ class Parser {
 
     // parser.cpp
     void Step(Scan& scan);
+    void Check_Source();
     void End_Of_Text(Scan& scan);
     void Return_To_Including_File(Scan& scan);
     void Accumulate(int length) {

@@ -5,7 +5,6 @@
 #include "core/text_search.h"
 #include "files/file.h"
 #include "files/file_manager.h"
-#include "files/file_status.h"
 
 #include <algorithm>
 #include <array>
@@ -151,7 +150,8 @@ bool Tokenizer::Open(const String& path) {
         lasterror = "Is a directory";
         return false;
     }
-    if (Is_Stream(path.text())) {
+    opened = File_Stamp(path.text());
+    if (opened.Is_Stream()) {
         lasterror = std::strerror(ESPIPE);
         return false;
     }
@@ -173,7 +173,13 @@ bool Tokenizer::File_Activate() {
         Use_No_Text();
         return false;
     }
-    return Map_File();
+    if (!Map_File())
+        return false;
+    if (!File_Changed())
+        return true;
+    lasterror = file_changed;
+    Use_No_Text();
+    return false;
 }
 
 void Tokenizer::File_Deactivate() {
@@ -205,6 +211,7 @@ bool Tokenizer::Map_File() {
 void Tokenizer::Use_No_Text() {
     buffer = "";
     length = identifier_limit = position = 0;
+    opened = File_Stamp(); // of what is not read, no change counts
 }
 
 // One that was held back, one that a bare expression has or may have of its own, and the end.

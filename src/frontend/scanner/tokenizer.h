@@ -2,6 +2,7 @@
 #define FRONTEND_TOKENIZER_H
 
 #include "core/string.h"
+#include "files/file_status.h"
 #include "frontend/scanner/parser_types.h"
 
 #include <array>
@@ -62,6 +63,8 @@ class Tokenizer {
     [[nodiscard]] bool File_Activate();
     // Gives the file and its mapping up while an included file is read.
     void File_Deactivate();
+    // Whether the file is no longer the one that was opened; what has been read may be of both.
+    bool File_Changed() const { return file && opened.Is_Changed(filename.text()); }
 
     // True when no text is left, with the type of the token that says so.
     inline bool Check_Buffer_Fullness(Tokenizer_TokenType& type);
@@ -89,6 +92,7 @@ class Tokenizer {
     int peek_length;
     Tokenizer_TokenType peek_type;
     int identifier_limit; // length, or what it was before the text was made to end early
+    File_Stamp opened;
 
     bool Map_File();
     void Use_No_Text();
