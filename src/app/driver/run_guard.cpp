@@ -21,6 +21,7 @@ const char* program_name = "";
 UNIXFileManager* sources = nullptr;
 std::atomic<const char*> output_path = nullptr; // set ahead of the opening, forgotten behind the descriptor
 std::atomic<int> output_descriptor = -1;
+std::atomic<bool> output_is_regular = false; // valid with the descriptor
 
 // The machine's own links to open descriptors: the superuser could remove them for everybody.
 bool Names_A_Descriptor(std::string_view path) {
@@ -104,6 +105,10 @@ void Run_Guard::Expect_Output(const char* path) {
 }
 
 bool Run_Guard::Watch_Output(int descriptor) {
+    struct stat status;
+    if (fstat(descriptor, &status) != 0)
+        return false;
+    output_is_regular = S_ISREG(status.st_mode);
     output_descriptor = Uninterrupted([&] { return fcntl(descriptor, F_DUPFD_CLOEXEC, 0); });
     return output_descriptor >= 0;
 }
@@ -113,7 +118,7 @@ bool Run_Guard::Cut_Output() {
     if (output_descriptor < 0)
         return output_path && stat(output_path, &status) == 0 && S_ISREG(status.st_mode) &&
                status.st_size == 0;
-    if (fstat(output_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+    if (!output_is_regular)
         return false;
     (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
     return !Names_A_Descriptor(output_path);
