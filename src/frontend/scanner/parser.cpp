@@ -139,8 +139,8 @@ void Parser::Check_Source() {
 
 // The end of a file that has any error is told as one.
 void Parser::End_Of_Text(Scan& scan) {
-    Check_Source();
     const ParserStatus flushed = Flush_Unknown();
+    Check_Source();
     scan.status = End_Of_File(error_count ? PARSER_ERROR : flushed);
     if (tokenizer_stack.Top())
         Return_To_Including_File(scan);
