@@ -1,8 +1,9 @@
-/* A library to preload, under which one call fails. FAULT in the environment is "CALL NUMBER WHAT", or "CALL NUMBER+ WHAT" for
-   that call and all behind it. CALL is one of the names below, or "any" for each but malloc. WHAT is the number of an error;
-   "short", for a write of half; "kill N", a signal ahead of the call; "cut PATH" or "swap PATH", which ahead of it halves a
-   file, or puts PATH.new in its place. FAULT_COUNTS names a file that takes at the end how often each call was made. Calls on the
-   descriptors of the diagnostics are not counted: fwrite is what writes there. */
+/* A library to preload, under which one call fails. FAULT in the environment is "CALL NUMBER WHAT", or "CALL
+   NUMBER+ WHAT" for that call and all behind it. CALL is one of the names below, or "any" for each but
+   malloc. WHAT is the number of an error; "short", for a write of half; "kill N", a signal ahead of the call;
+   "cut PATH" or "swap PATH", which ahead of it halves a file, or puts PATH.new in its place. FAULT_COUNTS
+   names a file that takes at the end how often each call was made. Calls on the descriptors of the
+   diagnostics are not counted: fwrite is what writes there. */
 
 #define _GNU_SOURCE
 #include <errno.h>
@@ -17,10 +18,28 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-enum Call { MALLOC, OPEN, STAT, FSTAT, MMAP, MUNMAP, READ, WRITE, LSEEK, CLOSE, FCNTL, FTRUNCATE, UNLINK, FWRITE, ANY, CALLS };
+enum Call {
+    MALLOC,
+    OPEN,
+    STAT,
+    FSTAT,
+    MMAP,
+    MUNMAP,
+    READ,
+    WRITE,
+    LSEEK,
+    CLOSE,
+    FCNTL,
+    FTRUNCATE,
+    UNLINK,
+    FWRITE,
+    ANY,
+    CALLS
+};
 
-static const char* const names[] = {"malloc", "open",  "stat",  "fstat",     "mmap",   "munmap", "read", "write",
-                                    "lseek",  "close", "fcntl", "ftruncate", "unlink", "fwrite", "any"};
+static const char* const names[] = {"malloc", "open",      "stat",   "fstat",  "mmap",
+                                    "munmap", "read",      "write",  "lseek",  "close",
+                                    "fcntl",  "ftruncate", "unlink", "fwrite", "any"};
 static long counts[CALLS], number;
 static enum Call fault = CALLS;
 static int error, is_short, signal_number, goes_on;
@@ -83,7 +102,6 @@ static int Strikes(enum Call call) {
     return error != 0;
 }
 
-#ifndef WITHOUT_MALLOC
 extern void *__libc_malloc(size_t), *__libc_calloc(size_t, size_t), *__libc_realloc(void*, size_t),
     *__libc_memalign(size_t, size_t);
 
@@ -102,8 +120,6 @@ void* realloc(void* block, size_t size) {
 void* aligned_alloc(size_t alignment, size_t size) {
     return Strikes(MALLOC) ? NULL : __libc_memalign(alignment, size);
 }
-#endif
-
 int open(const char* path, int flags, ...) {
     va_list rest;
     va_start(rest, flags);
@@ -121,7 +137,8 @@ int fstat(int file, struct stat* status) {
 }
 
 void* mmap(void* address, size_t length, int protection, int flags, int file, off_t offset) {
-    return Strikes(MMAP) ? MAP_FAILED : (void*)syscall(SYS_mmap, address, length, protection, flags, file, offset);
+    return Strikes(MMAP) ? MAP_FAILED
+                         : (void*)syscall(SYS_mmap, address, length, protection, flags, file, offset);
 }
 
 int munmap(void* address, size_t length) {

@@ -61,7 +61,7 @@ class Page:
 
     def run(self, fault, after=None, **environment):
         """One run under a fault, or ended by a signal after some seconds."""
-        environment |= {"LD_PRELOAD": FAILING, "FAULT": fault, "ASAN_OPTIONS": "verify_asan_link_order=0"}
+        environment |= {"LD_PRELOAD": FAILING, "FAULT": fault}
         errors = (os.POSIX_SPAWN_OPEN, 2, "errors", os.O_WRONLY | os.O_CREAT | os.O_TRUNC, 0o600)
         child = os.posix_spawn(TNC, self.arguments, environment, file_actions=[errors])
         if after:
@@ -109,7 +109,7 @@ class Page:
         else:
             cause = CAUSE + (CHANGES.get(what.split()[0]) or re.escape(os.strerror(int(what))) + "$")
             if point.startswith("malloc"):
-                cause = os.strerror(errno.ENOMEM) + "$"
+                cause = f"{os.strerror(errno.ENOMEM)}$|Unable to register"  # the loader has its own words
             known = self.normal.errors.splitlines()
             told = [line for line in result.errors.splitlines() if line not in known and re.search(cause, line)]
             kept = b"" if point.startswith("unlink") else None
