@@ -114,14 +114,16 @@ bool Run_Guard::Watch_Output(int descriptor) {
 }
 
 bool Run_Guard::Cut_Output() {
-    struct stat status;
-    if (output_descriptor < 0)
-        return output_path && stat(output_path, &status) == 0 && S_ISREG(status.st_mode) &&
-               status.st_size == 0;
-    if (!output_is_regular)
+    if (!output_path)
         return false;
-    (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
-    return !Names_A_Descriptor(output_path);
+    struct stat status;
+    const bool is_known = output_descriptor >= 0;
+    if (is_known ? !output_is_regular
+                 : stat(output_path, &status) != 0 || !S_ISREG(status.st_mode) || status.st_size != 0)
+        return false;
+    if (is_known)
+        (void)Uninterrupted([] { return ftruncate(output_descriptor, 0); }); // the name goes all the same
+    return !Names_A_Descriptor(output_path.load());
 }
 
 void Run_Guard::Forget_Output() {
