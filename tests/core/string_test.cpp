@@ -57,7 +57,9 @@ TEST(String, Stores_By_The_Rules_At_Any_Length) {
             break;
         case 4: s.assign(s.text() + part, static_cast<int>(size - part)), text.erase(0, part); break;
         case 5: {
-            String moved(std::move(s));
+            s.truncate(static_cast<unsigned>(size - part)), text.resize(size - part);
+            String moved(std::move(s)); // with a NUL again
+            EXPECT_EQ(moved.text()[size - part], '\0');
             s = std::move(moved);
             stores = capacity > 0, capacity = 0;
             break;
