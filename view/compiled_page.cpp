@@ -109,8 +109,10 @@ std::string Compiled_Page::Section_Html(int number) const {
     html += "</h2>\n<table>\n";
     Place place{number, 1};
     for (const auto& [text, remarks, code] : lines) {
-        html += "<tr id=\"" + Id(place) + "\"><th>" + Link(place, std::to_string(place.line)) +
-                "</th><td><pre>" + Escaped(text) + "</pre>" + remarks + "</td><td>" + code + "</td></tr>\n";
+        html +=
+            "<tr id=\"" + Id(place) + "\"><th>" + Link(place, std::to_string(place.line)) + "</th><td><pre>";
+        html += Escaped(text) + "</pre>";
+        html.append(remarks).append("</td><td>").append(code).append("</td></tr>\n");
         ++place.line;
     }
     return html + "</table>\n</section>\n";

@@ -19,7 +19,7 @@ struct Place {
 // twice.
 class Compiled_Page : public CompilerOutput {
   public:
-    Compiled_Page() : CompilerOutput(0) {}
+    Compiled_Page() : CompilerOutput(0) {} // each item comes as it is written
 
     int errors = 0, warnings = 0;
     int section = -1;  // that is being read
