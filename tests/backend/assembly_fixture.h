@@ -34,14 +34,16 @@ class Recording_Output : public CompilerOutput {
 class Assembly_Parser : public FileCompilerParser {
   public:
     Assembly_Parser()
-        : FileCompilerParser(nullptr, &text, nullptr, nullptr, -1, -1, START_FILE, nullptr, nullptr,
-                             nullptr) {}
+        : FileCompilerParser(new Tokenizer("", 0, 0), &text, nullptr, nullptr, -1, -1, START_FILE, nullptr,
+                             nullptr, nullptr) {
+        Go_To_Line(0);
+    }
 
-    int Linenumber() override { return line; }
+    // No instruction of line 0 has a lineno ahead of it.
+    void Go_To_Line(int line) { tokenizer->line = line - 1; }
     std::string Written() { return text.Written(); }
     void Queue_Expression() { opcode_queue = OpcodeQueue::Confirm_Type(opcode_queue, OPCODE_QUEUE_QUEUE); }
 
-    int line = 0;
     Recording_Output text{1024};
 };
 

@@ -49,14 +49,14 @@ TEST(OpcodeQueue, Expression_Waits_With_Its_Own_Lines_And_Texts) {
     parser.Queue_Expression();
     OpcodeQueue* const queue = parser.Opcode_Queue();
     char name[] = "F";
-    parser.line = 1;
+    parser.Go_To_Line(1);
     queue->Queue_Opcode(OPCODE_CALL, name, -1, 1);
     queue->Queue_Opcode(OPCODE_ELEM_RO, 0, 0);
-    parser.line = 5;
+    parser.Go_To_Line(5);
     queue->Queue_Opcode_With_Label_and_Immediate(OPCODE_HTTPN, LABEL_END, 1, 8);
     queue->Clear_RHS();
     name[0] = 'x';
-    parser.line = 7;
+    parser.Go_To_Line(7);
     EXPECT_EQ(parser.Written(), "");
     parser.Flush_Opcode_Queue();
     parser.Queue_Expression(); // which changes nothing by itself

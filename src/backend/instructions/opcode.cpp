@@ -28,9 +28,20 @@ constexpr std::string_view Operand_Prefix(Operand_Form form) {
     return "";
 }
 
+constexpr bool Is_Plain(Operand_Form form) {
+    switch (form) {
+    case Operand_Form::NONE:
+    case Operand_Form::STRING:
+    case Operand_Form::INTEGER:
+    case Operand_Form::VARIABLE:
+    case Operand_Form::SYSTEM: return true;
+    default: return false;
+    }
+}
+
 constexpr Opcode_Info Make_Row(int number, std::string_view mnemonic, Operand_Form form,
                                std::string_view listing) {
-    Opcode_Info row{number, form, 0, {}, mnemonic, listing};
+    Opcode_Info row{number, form, 0, Is_Plain(form), {}, mnemonic, listing};
     for (const std::string_view part : {std::string_view("\n\t"), mnemonic, Operand_Prefix(form)})
         for (const char byte : part)
             row.head[row.head_length++] = byte;

@@ -56,6 +56,7 @@ struct alignas(64) Opcode_Info {
     int number;
     Operand_Form operands;
     unsigned char head_length;
+    bool plain; // the head, and a number behind it unless the form is NONE, are all its text
     char head[head_size];
     std::string_view mnemonic;
     std::string_view listing; // empty when a listing knows no name for it
@@ -80,6 +81,12 @@ constexpr int Opcode_Key(int opcode) {
 constexpr const Opcode_Info* Find_Opcode(int opcode) {
     const unsigned char row = opcode_index[Opcode_Key(opcode)];
     return row != opcode_no_row && opcode_rows[row].number == opcode ? &opcode_rows[row] : nullptr;
+}
+
+// The row of a plain instruction, null for all others.
+constexpr const Opcode_Info* Find_Plain_Opcode(int opcode) {
+    const Opcode_Info* row = Find_Opcode(opcode);
+    return row && row->plain ? row : nullptr;
 }
 
 // The row of an instruction that there is.

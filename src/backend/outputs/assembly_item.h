@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cassert>
+#include <cstddef>
 #include <cstring>
 #include <string_view>
 
@@ -22,9 +23,7 @@ class Assembly_Item {
     Assembly_Item& operator=(const Assembly_Item&) = delete;
 
     Assembly_Item& Head(const Opcode_Info& row) {
-        assert(row.head_length <= Opcode_Info::head_size);
-        std::memcpy(position, row.head, Opcode_Info::head_size);
-        position += row.head_length;
+        position = Put_Head(position, row);
         return *this;
     }
     Assembly_Item& Text(std::string_view text) {
@@ -36,43 +35,52 @@ class Assembly_Item {
     }
     // Inlined, so that the position stays in a register.
     [[gnu::always_inline]] Assembly_Item& Number(int number) {
-        if (number < 0)
-            *position++ = '-';
-        position = Write_Digits(position, number < 0 ? 0u - static_cast<unsigned>(number)
-                                                     : static_cast<unsigned>(number));
+        position = Put_Number(position, number);
         return *this;
     }
 
+    // The same for any place with plain_limit bytes: each puts its text there and answers the end of it.
+    static char* Put_Head(char* target, const Opcode_Info& row) {
+        assert(row.head_length <= Opcode_Info::head_size);
+        std::memcpy(target, row.head, Opcode_Info::head_size);
+        return target + row.head_length;
+    }
+    [[gnu::always_inline]] static char* Put_Number(char* target, int number) {
+        if (static_cast<unsigned>(number) >= 1000) [[unlikely]]
+            return Put_Long_Number(target, number);
+        const char* row = &three_digits[4 * static_cast<unsigned>(number)];
+        std::memcpy(target, row + row[3], 4);
+        return target + 3 - row[3];
+    }
+    // What a head and a number take at most.
+    static constexpr int plain_limit = Opcode_Info::head_size + 12;
+
   private:
-    // The numbers from 00 to 99, one behind the other.
-    static constexpr auto digit_pairs = [] {
-        std::array<char, 200> pairs{};
-        for (int number = 0; number < 100; ++number) {
-            pairs[2 * number] = static_cast<char>('0' + number / 10);
-            pairs[2 * number + 1] = static_cast<char>('0' + number % 10);
+    // Of each number below 1000 its three digits, and how many of them are leading zeros. One row more lets
+    // four bytes be copied from any digit on.
+    static constexpr auto three_digits = [] {
+        std::array<char, 4 * 1001> rows{};
+        for (int number = 0; number < 1000; ++number) {
+            char* row = &rows[4 * static_cast<std::size_t>(number)];
+            for (int place = 3, rest = number; place-- > 0; rest /= 10)
+                row[place] = static_cast<char>('0' + rest % 10);
+            row[3] = number < 10 ? 2 : number < 100 ? 1 : 0;
         }
-        return pairs;
+        return rows;
     }();
 
-    static char* Write_Pair(char* target, unsigned number) {
-        std::memcpy(target, &digit_pairs[2 * number], 2);
-        return target + 2;
+    [[gnu::noinline]] static char* Put_Long_Number(char* target, int number) {
+        if (number < 0)
+            *target++ = '-';
+        return Put_Groups(target,
+                          number < 0 ? 0U - static_cast<unsigned>(number) : static_cast<unsigned>(number));
     }
-    // Numbers of one to four digits are nearly all there are.
-    static char* Write_Digits(char* target, unsigned number) {
-        if (number >= 10000) [[unlikely]]
-            return Write_Long_Digits(target, number);
-        if (number >= 1000)
-            target = Write_Pair(target, number / 100);
-        else if (number >= 100)
-            *target++ = static_cast<char>('0' + number / 100);
-        else if (number < 10)
-            return *target = static_cast<char>('0' + number), target + 1;
-        return Write_Pair(target, number % 100);
-    }
-    [[gnu::noinline]] static char* Write_Long_Digits(char* target, unsigned number) {
-        target = Write_Digits(target, number / 10000);
-        return Write_Pair(Write_Pair(target, number % 10000 / 100), number % 100);
+    static char* Put_Groups(char* target, unsigned number) {
+        if (number < 1000)
+            return Put_Number(target, static_cast<int>(number));
+        target = Put_Groups(target, number / 1000);
+        std::memcpy(target, &three_digits[std::size_t{4} * (number % 1000)], 3);
+        return target + 3;
     }
 
     CompilerOutput* output;

@@ -5,6 +5,7 @@
 #include "compiler/generator/compiler_parser.h"
 #include "core/text_length.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -128,6 +129,20 @@ void QueuedOpcode_Variable::Output(CompilerParser* parser) {
     parser->Output_Variable_Instruction(is_pop, ident, scope, alias, by_reference);
 }
 
+void Record_Memory::Take_All_Back() {
+    blocks.clear();
+    block_size = sizeof first_block;
+    free = first_block;
+    end = std::end(first_block);
+}
+
+void Record_Memory::Add_Block(std::size_t size) {
+    block_size = std::max(2 * block_size, size);
+    blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(block_size));
+    free = blocks.back().get();
+    end = free + block_size;
+}
+
 OpcodeQueueQueue::OpcodeQueueQueue(CompilerParser* parser) : OpcodeQueue(parser, OPCODE_QUEUE_QUEUE) {
 }
 
@@ -138,48 +153,52 @@ void OpcodeQueueQueue::Clear_RHS() {
 }
 
 void OpcodeQueueQueue::Queue_Generated_Label(ParserLabelType type, int number) {
-    Append<QueuedOpcode_Label>(parser->Linenumber(), type, number);
+    Append<QueuedOpcode_Label>(parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
-    Append<QueuedOpcode_With_Label>(opcode, parser->Linenumber(), type, number);
+    Append<QueuedOpcode_With_Label>(opcode, parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
                                                              int immediate) {
-    Append<QueuedOpcode_With_Label_and_Immediate>(opcode, parser->Linenumber(), type, number, immediate);
+    Append<QueuedOpcode_With_Label_and_Immediate>(opcode, parser->Line(), type, number, immediate);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, double value) {
-    Append<QueuedOpcode_Double>(opcode, parser->Linenumber(), value);
+    Append<QueuedOpcode_Double>(opcode, parser->Line(), value);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
-    Append<QueuedOpcode_Integer>(opcode, parser->Linenumber(), first, second);
+    Append<QueuedOpcode_Integer>(opcode, parser->Line(), first, second);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
     length = Text_Length(text, length);
-    char* copy = static_cast<char*>(memory.allocate(length + 1, 1));
-    std::memcpy(copy, text, length);
+    char* copy = static_cast<char*>(memory.Take(static_cast<std::size_t>(length) + 1));
+    std::memcpy(copy, text, static_cast<std::size_t>(length));
     copy[length] = '\0';
-    Append<QueuedOpcode_Text>(opcode, parser->Linenumber(), copy, length, lower);
+    Append<QueuedOpcode_Text>(opcode, parser->Line(), copy, length, lower);
 }
 
 void OpcodeQueueQueue::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                                   int by_reference) {
-    Append<QueuedOpcode_Variable>(parser->Linenumber(), is_pop, ident, scope, alias, by_reference);
+    Append<QueuedOpcode_Variable>(parser->Line(), is_pop, ident, scope, alias, by_reference);
+}
+
+void OpcodeQueueQueue::Flush() {
+    if (!rhs)
+        Make_Accesses_Writable();
+    for (QueuedOpcode* entry = first; entry;)
+        entry = parser->Output_Run(entry);
+    Delete_All();
+    parser->Unforce_LineNo();
 }
 
 // One change anywhere makes every access writable, those included that have nothing to do with it.
-void OpcodeQueueQueue::Flush() {
-    for (QueuedOpcode* entry = first; entry; entry = entry->next) {
-        if (!rhs)
-            entry->opcode = Writable_Access(entry->opcode);
-        entry->Output(parser);
-    }
-    Delete_All();
-    parser->Unforce_LineNo();
+void OpcodeQueueQueue::Make_Accesses_Writable() {
+    for (QueuedOpcode* entry = first; entry; entry = entry->next)
+        entry->opcode = Writable_Access(entry->opcode);
 }
 
 void OpcodeQueueQueue::Renew() {
@@ -189,12 +208,13 @@ void OpcodeQueueQueue::Renew() {
 
 template <typename Record, typename... Fields>
 void OpcodeQueueQueue::Append(Fields... fields) {
-    QueuedOpcode* entry = new (memory.allocate(sizeof(Record), alignof(Record))) Record(fields...);
-    (last ? last->next : first) = entry;
-    last = entry;
+    QueuedOpcode* entry = new (memory.Take(sizeof(Record))) Record(fields...);
+    *link = entry;
+    link = &entry->next;
 }
 
 void OpcodeQueueQueue::Delete_All() {
-    first = last = nullptr;
-    memory.release();
+    first = nullptr;
+    link = &first;
+    memory.Take_All_Back();
 }

@@ -8,7 +8,9 @@
 #include "value/variable_scope.h"
 
 #include <cstddef>
-#include <memory_resource>
+#include <iterator>
+#include <memory>
+#include <vector>
 
 class CompilerParser;
 
@@ -83,11 +85,21 @@ class OpcodeQueueOutput : public OpcodeQueue {
     void Renew() override;
 };
 
+// What a back end may write by itself when it is handed a run of records.
+enum Plain_Operand : int {
+    PLAIN_NOT,    // nothing: the record makes its call
+    PLAIN_ALONE,  // the head of the row
+    PLAIN_NUMBER, // and QueuedOpcode_Integer::first
+    PLAIN_TEXT,   // and QueuedOpcode_Text::text, which is short and written as it is
+};
+
 // One call of a queue operation, with the line on which it was made. It lives in the memory of its queue,
 // which drops all of them at once: nothing that a record holds may need a destructor.
 class QueuedOpcode {
   public:
     QueuedOpcode(int opcode, int line) : opcode(opcode), line(line) {}
+    QueuedOpcode(int opcode, int line, const Opcode_Info* row, Plain_Operand plain)
+        : opcode(opcode), line(line), row(row), plain(row ? plain : PLAIN_NOT) {}
     virtual ~QueuedOpcode() = default;
 
     // Makes the call on the back end, with the parser forced to the line of the record.
@@ -96,17 +108,25 @@ class QueuedOpcode {
     int opcode; // 0 where the operation has none
     int line;
     QueuedOpcode* next = nullptr;
+    const Opcode_Info* row = nullptr; // of a plain record
+    Plain_Operand plain = PLAIN_NOT;
 };
 
 class QueuedOpcode_Integer : public QueuedOpcode {
   public:
     QueuedOpcode_Integer(int opcode, int line, int first, int second)
-        : QueuedOpcode(opcode, line), first(first), second(second) {}
+        : QueuedOpcode_Integer(opcode, line, first, second, Find_Plain_Opcode(opcode)) {}
 
     void Output(CompilerParser* parser) override;
 
     int first;
     int second;
+
+  private:
+    QueuedOpcode_Integer(int opcode, int line, int first, int second, const Opcode_Info* row)
+        : QueuedOpcode(opcode, line, row,
+                       row && row->operands == Operand_Form::NONE ? PLAIN_ALONE : PLAIN_NUMBER),
+          first(first), second(second) {}
 };
 
 class QueuedOpcode_Double : public QueuedOpcode {
@@ -155,9 +175,16 @@ class QueuedOpcode_Label : public QueuedOpcode {
 
 class QueuedOpcode_Text : public QueuedOpcode {
   public:
+    // The text of a plain record is no longer than that.
+    static constexpr int plain_length = 12;
+
     // The text is the queue's copy, with a final NUL.
     QueuedOpcode_Text(int opcode, int line, const char* text, int length, int lower)
-        : QueuedOpcode(opcode, line), text(text), length(length), lower(lower) {}
+        : QueuedOpcode(opcode, line,
+                       opcode == OPCODE_PUSHI && length <= plain_length && !lower ? &Opcode_Row(opcode)
+                                                                                  : nullptr,
+                       PLAIN_TEXT),
+          text(text), length(length), lower(lower) {}
 
     void Output(CompilerParser* parser) override;
 
@@ -179,6 +206,32 @@ class QueuedOpcode_Variable : public QueuedOpcode {
     Variable_Scope scope;
     int alias;
     int by_reference;
+};
+
+// The memory of the records of a queue. What fits into the first block costs no allocation; further blocks
+// grow, and go when the queue is emptied.
+class Record_Memory {
+  public:
+    void* Take(std::size_t size) {
+        size = (size + alignment - 1) / alignment * alignment;
+        if (static_cast<std::size_t>(end - free) < size) [[unlikely]]
+            Add_Block(size);
+        void* const taken = free;
+        free += size;
+        return taken;
+    }
+    void Take_All_Back();
+
+  private:
+    static constexpr std::size_t alignment = alignof(double);
+
+    void Add_Block(std::size_t size);
+
+    alignas(alignment) std::byte first_block[4096];
+    std::byte* free = first_block;
+    std::byte* end = std::end(first_block);
+    std::vector<std::unique_ptr<std::byte[]>> blocks;
+    std::size_t block_size = sizeof first_block; // of the latest
 };
 
 // Keeps the instructions of one expression until it is complete: only then is it known whether the expression
@@ -205,13 +258,12 @@ class OpcodeQueueQueue : public OpcodeQueue {
 
     template <typename Record, typename... Fields>
     void Append(Fields... fields);
+    void Make_Accesses_Writable();
     void Delete_All();
 
-    // The records of an ordinary expression fit here; a longer one takes blocks of growing size.
-    alignas(std::max_align_t) std::byte first_block[4096];
-    std::pmr::monotonic_buffer_resource memory{first_block, sizeof first_block};
+    Record_Memory memory;
     QueuedOpcode* first = nullptr;
-    QueuedOpcode* last = nullptr;
+    QueuedOpcode** link = &first; // where the next record goes
     int rhs = 1; // 1 while the expression is only read, 0 once something in it changes a value
 };
 

@@ -5,6 +5,8 @@
 #include "backend/instructions/engine_version.h"
 #include "compiler/generator/compiler_parser.h"
 
+struct Opcode_Info;
+
 // FileCompilerParser writes what CompilerParser generates as assembly text. Every item begins with its own
 // line feed and ends without one. The driver makes one, of this class or of one that derives from it, for all
 // source files.
@@ -49,6 +51,7 @@ class FileCompilerParser : public CompilerParser {
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
     // The file about to be compiled is the last one.
     void Last_File() override;
+    QueuedOpcode* Output_Run(QueuedOpcode* first) override;
 
     // Engine that brought each minor file version, by that version.
     static constexpr auto& TaggedFileVersions = file_version_engines;
@@ -59,6 +62,7 @@ class FileCompilerParser : public CompilerParser {
 
   private:
     ParserStatus Report_Old_Engine();
+    void Output_Plain(const Opcode_Info& row, int first);
     void Output_Read_Only_Access(int opcode);
     void Output_Unknown_Opcode(int opcode, int first);
 };

@@ -2,8 +2,10 @@
 
 #include "app/services/tarn_application.h"
 #include "backend/outputs/assembly_item.h"
+#include "backend/queue/opcode_queue.h"
 #include "backend/writers/file_compiler_parser.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace {
@@ -22,6 +24,18 @@ std::string_view Scope_Piece(Variable_Scope scope) {
     case SCOPE_UNSCOPED: return "nc\ts_";
     }
     return "";
+}
+
+char* Put_Plain(char* target, const QueuedOpcode& record) {
+    static_assert(Opcode_Info::head_size + QueuedOpcode_Text::plain_length <= Assembly_Item::plain_limit);
+    target = Assembly_Item::Put_Head(target, *record.row);
+    if (record.plain == PLAIN_NUMBER)
+        return Assembly_Item::Put_Number(target, static_cast<const QueuedOpcode_Integer&>(record).first);
+    if (record.plain == PLAIN_TEXT) {
+        const auto& pushed = static_cast<const QueuedOpcode_Text&>(record);
+        return std::copy_n(pushed.text, pushed.length, target);
+    }
+    return target;
 }
 
 } // namespace
@@ -74,6 +88,8 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
     if (opcode != OPCODE_LINENO && opcode != OPCODE_SOURCEFILE)
         Follow_LineNo();
     const Opcode_Info* row = Find_Opcode(opcode);
+    if (row && row->plain)
+        return Output_Plain(*row, first);
     const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
     switch (form) {
     case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);
@@ -84,15 +100,36 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
     case Operand_Form::ENGINE: return Output_Unknown_Opcode(opcode, first);
     default: break;
     }
+    Assembly_Item(output)
+        .Head(*row)
+        .Number(first)
+        .Text(form == Operand_Form::FIELD ? ", s_" : ", ")
+        .Number(second);
+}
+
+void FileCompilerParser::Output_Plain(const Opcode_Info& row, int first) {
     Assembly_Item item(output);
-    item.Head(*row);
-    if (form == Operand_Form::NONE)
-        return;
-    item.Number(first);
-    if (form == Operand_Form::FIELD)
-        item.Text(", s_").Number(second);
-    else if (form == Operand_Form::PAIR)
-        item.Text(", ").Number(second);
+    item.Head(row);
+    if (row.operands != Operand_Form::NONE)
+        item.Number(first);
+}
+
+// Plain records of one line go out together.
+QueuedOpcode* FileCompilerParser::Output_Run(QueuedOpcode* first) {
+    if (first->plain == PLAIN_NOT)
+        return CompilerParser::Output_Run(first);
+    const int line = first->line;
+    Force_LineNo(line);
+    QueuedOpcode* entry = first;
+    const auto goes_on = [&] { return entry && entry->plain != PLAIN_NOT && entry->line == line; };
+    while (goes_on()) {
+        char* position = output->Reserve(CompilerOutput::item_limit);
+        const char* const last_start = position + CompilerOutput::item_limit - Assembly_Item::plain_limit;
+        for (; position <= last_start && goes_on(); entry = entry->next)
+            position = Put_Plain(position, *entry);
+        output->Commit(position);
+    }
+    return entry;
 }
 
 void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length, int lower) {

@@ -42,3 +42,7 @@ int SilentCompilerParser::Output_Fragment(StringOutput*) {
 
 void SilentCompilerParser::Output_Directive_Quoted_String(const char*, int, ExpressionState) {
 }
+
+QueuedOpcode* SilentCompilerParser::Output_Run(QueuedOpcode* first) {
+    return CompilerParser::Output_Run(first);
+}

@@ -29,6 +29,8 @@ class SilentCompilerParser : public FileCompilerParser {
     // The fragment keeps what it holds.
     int Output_Fragment(StringOutput* fragment) override;
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
+    // Record by record, for the descendants that look at each.
+    QueuedOpcode* Output_Run(QueuedOpcode* first) override;
 };
 
 #endif

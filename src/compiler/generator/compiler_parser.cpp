@@ -89,6 +89,11 @@ void CompilerParser::Flush_Opcode_Queue() {
     complete->Flush();
 }
 
+QueuedOpcode* CompilerParser::Output_Run(QueuedOpcode* first) {
+    first->Output(this);
+    return first->next;
+}
+
 void CompilerParser::Queue(int opcode, int first, int second) {
     opcode_queue->Queue_Opcode(opcode, first, second);
 }

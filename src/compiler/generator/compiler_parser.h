@@ -33,6 +33,7 @@ class CompilerOutput;
 class ExternalCallManager;
 class FilterParser;
 class OpcodeQueue;
+class QueuedOpcode;
 class StringOutput;
 struct _String_To_Bitmap_Entry;
 struct Keyword_List;
@@ -188,6 +189,9 @@ class CompilerParser : public Parser {
     virtual int Output_Fragment(StringOutput* fragment) = 0;
     virtual void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) = 0;
     virtual void Last_File();
+    // Writes the record, and as many as it can of those behind it; answers the first that is left. A back end
+    // that writes plain records by itself forces their line first.
+    virtual QueuedOpcode* Output_Run(QueuedOpcode* first);
 
     // The number of a string constant, written on first use with the state of that use. Inside a false
     // conditional block the answer is 0 and nothing is recorded.
@@ -203,7 +207,7 @@ class CompilerParser : public Parser {
     double Engine_Version() const;
     // Output_LineNo, for the many instructions whose line is forced without a call.
     void Follow_LineNo() {
-        if (!lineno_forced)
+        if (!lineno_forced && Line() != last_lineno)
             Output_LineNo();
     }
     // Gives a value that is not set a constant.

@@ -67,7 +67,7 @@ ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, in
 void CompilerParser::Output_LineNo() {
     if (lineno_forced)
         return;
-    const int line = Linenumber();
+    const int line = Line();
     if (line != last_lineno) {
         last_lineno = line;
         Queue(OPCODE_LINENO, line);

@@ -29,7 +29,7 @@ int* Parser::In_Expression() {
 }
 
 int Parser::Linenumber() {
-    return tokenizer->line + 1;
+    return Line();
 }
 
 const String& Parser::Get_Last_Error() {

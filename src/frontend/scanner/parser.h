@@ -103,6 +103,9 @@ class Parser {
     // error, else 0.
     int Start();
 
+    // Linenumber, for what asks by the token.
+    int Line() const { return tokenizer->line + 1; }
+
     // Reports a message: at the current line of the current file, or at a line of a file in the terms of
     // CompileError. The status has to be handed up.
     template <Message message, typename... Arguments>
