@@ -278,8 +278,10 @@ int HashTable<T>::Compare_Key(T* e, std::string_view key) const {
         return own_key.size() < key.size() ? -1 : 1;
     if (key.empty())
         return 0;
-    return case_insensitive || Hash_Key_Ignores_Case<T> ? memcmpi(own_key.data(), key.data(), key.size())
-                                                        : std::memcmp(own_key.data(), key.data(), key.size());
+    const int exact = std::memcmp(own_key.data(), key.data(), key.size());
+    if (exact == 0 || !(case_insensitive || Hash_Key_Ignores_Case<T>))
+        return exact;
+    return memcmpi(own_key.data(), key.data(), key.size());
 }
 
 // The place of the first element for which `equal` answers 0, or the free place where it would stand. There

@@ -37,7 +37,7 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
       attribute_values(new AttributeValueArray(this, 15, 10)), array_kind(ARRAY_NONE), array_count(0),
       array_values(nullptr), expression_type(ATTREXPR_VALUE), interpret_expressions(1),
       filter_parser(nullptr), owns_globals(0), owns_system(0), opcode_queue(new OpcodeQueueOutput(this)),
-      include_interpret(1) {
+      include_interpret(1), byte_constants() {
     if (!global_variables) {
         global_variables = new HashTable<Variable>(1, 1, table_bucket_bits, table_initial_slots);
         owns_globals = 1;

@@ -8,6 +8,7 @@
 #define COMPILER_COMPILER_PARSER_H
 
 #include "backend/instructions/labels.h"
+#include "compiler/generator/recent_names.h"
 #include "compiler/records/attribute_routes.h"
 #include "compiler/records/constant_table.h"
 #include "compiler/records/resolution_info.h"
@@ -23,6 +24,7 @@
 #include "frontend/values/attribute_value_array.h"
 #include "value/variable.h"
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string>
@@ -247,6 +249,9 @@ class CompilerParser : public Parser {
     void Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
                                      int error_level, int access);
 
+    // string_constants.cpp
+    int Find_Constant(const char* text, int length, ExpressionState state);
+
     // literal_text.cpp
     int Literal_Piece_Length() const; // 0 where nothing is split
     void Output_Text_Piece(const char* text, int length, int opcode);
@@ -256,6 +261,7 @@ class CompilerParser : public Parser {
 
     // variables.cpp
     HashTable<Variable>* Variables_Of(Variable_Scope scope) const; // null where the scope has no table
+    int Find_In_Table(const char* name, int length, Variable_Scope scope);
 
     // expression_operands.cpp
     void Push_Statistic(Subexpression_Kind kind);
@@ -566,6 +572,10 @@ class CompilerParser : public Parser {
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
+
+    // Of the tables that are never emptied.
+    Recent_Names recent_globals;
+    std::array<int, 256> byte_constants; // one more than the number of each constant of one byte, 0 for none
 };
 
 #endif

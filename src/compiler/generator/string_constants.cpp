@@ -7,6 +7,15 @@
 int CompilerParser::Generate_String_Directive(const char* text, int length, ExpressionState state) {
     if (!Generating())
         return 0;
+    if (length != 1)
+        return Find_Constant(text, length, state);
+    int& kept = byte_constants[static_cast<unsigned char>(*text)];
+    if (!kept)
+        kept = Find_Constant(text, length, state) + 1;
+    return kept - 1;
+}
+
+int CompilerParser::Find_Constant(const char* text, int length, ExpressionState state) {
     const int ident = string_table.Number_Of(View(text, length), next_string_ident);
     if (ident == next_string_ident) {
         ++next_string_ident;

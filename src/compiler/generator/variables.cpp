@@ -22,6 +22,18 @@ HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
 }
 
 int CompilerParser::Find_Variable_Ident(const char* name, int length, Variable_Scope scope) {
+    if (scope != SCOPE_GLOBAL)
+        return Find_In_Table(name, length, scope);
+    int ident = recent_globals.Find(name, length);
+    if (ident == -1) {
+        ident = Find_In_Table(name, length, scope);
+        if (Generating())
+            recent_globals.Keep(name, length, ident);
+    }
+    return ident;
+}
+
+int CompilerParser::Find_In_Table(const char* name, int length, Variable_Scope scope) {
     HashTable<Variable>* table = Variables_Of(scope);
     if (!table)
         return Generate_String_Directive(name, length, EXPRESSION_STATE_ESCAPED);

@@ -22,9 +22,41 @@ void ExpressionParser::Start_Of_Expression() {
 }
 
 void ExpressionParser::Reset() {
-    text.truncate(0);
+    operand = "";
     scan_state = SCAN_IDLE;
     dot_count = 0;
+}
+
+// Nearly every operand stands in the source as one piece.
+void ExpressionParser::Collect(const char* token, int length) {
+    const std::string_view piece(token, static_cast<std::size_t>(length));
+    if (operand.empty()) {
+        operand = piece;
+    } else if (operand.data() + operand.size() == token) {
+        operand = {operand.data(), operand.size() + piece.size()};
+    } else {
+        if (operand.data() != text.text())
+            text.assign(operand.data(), static_cast<int>(operand.size()));
+        text.cat(token, length);
+        operand = text.view();
+    }
+}
+
+// White space is passed where it stands: all that it does is to end an operand.
+ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, const char*& token, int& length,
+                                              Tokenizer* tokenizer, ParserState* state) {
+    while (type != TOKEN_RBRACE && type != TOKEN_EOF) {
+        ParserStatus status = Process_Expression_Fragment(type, token, length, tokenizer, state);
+        if (status != PARSER_OK || *state != STATE_EXPRESSION)
+            return status;
+        if (tokenizer->Skip_Space()) {
+            status = Take_Space();
+            if (status != PARSER_OK)
+                return status;
+        }
+        type = tokenizer->Get_Next_Token(&token, length);
+    }
+    return PARSER_OK;
 }
 
 ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType type, const char* token,
@@ -35,9 +67,9 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
     case TOKEN_SQUOTE: return Take_String(tokenizer);
     case TOKEN_OPERATOR: return Take_Operator(token, length, tokenizer, state);
     case TOKEN_NUMBER: return Take_Number(token, length);
-    case TOKEN_LPAREN: return Take_Open_Parenthesis();
-    case TOKEN_RPAREN: return Take_Close_Parenthesis();
-    case TOKEN_DOT: return Take_Dot();
+    case TOKEN_LPAREN: return Take_Open_Parenthesis(token);
+    case TOKEN_RPAREN: return Take_Close_Parenthesis(token);
+    case TOKEN_DOT: return Take_Dot(token);
     case TOKEN_SPACE: return Take_Space();
     case END_OF_EXPRESSION: return Expression_Flush();
     default: return Skip_Expression(token, length, tokenizer, state);
@@ -45,7 +77,8 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
 }
 
 // A word is an operator only where no operand is being collected: behind one it needs white space in front. A
-// dotted name is taken at once; by its tokens it would end up in the same state.
+// dotted name, and the parenthesis that makes it a call, are taken at once; by its tokens it would end up in
+// the same state.
 ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, Tokenizer* tokenizer) {
     if (scan_state == SCAN_IDLE) {
         const _OperatorLookup* word = operator_lookup.Lookup(token, length);
@@ -57,8 +90,10 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, To
             return Hand_On(*word, 0);
         }
         tokenizer->Read_Dotted_Name(length);
+        if (tokenizer->Take('('))
+            return parser->Expression_StartFunctionCall(token, length, 0);
     }
-    text.cat(token, length);
+    Collect(token, length);
     if (scan_state == SCAN_CALL_DOT)
         scan_state = SCAN_CALL_NAME;
     else if (scan_state != SCAN_CALL_NAME && scan_state != SCAN_MEMBER)
@@ -80,9 +115,9 @@ ParserStatus ExpressionParser::Take_String(Tokenizer* tokenizer) {
 
 ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Tokenizer* tokenizer,
                                              ParserState* state) {
-    const std::string_view sign(token, static_cast<std::size_t>(length));
-    if (!operand_seen && scan_state == SCAN_IDLE && sign == "-") {
-        text.cat('-');
+    const char sign = length == 1 ? *token : '\0';
+    if (!operand_seen && scan_state == SCAN_IDLE && sign == '-') {
+        Collect(token, length);
         scan_state = SCAN_MINUS;
         return PARSER_OK;
     }
@@ -92,13 +127,15 @@ ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Toke
     int flags = operand_seen ? 0 : OPERATOR_PREFIX;
     const char* next;
     int next_length;
-    if (sign == "]" && tokenizer->Peek(&next, next_length) == TOKEN_DOT) {
+    if (sign == ']' && tokenizer->Peek(&next, next_length) == TOKEN_DOT) {
         scan_state = SCAN_CALL_BRACKET;
         flags |= OPERATOR_BEFORE_DOT;
     }
-    const _OperatorLookup* found = operator_lookup.Lookup(token, length);
+    const _OperatorLookup* found =
+        sign ? operator_lookup.Lookup_Sign(sign) : operator_lookup.Lookup(token, length);
     if (!found)
-        return parser->Report<Message::Internal_Operator_Unidentified>(sign);
+        return parser->Report<Message::Internal_Operator_Unidentified>(
+            std::string_view(token, static_cast<std::size_t>(length)));
     if (const ParserStatus status = Hand_On(*found, flags); status != PARSER_OK)
         return status;
 
@@ -121,7 +158,7 @@ ParserStatus ExpressionParser::Hand_On(const _OperatorLookup& op, int flags) {
 
 // A number behind a number is the rest of something like 1.2.3, and ends it.
 ParserStatus ExpressionParser::Take_Number(const char* token, int length) {
-    text.cat(token, length);
+    Collect(token, length);
     if (scan_state == SCAN_NUMBER)
         return Expression_Flush();
     if (scan_state == SCAN_IDLE || scan_state == SCAN_MINUS)
@@ -130,14 +167,14 @@ ParserStatus ExpressionParser::Take_Number(const char* token, int length) {
 }
 
 // Nothing is flushed: a minus or number that waits is dropped, so that -(a) is (a).
-ParserStatus ExpressionParser::Take_Open_Parenthesis() {
+ParserStatus ExpressionParser::Take_Open_Parenthesis(const char* token) {
     ParserStatus status;
     switch (scan_state) {
     case SCAN_CALL_NAME:
-        text.cat('(');
+        Collect(token, 1);
         ++paren_depth;
         return PARSER_OK;
-    case SCAN_NAME: status = parser->Expression_StartFunctionCall(text.text(), text.length(), 0); break;
+    case SCAN_NAME: status = parser->Expression_StartFunctionCall(operand.data(), Length(), 0); break;
     case SCAN_MEMBER: status = parser->Report<Message::Expected_Member_Name>(); break;
     default: status = parser->Expression_StartParen(); break;
     }
@@ -145,9 +182,9 @@ ParserStatus ExpressionParser::Take_Open_Parenthesis() {
     return status;
 }
 
-ParserStatus ExpressionParser::Take_Close_Parenthesis() {
+ParserStatus ExpressionParser::Take_Close_Parenthesis(const char* token) {
     if (scan_state == SCAN_CALL_NAME)
-        return Close_Call_Text();
+        return Close_Call_Text(token);
     ParserStatus status = Expression_Flush();
     if (status == PARSER_OK)
         status = parser->Expression_CloseParen();
@@ -155,8 +192,8 @@ ParserStatus ExpressionParser::Take_Close_Parenthesis() {
     return status;
 }
 
-ParserStatus ExpressionParser::Close_Call_Text() {
-    text.cat(')');
+ParserStatus ExpressionParser::Close_Call_Text(const char* token) {
+    Collect(token, 1);
     if (--paren_depth > 0)
         return PARSER_OK;
     if (paren_depth < 0)
@@ -165,14 +202,14 @@ ParserStatus ExpressionParser::Close_Call_Text() {
     return Expression_Flush();
 }
 
-ParserStatus ExpressionParser::Take_Dot() {
+ParserStatus ExpressionParser::Take_Dot(const char* token) {
     ParserStatus status = PARSER_OK;
     switch (scan_state) {
     case SCAN_IDLE: scan_state = SCAN_NUMBER; break;
     case SCAN_NAME:
     case SCAN_DOTTED_NAME:
         scan_state = SCAN_DOTTED_NAME;
-        (dot_count == 0 ? first_dot : last_dot) = text.length() + 1;
+        (dot_count == 0 ? first_dot : last_dot) = Length() + 1;
         break;
     case SCAN_CALL_BRACKET:
         scan_state = SCAN_CALL_DOT;
@@ -183,7 +220,7 @@ ParserStatus ExpressionParser::Take_Dot() {
     default: break;
     }
     ++dot_count;
-    text.cat('.');
+    Collect(token, 1);
     return status;
 }
 
@@ -230,27 +267,30 @@ ParserStatus ExpressionParser::Expression_Flush() {
     case SCAN_NUMBER: status = Flush_Number(); break;
     case SCAN_MINUS: operand_seen = 1; break;
     case SCAN_MEMBER:
-        status = parser->Expression_Member(text.text(), text.length());
+        status = parser->Expression_Member(operand.data(), Length());
         operand_seen = 1;
         break;
     case SCAN_CALL_DOT: status = parser->Report<Message::Internal_External_Function>(); break;
-    case SCAN_CALL_NAME: status = parser->Expression_StartFunctionCall(text.text(), text.length(), 1); break;
+    case SCAN_CALL_NAME: status = parser->Expression_StartFunctionCall(operand.data(), Length(), 1); break;
     }
     Reset();
     return status;
 }
 
 ParserStatus ExpressionParser::Flush_Name() {
-    if (text.contains('\\'))
+    if (operand.find('\\') != operand.npos) {
+        text = String(operand.data(), Length());
         text.gsub("\\", nullptr);
+        operand = text.view();
+    }
     const char* name;
     const char* alias = nullptr;
     int name_length;
     int alias_length = 0;
     const Variable_Scope scope =
-        VariableHash::Scope(text.text(), text.length(), &name, &name_length, &alias, &alias_length);
-    ParserStatus status = parser->Expression_Variable(name, name_length, scope, alias, alias_length,
-                                                      text.text(), text.length());
+        VariableHash::Scope(operand.data(), Length(), &name, &name_length, &alias, &alias_length);
+    ParserStatus status =
+        parser->Expression_Variable(name, name_length, scope, alias, alias_length, operand.data(), Length());
     if (status == PARSER_OK && scope == SCOPE_UNSCOPED)
         status = Check_Scope();
     operand_seen = 1;
@@ -260,26 +300,26 @@ ParserStatus ExpressionParser::Flush_Name() {
 ParserStatus ExpressionParser::Check_Scope() {
     CompilerApplication* application = parser->app();
     if (application && application->Pedantic_Warn() & PEDANTIC_SCOPE)
-        return parser->Report<Message::Unscoped_Variable_Warning>(text);
+        return parser->Report<Message::Unscoped_Variable_Warning>(operand);
     if (application && application->Pedantic_Error() & PEDANTIC_SCOPE)
-        return parser->Report<Message::Unscoped_Variable_Error>(text);
+        return parser->Report<Message::Unscoped_Variable_Error>(operand);
     return PARSER_OK;
 }
 
 // A float that begins with its point gets a digit in front of it.
 ParserStatus ExpressionParser::Flush_Number() {
     operand_seen = 1;
-    const std::string_view number = text.view();
-    auto dots = std::count(number.begin(), number.end(), '.');
+    const auto dots = std::count(operand.begin(), operand.end(), '.');
     if (dots == 0)
-        return parser->Expression_NumericLiteral(text.text(), text.length());
-    const int sign_length = number.front() == '-';
-    if (text.matches('.', sign_length)) {
-        String whole = text.before(sign_length);
+        return parser->Expression_NumericLiteral(operand.data(), Length());
+    const int sign_length = operand.front() == '-';
+    if (operand.substr(static_cast<std::size_t>(sign_length)).starts_with('.')) {
+        String whole(operand.data(), sign_length);
         whole.cat('0');
-        whole.cat(text.text() + sign_length, text.length() - sign_length);
+        whole.cat(operand.data() + sign_length, Length() - sign_length);
         text = whole;
+        operand = text.view();
     }
-    const ParserStatus status = parser->Expression_FloatLiteral(text.text(), text.length());
-    return dots < 2 ? status : parser->Report<Message::Float_Invalid>(text);
+    const ParserStatus status = parser->Expression_FloatLiteral(operand.data(), Length());
+    return dots < 2 ? status : parser->Report<Message::Float_Invalid>(operand);
 }

@@ -5,6 +5,8 @@
 #include "frontend/scanner/operator_lookup.h"
 #include "frontend/scanner/parser_types.h"
 
+#include <string_view>
+
 class Parser;
 class Tokenizer;
 
@@ -28,6 +30,10 @@ class ExpressionParser {
     // state may be null.
     ParserStatus Process_Expression_Fragment(Tokenizer_TokenType type, const char* token, int length,
                                              Tokenizer* tokenizer, ParserState* state);
+    // Takes the token at hand and all that follow, up to the closing brace, the end of the text, or what the
+    // scanner has to look at first: a report, or another state. The last token drawn is at hand afterwards.
+    ParserStatus Process_Tokens(Tokenizer_TokenType& type, const char*& token, int& length,
+                                Tokenizer* tokenizer, ParserState* state);
     // Hands on the operand that is being collected, if any.
     ParserStatus Expression_Flush();
     // Reads the call that follows the ] of [file].function(arguments), entered at the dot. The arguments are
@@ -48,14 +54,16 @@ class ExpressionParser {
         SCAN_CALL_NAME = 8,    // a name behind that dot
     };
 
+    int Length() const { return static_cast<int>(operand.size()); } // of the operand
+    void Collect(const char* token, int length);
     ParserStatus Take_Identifier(const char* token, int length, Tokenizer* tokenizer);
     ParserStatus Take_String(Tokenizer* tokenizer);
     ParserStatus Take_Operator(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
     ParserStatus Take_Number(const char* token, int length);
-    ParserStatus Take_Open_Parenthesis();
-    ParserStatus Take_Close_Parenthesis();
-    ParserStatus Close_Call_Text();
-    ParserStatus Take_Dot();
+    ParserStatus Take_Open_Parenthesis(const char* token);
+    ParserStatus Take_Close_Parenthesis(const char* token);
+    ParserStatus Close_Call_Text(const char* token);
+    ParserStatus Take_Dot(const char* token);
     ParserStatus Take_Space();
     ParserStatus Skip_Expression(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
     ParserStatus Hand_On(const _OperatorLookup& op, int flags);
@@ -76,8 +84,10 @@ class ExpressionParser {
     int dot_count;   // dots taken into text so far
     int first_dot;   // position behind the first of them
     int last_dot;    // position behind the latest
-    String text;     // the operand that is being collected
+    String text;     // takes an operand that is no slice of the source
     int paren_depth; // within the states behind a ] that a dot follows
+
+    std::string_view operand; // that is being collected: a slice of the source, or all of text
 };
 
 #endif

@@ -20,8 +20,22 @@ constexpr std::array rows{
 
 constexpr Perfect_Hash<_OperatorLookup, rows.size(), 6, 5> operators(rows);
 
+constexpr auto signs = [] {
+    std::array<const _OperatorLookup*, 128> by_byte{};
+    for (const _OperatorLookup& row : rows) {
+        if (row.length == 1)
+            by_byte[static_cast<unsigned char>(*row.key)] = &row;
+    }
+    return by_byte;
+}();
+
 } // namespace
 
 const _OperatorLookup* OperatorLookup::Lookup(const char* name, int length) const {
     return operators.Find(name, length);
+}
+
+const _OperatorLookup* OperatorLookup::Lookup_Sign(char sign) const {
+    const unsigned byte = static_cast<unsigned char>(sign);
+    return byte < signs.size() ? signs[byte] : nullptr;
 }

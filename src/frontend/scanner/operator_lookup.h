@@ -36,6 +36,8 @@ class OperatorLookup {
   public:
     // The record of a sign or of a word in any case, or null. A length of -1 means up to the NUL.
     const _OperatorLookup* Lookup(const char* name, int length) const;
+    // The record of a sign of one byte, or null.
+    const _OperatorLookup* Lookup_Sign(char sign) const;
 };
 
 #endif

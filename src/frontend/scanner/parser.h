@@ -204,7 +204,8 @@ class Parser {
     void Drop_Pending();
     void Print_Include_Chain();
 
-    // parser_states.cpp
+    // parser_states.cpp; where nothing was reported, states may draw the next token and go on with it
+    void Draw(Scan& scan) { scan.type = tokenizer->Get_Next_Token(&scan.text, scan.length); }
     void State_Text(Scan& scan);
     void State_Tag_Open(Scan& scan);
     void State_Declaration(Scan& scan);
@@ -218,6 +219,8 @@ class Parser {
     void State_Close_Gt(Scan& scan);
     void State_Bare_Value(Scan& scan);
     void Open_Known_Tag(Scan& scan);
+    void Read_Attributes(Scan& scan);
+    void Read_Attribute(Scan& scan);
     void Open_Unknown_Tag(Scan& scan);
     void Read_Declaration(Scan& scan, int line, std::string_view terminator);
     void Start_Bare_Value(const Scan& scan);

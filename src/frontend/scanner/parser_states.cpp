@@ -22,7 +22,10 @@ void Parser::State_Text(Scan& scan) {
         pending_text = scan.text;
         pending_length = 1;
         state = STATE_TAG_OPEN;
-        break;
+        if (scan.status != PARSER_OK)
+            break;
+        Draw(scan);
+        return State_Tag_Open(scan);
     case TOKEN_EOF: End_Of_Text(scan); break;
     default: Start_Or_Accumulate(scan.text, scan.length); break;
     }
@@ -38,7 +41,13 @@ void Parser::State_Tag_Open(Scan& scan) {
         return;
     }
     Accumulate(scan.length);
-    state = scan.Is_Operator('/') ? STATE_CLOSE_NAME : STATE_TEXT;
+    if (!scan.Is_Operator('/')) {
+        state = STATE_TEXT;
+        return;
+    }
+    state = STATE_CLOSE_NAME;
+    Draw(scan);
+    State_Close_Name(scan);
 }
 
 // The < of a known tag, the only text pending here, is dropped.
@@ -52,7 +61,16 @@ void Parser::Open_Known_Tag(Scan& scan) {
         scan.tag_id = scan.tag->id;
         state = STATE_ATTRIBUTE;
         scan.status = Start_Of_Tag(scan.tag_id, 0, scan.tag->required, scan.tag->optional, scan.tag->key);
-        break;
+        return Read_Attributes(scan);
+    }
+}
+
+// Up to the end of the tag, or to what Start has to look at.
+void Parser::Read_Attributes(Scan& scan) {
+    while (scan.status == PARSER_OK && state == STATE_ATTRIBUTE && !pending_text) {
+        tokenizer->Skip_Space();
+        Draw(scan);
+        State_Attribute(scan);
     }
 }
 
@@ -99,7 +117,7 @@ void Parser::State_Attribute(Scan& scan) {
         if (pending_text)
             Accumulate(scan.length);
         else if (scan.tag_id != -1)
-            scan.status = Attribute_Name(scan.text, scan.length);
+            Read_Attribute(scan);
         return;
     case TOKEN_GT: return Close_Tag(scan);
     default: break;
@@ -112,6 +130,19 @@ void Parser::State_Attribute(Scan& scan) {
         state = STATE_TEXT;
         scan.status = Report<Message::Expected_Attribute_Name>(scan.token());
     }
+}
+
+// In the usual form, the name directly followed by an equal sign and a double quote, all of it at once.
+void Parser::Read_Attribute(Scan& scan) {
+    scan.status = Attribute_Name(scan.text, scan.length);
+    if (scan.status != PARSER_OK || !tokenizer->Take('='))
+        return;
+    state = STATE_VALUE;
+    if (!tokenizer->Take('"'))
+        return;
+    state = STATE_DQUOTE;
+    Draw(scan);
+    State_Dquote(scan);
 }
 
 void Parser::Close_Tag(Scan& scan) {
@@ -192,7 +223,10 @@ void Parser::Open_Expression(Scan& scan) {
         if (!capture_expression) {
             tokenizer->in_expression = 1;
             state = STATE_EXPRESSION;
-            return;
+            if (scan.status != PARSER_OK)
+                return;
+            Draw(scan);
+            return State_Expression(scan);
         }
         capture_expression = 0;
         Reset_Output(); // a call text that was cut short captures the wrong expression
@@ -203,17 +237,17 @@ void Parser::Open_Expression(Scan& scan) {
 }
 
 void Parser::State_Expression(Scan& scan) {
-    while (scan.type != TOKEN_RBRACE && scan.type != TOKEN_EOF) {
-        scan.status = expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length,
-                                                                     tokenizer, &state);
-        if (scan.status != PARSER_OK || state != STATE_EXPRESSION)
-            return;
-        scan.type = tokenizer->Get_Next_Token(&scan.text, scan.length);
-    }
+    scan.status = expression_parser->Process_Tokens(scan.type, scan.text, scan.length, tokenizer, &state);
+    if (scan.status != PARSER_OK || state != STATE_EXPRESSION)
+        return;
     if (scan.type == TOKEN_RBRACE) {
-        state = start_state == START_FILE ? STATE_EXPRESSION_END : STATE_DONE;
-        if (start_state != START_FILE)
-            Close_Expression(scan);
+        if (start_state == START_FILE) {
+            state = STATE_EXPRESSION_END;
+            Draw(scan);
+            return State_Expression_End(scan);
+        }
+        state = STATE_DONE;
+        Close_Expression(scan);
     } else if (start_state == START_FILE) {
         scan.status = Fatal<Message::Expression_Unterminated>();
     } else {
@@ -260,6 +294,10 @@ void Parser::State_Close_Name(Scan& scan) {
     pending_text = nullptr; // the </ of a known tag is dropped
     scan.tag_id = scan.tag->id;
     scan.status = Start_Of_Tag(scan.tag_id, 1, scan.tag->required, scan.tag->optional, nullptr);
+    if (scan.status != PARSER_OK)
+        return;
+    Draw(scan);
+    State_Close_Gt(scan);
 }
 
 void Parser::State_Close_Gt(Scan& scan) {

@@ -3,6 +3,7 @@
 
 #include "core/string.h"
 #include "files/file_status.h"
+#include "core/text_words.h"
 #include "frontend/scanner/parser_types.h"
 
 #include <array>
@@ -46,6 +47,20 @@ class Tokenizer {
     Tokenizer_TokenType Get_Next_Text(const char** text, int& token_length);
     // The token that the next Get_Next_Token will return. The line counter moves now.
     Tokenizer_TokenType Peek(const char** text, int& token_length);
+    // Passes the byte, one that is a token by itself, if it comes next.
+    bool Take(char byte) {
+        if (peek_text || position >= length || buffer[position] != byte)
+            return false;
+        ++position;
+        return true;
+    }
+    // Passes white space, and tells whether there was any. A token that is held back is left alone.
+    bool Skip_Space() {
+        if (peek_text || position >= length || !Is_Space(buffer[position]))
+            return false;
+        position = static_cast<int>(End_Of_Space(buffer + position) - buffer);
+        return true;
+    }
     // Extends an identifier that was just read over what continues a dotted name: any number of dots that are
     // directly followed by an identifier.
     void Read_Dotted_Name(int& token_length);
