@@ -5,8 +5,6 @@
 #include "backend/instructions/engine_version.h"
 #include "compiler/generator/compiler_parser.h"
 
-struct Opcode_Info;
-
 // FileCompilerParser writes what CompilerParser generates as assembly text. Every item begins with its own
 // line feed and ends without one. The driver makes one, of this class or of one that derives from it, for all
 // source files.
@@ -52,6 +50,7 @@ class FileCompilerParser : public CompilerParser {
     // The file about to be compiled is the last one.
     void Last_File() override;
     QueuedOpcode* Output_Run(QueuedOpcode* first) override;
+    void Output_Pushed_Constant(int ident, int opcode) override;
 
     // Engine that brought each minor file version, by that version.
     static constexpr auto& TaggedFileVersions = file_version_engines;
@@ -62,7 +61,6 @@ class FileCompilerParser : public CompilerParser {
 
   private:
     ParserStatus Report_Old_Engine();
-    void Output_Plain(const Opcode_Info& row, int first);
     void Output_Read_Only_Access(int opcode);
     void Output_Unknown_Opcode(int opcode, int first);
 };

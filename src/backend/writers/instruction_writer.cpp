@@ -26,6 +26,13 @@ std::string_view Scope_Piece(Variable_Scope scope) {
     return "";
 }
 
+void Write_Plain(CompilerOutput* output, const Opcode_Info& row, int first) {
+    Assembly_Item item(output);
+    item.Head(row);
+    if (row.operands != Operand_Form::NONE)
+        item.Number(first);
+}
+
 char* Put_Plain(char* target, const QueuedOpcode& record) {
     static_assert(Opcode_Info::head_size + QueuedOpcode_Text::plain_length <= Assembly_Item::plain_limit);
     target = Assembly_Item::Put_Head(target, *record.row);
@@ -89,7 +96,7 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
         Follow_LineNo();
     const Opcode_Info* row = Find_Opcode(opcode);
     if (row && row->plain)
-        return Output_Plain(*row, first);
+        return Write_Plain(output, *row, first);
     const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
     switch (form) {
     case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);
@@ -107,11 +114,9 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
         .Number(second);
 }
 
-void FileCompilerParser::Output_Plain(const Opcode_Info& row, int first) {
-    Assembly_Item item(output);
-    item.Head(row);
-    if (row.operands != Operand_Form::NONE)
-        item.Number(first);
+void FileCompilerParser::Output_Pushed_Constant(int ident, int opcode) {
+    Follow_LineNo();
+    Assembly_Item(output).Head(Opcode_Row(OPCODE_PUSHC)).Number(ident).Head(Opcode_Row(opcode));
 }
 
 // Plain records of one line go out together.

@@ -46,3 +46,7 @@ void SilentCompilerParser::Output_Directive_Quoted_String(const char*, int, Expr
 QueuedOpcode* SilentCompilerParser::Output_Run(QueuedOpcode* first) {
     return CompilerParser::Output_Run(first);
 }
+
+void SilentCompilerParser::Output_Pushed_Constant(int ident, int opcode) {
+    CompilerParser::Output_Pushed_Constant(ident, opcode);
+}

@@ -29,8 +29,9 @@ class SilentCompilerParser : public FileCompilerParser {
     // The fragment keeps what it holds.
     int Output_Fragment(StringOutput* fragment) override;
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
-    // Record by record, for the descendants that look at each.
+    // One instruction at a time, for the descendants that look at each.
     QueuedOpcode* Output_Run(QueuedOpcode* first) override;
+    void Output_Pushed_Constant(int ident, int opcode) override;
 };
 
 #endif

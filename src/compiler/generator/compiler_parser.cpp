@@ -4,6 +4,7 @@
 
 #include "app/driver/compiler_application.h"
 #include "backend/instructions/engine_version.h"
+#include "backend/instructions/opcode.h"
 #include "backend/outputs/compiler_output.h"
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/filter_parser.h"
@@ -92,6 +93,11 @@ void CompilerParser::Flush_Opcode_Queue() {
 QueuedOpcode* CompilerParser::Output_Run(QueuedOpcode* first) {
     first->Output(this);
     return first->next;
+}
+
+void CompilerParser::Output_Pushed_Constant(int ident, int opcode) {
+    Output_Opcode(OPCODE_PUSHC, ident, 0);
+    Output_Opcode(opcode, 0, 0);
 }
 
 void CompilerParser::Queue(int opcode, int first, int second) {

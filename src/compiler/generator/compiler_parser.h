@@ -194,6 +194,8 @@ class CompilerParser : public Parser {
     // Writes the record, and as many as it can of those behind it; answers the first that is left. A back end
     // that writes plain records by itself forces their line first.
     virtual QueuedOpcode* Output_Run(QueuedOpcode* first);
+    // Writes pushc and, behind it, an instruction without operands.
+    virtual void Output_Pushed_Constant(int ident, int opcode);
 
     // The number of a string constant, written on first use with the state of that use. Inside a false
     // conditional block the answer is 0 and nothing is recorded.

@@ -2,6 +2,7 @@
 
 #include "app/driver/compiler_application.h"
 #include "backend/instructions/opcode.h"
+#include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 
 ParserStatus CompilerParser::Unknown(const char* text, int length) {
@@ -14,7 +15,7 @@ ParserStatus CompilerParser::Unknown_Compress(const char* text, int length) {
 
 // A text run never moves the line number, whatever lines it spans.
 ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int opcode) {
-    Force_LineNo(last_lineno);
+    lineno_forced = 1;
     if (localized_text) {
         localized_text->cat(text, length);
     } else {
@@ -28,7 +29,10 @@ ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int op
 }
 
 void CompilerParser::Output_Text_Piece(const char* text, int length, int opcode) {
-    Queue(OPCODE_PUSHC, Generate_String_Directive(text, length, EXPRESSION_STATE_TEXT));
+    const int ident = Generate_String_Directive(text, length, EXPRESSION_STATE_TEXT);
+    if (opcode_queue->type == OPCODE_QUEUE_OUTPUT)
+        return Output_Pushed_Constant(ident, opcode);
+    Queue(OPCODE_PUSHC, ident);
     Queue(opcode);
 }
 

@@ -47,13 +47,10 @@ ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, const c
                                               Tokenizer* tokenizer, ParserState* state) {
     while (type != TOKEN_RBRACE && type != TOKEN_EOF) {
         ParserStatus status = Process_Expression_Fragment(type, token, length, tokenizer, state);
+        if (status == PARSER_OK && *state == STATE_EXPRESSION && tokenizer->Skip_Space())
+            status = Take_Space();
         if (status != PARSER_OK || *state != STATE_EXPRESSION)
             return status;
-        if (tokenizer->Skip_Space()) {
-            status = Take_Space();
-            if (status != PARSER_OK)
-                return status;
-        }
         type = tokenizer->Get_Next_Token(&token, length);
     }
     return PARSER_OK;
@@ -92,6 +89,9 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, To
         tokenizer->Read_Dotted_Name(length);
         if (tokenizer->Take('('))
             return parser->Expression_StartFunctionCall(token, length, 0);
+        operand = {token, static_cast<std::size_t>(length)};
+        scan_state = SCAN_NAME;
+        return tokenizer->Skip_Space() ? Expression_Flush() : PARSER_OK;
     }
     Collect(token, length);
     if (scan_state == SCAN_CALL_DOT)

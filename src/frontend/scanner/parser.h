@@ -218,6 +218,7 @@ class Parser {
     void State_Close_Name(Scan& scan);
     void State_Close_Gt(Scan& scan);
     void State_Bare_Value(Scan& scan);
+    void Open_Tag(Scan& scan);
     void Open_Known_Tag(Scan& scan);
     void Read_Attributes(Scan& scan);
     void Read_Attribute(Scan& scan);

@@ -17,18 +17,26 @@ bool Looks_Misspelled(std::string_view name) {
 
 void Parser::State_Text(Scan& scan) {
     switch (scan.type) {
-    case TOKEN_LT:
-        scan.status = Flush_Unknown();
-        pending_text = scan.text;
-        pending_length = 1;
-        state = STATE_TAG_OPEN;
-        if (scan.status != PARSER_OK)
-            break;
-        Draw(scan);
-        return State_Tag_Open(scan);
-    case TOKEN_EOF: End_Of_Text(scan); break;
-    default: Start_Or_Accumulate(scan.text, scan.length); break;
+    case TOKEN_LT: return Open_Tag(scan);
+    case TOKEN_EOF: return End_Of_Text(scan);
+    default: break;
     }
+    Start_Or_Accumulate(scan.text, scan.length);
+    if (tokenizer->Is_Next('<')) {
+        Draw(scan);
+        Open_Tag(scan);
+    }
+}
+
+void Parser::Open_Tag(Scan& scan) {
+    scan.status = Flush_Unknown();
+    pending_text = scan.text;
+    pending_length = 1;
+    state = STATE_TAG_OPEN;
+    if (scan.status != PARSER_OK)
+        return;
+    Draw(scan);
+    State_Tag_Open(scan);
 }
 
 void Parser::State_Tag_Open(Scan& scan) {

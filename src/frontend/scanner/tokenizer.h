@@ -47,12 +47,12 @@ class Tokenizer {
     Tokenizer_TokenType Get_Next_Text(const char** text, int& token_length);
     // The token that the next Get_Next_Token will return. The line counter moves now.
     Tokenizer_TokenType Peek(const char** text, int& token_length);
+    bool Is_Next(char byte) const { return !peek_text && position < length && buffer[position] == byte; }
     // Passes the byte, one that is a token by itself, if it comes next.
     bool Take(char byte) {
-        if (peek_text || position >= length || buffer[position] != byte)
-            return false;
-        ++position;
-        return true;
+        const bool taken = Is_Next(byte);
+        position += taken;
+        return taken;
     }
     // Passes white space, and tells whether there was any. A token that is held back is left alone.
     bool Skip_Space() {
