@@ -43,7 +43,7 @@ void ExpressionParser::Collect(const char* token, int length) {
 }
 
 // White space is passed where it stands: all that it does is to end an operand.
-ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, const char*& token, int& length,
+ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, const char* token, int length,
                                               Tokenizer* tokenizer, ParserState* state) {
     while (type != TOKEN_RBRACE && type != TOKEN_EOF) {
         ParserStatus status = Process_Expression_Fragment(type, token, length, tokenizer, state);

@@ -30,9 +30,9 @@ class ExpressionParser {
     // state may be null.
     ParserStatus Process_Expression_Fragment(Tokenizer_TokenType type, const char* token, int length,
                                              Tokenizer* tokenizer, ParserState* state);
-    // Takes the token at hand and all that follow, up to the closing brace, the end of the text, or what the
-    // scanner has to look at first: a report, or another state. The last token drawn is at hand afterwards.
-    ParserStatus Process_Tokens(Tokenizer_TokenType& type, const char*& token, int& length,
+    // Takes a token and all that follow, up to the closing brace, the end of the text, or what the scanner
+    // has to look at first: a report, or another state. The type is then that of the last token drawn.
+    ParserStatus Process_Tokens(Tokenizer_TokenType& type, const char* token, int length,
                                 Tokenizer* tokenizer, ParserState* state);
     // Hands on the operand that is being collected, if any.
     ParserStatus Expression_Flush();

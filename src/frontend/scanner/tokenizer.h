@@ -58,6 +58,10 @@ class Tokenizer {
     bool Skip_Space() {
         if (peek_text || position >= length || !Is_Space(buffer[position]))
             return false;
+        if (buffer[position] == ' ' && length - position > 1 && !Is_Space(buffer[position + 1])) [[likely]] {
+            ++position;
+            return true;
+        }
         position = static_cast<int>(End_Of_Space(buffer + position) - buffer);
         return true;
     }
