@@ -87,6 +87,31 @@ TEST(Opcodes, Have_Their_Numbers_And_Names) {
     }
 }
 
+TEST(Writers, Numbers_Of_Every_Length) {
+    Assembly_Parser parser;
+    for (long power = 1; power < 10000000000; power *= 10)
+        for (const long near : {power - 1, power, power + 7, -power, 2147483647L, -2147483648L}) {
+            const int number = static_cast<int>(near);
+            const auto expected = "\n\tpushi\t" + std::to_string(number);
+            parser.Output_Opcode(OPCODE_PUSHI, number, 0);
+            EXPECT_EQ(parser.Written(), expected);
+            parser.Queue_Expression();
+            parser.Opcode_Queue()->Queue_Opcode(OPCODE_PUSHI, number, 0);
+            parser.Flush_Opcode_Queue();
+            EXPECT_EQ(parser.Written(), expected);
+        }
+}
+
+TEST(Writers, A_Name_Keeps_Its_Number) {
+    Assembly_Parser parser;
+    for (int round = 0; round < 3; ++round)
+        for (int i = 0; i < 5000; ++i) {
+            const std::string name = std::string(1 + i % 20, "aA"[round % 2]) + std::to_string(i);
+            ASSERT_EQ(parser.Find_Variable_Ident(name.data(), static_cast<int>(name.size()), SCOPE_GLOBAL),
+                      i);
+        }
+}
+
 std::string Quoted(const std::string& text, ExpressionState state) {
     std::string quoted;
     for (std::size_t i = 0; i < text.size(); ++i)
