@@ -2,8 +2,8 @@
 #define FRONTEND_TOKENIZER_H
 
 #include "core/string.h"
-#include "files/file_status.h"
 #include "core/text_words.h"
+#include "files/file_status.h"
 #include "frontend/scanner/parser_types.h"
 
 #include <array>
