@@ -71,7 +71,7 @@ class PartsTest : public ImageTest {
     // Two segments, and an empty one between. The program begins with the last.
     const std::string segments_section = Dwords({3, 2, 0, 3, 3, 0, 3, 2}) + "abcde";
     // One bucket: max, sum, main. The function sum has the parameters a and b; main is known by its name.
-    static constexpr int head = 9, first = 25, second = first + 27;
+    static constexpr int head = 9, links = 13, first = 25, second = first + 27;
     const std::string no_locals = Number(8 << 16, 7);
     const std::string locals = Number(1, 3) + Dwords({2}) + Number(0, 2) + Dwords({0, 3, 1, 4, -1});
     const std::string section = Number(1, 3) + Dwords({3}) + Number(0, 2) + Dwords({2, -1, 0, 1}) +
@@ -308,6 +308,17 @@ TEST_F(PartsTest, Parts_With_Fields_Out_Of_Range_Are_Refused) {
          {"variable_hash_header.bucket_bits out of range", {{second + 46, 33, 1}}},
          {"Invalid size", {{second + 4, 0xaaaaaaa}}},
          {"Unexpected end of file", {{0, 0x7fff, 2}, {3, 0xfffffff}, {second + 47, 0x7ffffff}}}});
+}
+
+TEST_F(PartsTest, Damaged_Chains_End) {
+    for (const Patch& patch : {Patch{links, 2}, {links, 0}, {links, 3}, {head, 3}, {head, -2}}) {
+        FunctionManager read(&names, 8);
+        ASSERT_TRUE(Read(read, {"func", patch(section)}));
+        EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "1 sum(4: a 0/0 b 1/1)");
+        EXPECT_EQ(read.Function_Get("zzzz", -1), nullptr);
+        Function* const added = read.Function_Add("mi", -1, 0);
+        EXPECT_EQ(read.Function_Get("MI", -1), added);
+    }
 }
 
 struct Parts {
