@@ -7,7 +7,6 @@
 #include "files/file_status.h"
 
 #include <dlfcn.h>
-
 #include <filesystem>
 #include <memory>
 #include <string_view>

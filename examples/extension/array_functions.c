@@ -1,10 +1,10 @@
-/* Tells the compiler of the functions that TnFOREACH calls: tarn_array_max, tarn_array_min, tarn_array_next and
- * tarn_element_exists. */
+/* Tells the compiler of the functions that TnFOREACH calls: tarn_array_max, tarn_array_min, tarn_array_next
+ * and tarn_element_exists. */
 
 #include <tarn_extension.h>
 
-/* A compilation needs the table alone. An engine has these four built in; a library of functions that it lacks includes
- * the engine's own header besides, for what reads the parameters and sets the result. */
+/* A compilation needs the table alone. An engine has these four built in; a library of functions that it
+ * lacks includes the engine's own header besides, for what reads the parameters and sets the result. */
 static void Built_In(TarnVM* vm, VariableHash* parameters, Variable* result, void** data) {
     (void)vm, (void)parameters, (void)result, (void)data;
 }
