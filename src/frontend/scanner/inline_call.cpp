@@ -172,8 +172,7 @@ ParserStatus ExpressionParser::Inline_Calls::Read_Close_Bracket(const char* sign
     return PARSER_OK;
 }
 
-// The code of the file expression comes first. The scratch variable takes the place of the whole call in the
-// text.
+// The code of the file expression comes first.
 ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end) {
     if (bracket) {
         if (const ParserStatus status = Scan_File_Expression(bracket_end); status != PARSER_OK)
@@ -184,8 +183,6 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Nested(const char* bracket_end
     text.truncate(static_cast<unsigned>(open_brackets.back()));
     open_brackets.pop_back();
     const int depth = calls.back().depth++;
-    text += "l.";
-    text += Scratch_Name(depth);
     return Open_Call(depth + 1);
 }
 
@@ -221,12 +218,15 @@ void ExpressionParser::Inline_Calls::Close_Call() {
         Store_Result();
 }
 
-// Takes the result of a nested call from the stack into its scratch variable.
+// Takes the result of a nested call from the stack into its scratch variable, which takes the place of the
+// whole call in the text.
 void ExpressionParser::Inline_Calls::Store_Result() {
     const String name = Scratch_Name(calls.back().depth - 1);
     const int ident = parser.Find_Variable_Ident(name.text(), name.length(), SCOPE_LOCAL);
     parser.Opcode_Queue()->Queue_Variable_Instruction(1, ident, SCOPE_LOCAL, 0, 0);
     parser.Decrement_Stackcount();
+    text += "l.";
+    text += name;
 }
 
 String ExpressionParser::Inline_Calls::Scratch_Name(int depth) {
