@@ -74,6 +74,8 @@ class HashTable {
     unsigned hash(const char* key, int len) const;
 
     void Insert(T* e);
+    // The first element with the key of e, which is e itself when there was none: then it is inserted.
+    T* Find_Or_Insert(T* e);
     // From now on the elements are the caller's to delete.
     void Disown() { own = 0; }
     // The first element with this key, or null.
@@ -136,6 +138,8 @@ class HashTable {
 
     template <class Equal>
     Place* Look_Up(std::uint32_t hash, Equal equal) const;
+    Place* Look_Up(std::uint32_t hash, T* e) const;
+    void Append(T* e, std::uint32_t hash, Place& place);
     int First_Slot(const Place& place) const;
     T* Find_Element(const Place* place) const;
     void Make_Room();
@@ -204,13 +208,29 @@ template <class T>
 void HashTable<T>::Insert(T* e) {
     Make_Room();
     const std::uint32_t hash = Index_Hash(e);
-    Place* place = Look_Up(hash, [&](T* other) { return Compare(e, other); });
+    Append(e, hash, *Look_Up(hash, e));
+}
+
+template <class T>
+T* HashTable<T>::Find_Or_Insert(T* e) {
+    Make_Room();
+    const std::uint32_t hash = Index_Hash(e);
+    Place* place = Look_Up(hash, e);
+    if (T* found = Find_Element(place))
+        return found;
+    Append(e, hash, *place);
+    return e;
+}
+
+// Behind the equals at the place that was looked up for it, if there are any.
+template <class T>
+void HashTable<T>::Append(T* e, std::uint32_t hash, Place& place) {
     const int slot = entries;
     slots[slot] = e;
-    if (place->link)
-        Append_Equal(*place, slot);
+    if (place.link)
+        Append_Equal(place, slot);
     else {
-        *place = {hash, static_cast<std::uint32_t>(slot + 1) << 1};
+        place = {hash, static_cast<std::uint32_t>(slot + 1) << 1};
         ++places_used;
         ++buckets_used;
     }
@@ -230,7 +250,7 @@ template <class T>
 T* HashTable<T>::Find(T* e) const {
     if (!places_used)
         return nullptr;
-    return Find_Element(Look_Up(Index_Hash(e), [&](T* other) { return Compare(e, other); }));
+    return Find_Element(Look_Up(Index_Hash(e), e));
 }
 
 template <class T>
@@ -294,6 +314,11 @@ typename HashTable<T>::Place* HashTable<T>::Look_Up(std::uint32_t hash, Equal eq
         if (!place.link || (place.hash == hash && equal(slots[place.slot()]) == 0))
             return &place;
     }
+}
+
+template <class T>
+typename HashTable<T>::Place* HashTable<T>::Look_Up(std::uint32_t hash, T* e) const {
+    return Look_Up(hash, [&](T* other) { return Compare(e, other); });
 }
 
 template <class T>

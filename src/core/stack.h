@@ -126,7 +126,8 @@ StackNode<T>* Stack<T>::New_Node() {
 
 template <class T>
 void Stack<T>::New_Block() {
-    blocks = new Block{blocks, {}};
+    auto* block = new Block; // its nodes are set as they are taken
+    block->older = std::exchange(blocks, block);
     for (StackNode<T>& node : blocks->nodes)
         Spare(&node);
 }

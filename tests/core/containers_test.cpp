@@ -257,6 +257,10 @@ void Compare_With_Model(int case_insensitive, int bucket_bits) {
         if (choice == 0) {
             table.Dump();
             slots.clear();
+        } else if (choice < 60) {
+            ASSERT_EQ(table.Find_Or_Insert(e), expected ? expected : e);
+            if (!expected)
+                slots.push_back(e);
         } else if (choice < 200) {
             table.Insert(e);
             slots.push_back(e);

@@ -15,6 +15,14 @@ ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
 
 } // namespace
 
+// Looked up once for all calls of a function.
+const Function_Resolution_Info* CompilerParser::Definition_Of(Function_Resolution_Info* call) {
+    Function_Resolution_Info* first = call->First();
+    if (!first->definition)
+        first->definition = defined_functions.Find(first->Name().text(), first->Name().length());
+    return first->definition;
+}
+
 // Calls are checked in source order. A later call of an undefined function is checked against the count that
 // the record before it left behind. Counts are compared as long as nothing is wrong, and from the first
 // mismatch on to the end. When the first fault is another one, of the file or an undefined function, no count
@@ -23,8 +31,8 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
     int expected = 0;
     bool mismatched = false;
     for (Function_Resolution_Info* call = call_list.First(); call; call = call_list.Next()) {
-        const String& name = call->name;
-        if (Function_Resolution_Info* definition = defined_functions.Find(name.text(), name.length())) {
+        const String& name = call->Name();
+        if (const Function_Resolution_Info* definition = Definition_Of(call)) {
             expected = definition->parameters;
         } else if (ExternalCall* external = Find_External(external_calls, name)) {
             expected = external->record->parameter_count;
@@ -36,8 +44,8 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
             continue;
         if (call->parameters != expected) {
             mismatched = true;
-            status =
-                Report_At<Message::Function_Arity>(call->line, &call->file, name, expected, call->parameters);
+            status = Report_At<Message::Function_Arity>(call->line, call->file.get(), name, expected,
+                                                        call->parameters);
         }
     }
     return status;
@@ -46,7 +54,7 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
 // The stub of an undefined function numbers its parameters from 1.
 ParserStatus CompilerParser::Declare_Unresolved_Function(Function_Resolution_Info* call) {
     unresolved_functions.Insert(call);
-    Generate_Function_Directive(call->name.text(), call->name.length(), FUNCTION_UNRESOLVED, -1, -1,
+    Generate_Function_Directive(call->Name().text(), call->Name().length(), FUNCTION_UNRESOLVED, -1, -1,
                                 ACCESS_UNSET);
     for (int number = 1; number <= call->parameters; ++number) {
         char name[sizeof "param" + 10] = "param";
@@ -54,15 +62,15 @@ ParserStatus CompilerParser::Declare_Unresolved_Function(Function_Resolution_Inf
         Output_Parameter_Directive(name, static_cast<int>(end - name), number, 1);
     }
     Output_End_Function_Directive();
-    return Report_At<Message::Function_Undefined>(call->line, &call->file, call->name);
+    return Report_At<Message::Function_Undefined>(call->line, call->file.get(), call->Name());
 }
 
 // Walks what was called, calls that stand only in filters included.
 void CompilerParser::Declare_External_Functions() {
     for (Function_Resolution_Info* call = called_functions.First(); call; call = called_functions.Next()) {
-        const String& name = call->name;
-        if (defined_functions.Find(name.text(), name.length()))
+        if (Definition_Of(call))
             continue;
+        const String& name = call->Name();
         ExternalCall* external = Find_External(external_calls, name);
         if (!external)
             continue;

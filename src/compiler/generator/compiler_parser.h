@@ -239,12 +239,14 @@ class CompilerParser : public Parser {
 
     // source_frame.cpp
     const String* Current_File() const;
+    const Shared_Name& Shared_File(); // the same for records
     void Set_File_Ident(std::string_view file);
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);
     ParserStatus Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status);
 
     // call_resolution.cpp
+    const Function_Resolution_Info* Definition_Of(Function_Resolution_Info* call); // null when there is none
     ParserStatus Resolve_Calls(ParserStatus status);
     ParserStatus Declare_Unresolved_Function(Function_Resolution_Info* call);
     void Declare_External_Functions();
@@ -289,6 +291,7 @@ class CompilerParser : public Parser {
     void Queue_Value_Copy();
 
     // function_calls.cpp
+    Function_Resolution_Info* New_Call(const char* name, int length);
     ParserStatus Output_Pending_Call();
     ParserStatus Record_Call(Function_Resolution_Info* call);
 
@@ -574,6 +577,7 @@ class CompilerParser : public Parser {
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
+    Shared_Name shared_file{nullptr};            // the current file's name, as the last record had it
 
     // Of the tables that are never emptied.
     Recent_Names recent_globals;

@@ -23,7 +23,7 @@ ParserStatus FilterParser::Expression_Operator(int id, int priority, int operand
 ParserStatus FilterParser::Expression_StartFunctionCall(const char* name, int length, int dynamic) {
     const ParserStatus status = CompilerParser::Expression_StartFunctionCall(name, length, dynamic);
     if (!dynamic && status == PARSER_OK && !calls->Find(name, length)) {
-        auto* call = new Function_Resolution_Info(-1, name, length, Current_File());
+        auto* call = new Function_Resolution_Info(-1, name, length, Shared_File());
         calls->Insert(call);
         names->Insert(call);
     }

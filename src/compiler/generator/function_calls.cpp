@@ -6,6 +6,11 @@
 
 #include <memory>
 
+Function_Resolution_Info* CompilerParser::New_Call(const char* name, int length) {
+    return new Function_Resolution_Info(Linenumber(), name, length, Shared_File(),
+                                        called_functions.Find(name, length));
+}
+
 // The callee has its own position: behind the call the caller's is restored. A call in code that goes nowhere
 // leaves no record, nor does one in the text of a filter, where nothing is resolved.
 ParserStatus CompilerParser::Output_Pending_Call() {
@@ -15,7 +20,7 @@ ParserStatus CompilerParser::Output_Pending_Call() {
     if (!Generating())
         return PARSER_OK;
     const ParserStatus status = application ? Record_Call(call.get()) : PARSER_OK;
-    opcode_queue->Queue_Opcode(OPCODE_CALL, call->name.text(), call->name.length(), 1);
+    opcode_queue->Queue_Opcode(OPCODE_CALL, call->Name().text(), call->Name().length(), 1);
     Queue_Source_File();
     Queue(OPCODE_LINENO, Linenumber());
     if (application) {
@@ -26,20 +31,22 @@ ParserStatus CompilerParser::Output_Pending_Call() {
 }
 
 ParserStatus CompilerParser::Record_Call(Function_Resolution_Info* call) {
-    const Function_Resolution_Info* first = called_functions.Find(call->name.text(), call->name.length());
-    if (!first) {
-        called_functions.Insert(call);
-        return PARSER_OK;
+    if (!call->first) {
+        Function_Resolution_Info* first = called_functions.Find_Or_Insert(call);
+        if (first == call)
+            return PARSER_OK;
+        call->first = first;
     }
+    const Function_Resolution_Info* first = call->first;
     if (first->line == -1 || first->parameters == call->parameters)
         return PARSER_OK;
-    return Report<Message::Function_Called_Differently>(call->name, call->parameters, first->parameters,
+    return Report<Message::Function_Called_Differently>(call->Name(), call->parameters, first->parameters,
                                                         first->line);
 }
 
 void CompilerParser::Output_Call(const char* name, int length, int parameters, int lower) {
     if (!called_functions.Find(name, length)) {
-        auto* call = new Function_Resolution_Info(Linenumber(), name, length, Current_File());
+        Function_Resolution_Info* call = New_Call(name, length);
         call->parameters = parameters;
         call_list.Insert(call, LIST_LAST);
         called_functions.Insert(call);

@@ -7,6 +7,7 @@
 #include "frontend/values/text_pieces.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace {
 
@@ -49,10 +50,10 @@ ParserStatus CompilerParser::Generate_Function(int) {
     if (!Generating())
         return Discard_Function(name);
     const int length = static_cast<int>(name.size());
-    if (defined_functions.Find(name.data(), length))
+    auto made = std::make_unique<Function_Resolution_Info>(Linenumber(), name.data(), length, Shared_File());
+    if (defined_functions.Find_Or_Insert(made.get()) != made.get())
         return Report<Message::Function_Redefined>(name);
-    auto* definition = new Function_Resolution_Info(Linenumber(), name.data(), length, Current_File());
-    defined_functions.Insert(definition);
+    Function_Resolution_Info* definition = made.release(); // the table's now
 
     int stdout_level = function_stdout_default;
     int error_level = -1;

@@ -248,7 +248,7 @@ ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int 
         return Push_Dynamic_Call(name, length);
     Push_Statistic(SUBEXPRESSION_CALL); // gathers the finished arguments
     Push_Statistic(SUBEXPRESSION_CALL); // counts the current one
-    open_calls.Push(new Function_Resolution_Info(Linenumber(), name, length, Current_File()));
+    open_calls.Push(New_Call(name, length));
     operators.Push(new Operator{OPERATOR_CALL, priority_bias, 0, 0});
     priority_bias = Wrapping_Sum(priority_bias, call_bias);
     return PARSER_OK;

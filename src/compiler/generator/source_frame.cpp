@@ -32,6 +32,12 @@ const String* CompilerParser::Current_File() const {
     return &tokenizer->filename;
 }
 
+const Shared_Name& CompilerParser::Shared_File() {
+    if (shared_file.get()->view() != Current_File()->view())
+        shared_file = Shared_Name(Current_File());
+    return shared_file;
+}
+
 ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
     if (tokenizer_stack.Entries() > 0) { // an included file
         if (status == PARSER_OK)
@@ -61,7 +67,8 @@ ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
 ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status) {
     if (!block)
         return status;
-    return Report_At<Message::Single_Block_Unclosed>(block->line, &block->file, Tag_Word(tag), Tag_Word(tag));
+    return Report_At<Message::Single_Block_Unclosed>(block->line, block->file.get(), Tag_Word(tag),
+                                                     Tag_Word(tag));
 }
 
 void CompilerParser::Output_LineNo() {
