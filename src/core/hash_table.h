@@ -405,13 +405,15 @@ void HashTable<T>::Free_Place(Place& place) {
 // than its use.
 template <class T>
 void HashTable<T>::Clear_Index() {
+    buckets_used = 0;
+    if (!places_used)
+        return;
     if (places > least_places + 4 * places_used) {
         std::free(buckets);
         buckets = nullptr;
         places = 0;
-    }
-    std::fill_n(buckets, places, Place{});
-    buckets_used = 0;
+    } else
+        std::memset(buckets, 0, places * sizeof *buckets);
     places_used = 0;
 }
 
