@@ -577,6 +577,7 @@ class CompilerParser : public Parser {
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
+    std::string scratch_name;                    // the last one made, for its room
     Shared_Name shared_file{nullptr};            // the current file's name, as the last record had it
 
     // Of the tables that are never emptied.

@@ -2,10 +2,11 @@
 // of the block, and the block comes down to one instruction that names the id. A block has no stack: an inner
 // one overwrites what is kept of the outer.
 
-#include "app/services/tarn_application.h"
 #include "backend/instructions/engine_version.h"
 #include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/integer_text.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 // The text between the tags of the block is dropped.
@@ -35,12 +36,8 @@ ParserStatus CompilerParser::Check_Localized_ID(int) {
 void CompilerParser::Make_Localized_ID(AttributeValue* value, const String& stem) {
     auto* id = new String(stem.text(), stem.length());
     id->cat('-');
-    int length = 0;
-    int size = 0;
-    String number;
-    char* digits = TarnApplication::itos(localized_sequence++, &length, &size);
-    number.assign_nocopy(digits, length, size);
-    id->cat(number.text(), number.length());
+    const Integer_Text number(localized_sequence++);
+    id->cat(number.view().data(), Length_Of(number.view()));
     value->Reset();
     (void)value->Set_Simple_Text(id->text(), id->length(), ATTREXPR_VALUE); // a reset value takes it
     localized_ids.Insert(id);

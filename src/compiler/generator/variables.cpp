@@ -2,15 +2,8 @@
 
 #include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
-
-#include <charconv>
-#include <string>
-
-namespace {
-
-constexpr std::size_t scratch_name_room = 95; // for any name that the compiler makes
-
-} // namespace
+#include "core/integer_text.h"
+#include "core/text_length.h"
 
 HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
     switch (scope) {
@@ -51,13 +44,10 @@ int CompilerParser::Find_In_Table(const char* name, int length, Variable_Scope s
 int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
     if (!Generating())
         return 0;
-    char digits[12];
-    char* end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-    std::string name;
-    name.reserve(scratch_name_room);
-    name.append("__scratch:").append(base).append(1, '_').append(std::begin(digits), end);
+    std::string& name = scratch_name;
+    name.assign("__scratch:").append(base).append(1, '_').append(Integer_Text(number).view());
     name.append(1, ':').append(file_ident, sizeof file_ident);
-    const int length = static_cast<int>(name.size());
+    const int length = Length_Of(name);
     if (Variable* known = scratch_variables->Find(name.data(), length))
         return known->value_integer();
     const int ident = local_variables->Entries();
