@@ -81,6 +81,16 @@ class Run_Ends(unittest.TestCase):
                 statuses.add(run.returncode)
         self.assertIn(len(statuses), (0, 2))
 
+    def test_deep_calls_fit_in_little_memory(self):
+        depth = 10 ** 5
+        for call, megabytes in (("['f'].a(", 84), ("f(", 56)):
+            size = megabytes << 20
+            limits = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))}
+            pathlib.Path("page.tn").write_text(f'<TnEVAL EXPR="{{{call * depth}1{")" * depth}}}">'
+                                               '<TnFUNCTION NAME="f" PARAMETERS="a"></TnFUNCTION>')
+            if subprocess.run([TNC, "--version"], capture_output=True, **limits).returncode == 0:
+                self.assertEqual(subprocess.run([TNC, "page.tn"], **limits).returncode, 0, call)
+
     def stalled_run(self):
         """A run that stands still at its diagnostics, with its output open."""
         run = subprocess.Popen(["tnc", "page.tn"], executable=TNC, stderr=subprocess.PIPE, text=True)
