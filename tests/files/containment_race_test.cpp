@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <iostream>
 #include <iterator>
 #include <thread>
 
@@ -74,6 +75,8 @@ class Containment_Race : public File_Tree {
         other.request_stop();
         other.join();
         EXPECT_EQ(Outside(), before);
+        std::cout << swaps << " swaps, " << tries << " operations, of which " << done << " done; "
+                  << (HasFailure() ? "escapes" : "0 escapes") << '\n';
         EXPECT_TRUE(done > tries / 100 && done < tries * 99 / 100) << "a race with but one side: " << done;
     }
 };

@@ -1,11 +1,14 @@
 #include "files/file_tree.h"
 #include "files/lock_application.h"
 
+#include <atomic>
 #include <climits>
 #include <csignal>
 #include <ctime>
+#include <iostream>
 #include <random>
 #include <sys/file.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 
 namespace {
@@ -144,34 +147,51 @@ TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
     EXPECT_EQ(manager->Lock_Valid(At("root/link").c_str()), FILE_LOCK_STALE);
 }
 
-// LOCK_SECONDS in the environment makes it long. Half of the processes die with the lock now and then.
+// LOCK_ACQUISITIONS in the environment makes it long. The processes are killed with the lock now and then,
+// and others take their places.
 TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
+    struct Figures {
+        std::atomic<int> acquisitions, overlaps, killed;
+    };
+    void* const shared =
+        mmap(nullptr, sizeof(Figures), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto& figures = *new (shared) Figures{};
+    const char* const long_run = getenv("LOCK_ACQUISITIONS");
+    const int wanted = long_run ? atoi(long_run) : 800;
     Put("witness", "");
     application.passes = INT_MAX;
     application.expiration = 3;
-    const char* const seconds = getenv("LOCK_SECONDS");
-    const time_t end = time(nullptr) + (seconds ? atoi(seconds) : 4);
-    for (unsigned i = 0; i < 8; ++i) {
+    unsigned started = 0;
+    auto start = [&] {
+        const unsigned i = started++;
         if (fork() != 0)
-            continue;
+            return;
         application.host = i % 2 ? "there" : "here";
-        for (std::minstd_rand random(i + 1); time(nullptr) < end; manager->Lock_Delete("lock")) {
+        for (std::minstd_rand random(i + 1); figures.acquisitions < wanted; manager->Lock_Delete("lock")) {
             if (manager->Lock("lock") != FILE_LOCK_HELD)
                 _exit(1);
             // The system lets go of the locks of those who die.
             const Descriptor witness(Open_Path("witness", O_RDONLY));
             usleep(random() % 1000);
-            if (flock(witness.get(), LOCK_EX | LOCK_NB) != 0)
-                _exit(2);
+            ++figures.acquisitions;
+            figures.overlaps += flock(witness.get(), LOCK_EX | LOCK_NB) != 0;
             usleep(random() % 1000);
-            if (i < 4 && random() % 32 == 0)
-                _exit(0);
+            if (random() % 64 == 0 && ++figures.killed)
+                raise(SIGKILL);
         }
         _exit(0);
+    };
+    while (started < 8)
+        start();
+    for (int status; wait(&status) > 0;) {
+        EXPECT_TRUE(status == 0 || status == SIGKILL) << status;
+        if (status == SIGKILL)
+            start();
     }
-    int status;
-    while (wait(&status) > 0)
-        EXPECT_EQ(status, 0);
+    std::cout << figures.acquisitions << " acquisitions, " << figures.killed << " processes killed, "
+              << figures.overlaps << " overlaps\n";
+    EXPECT_EQ(figures.overlaps, 0);
+    munmap(shared, sizeof(Figures));
     EXPECT_TRUE(manager->Lock_Delete("lock"));
 }
 
