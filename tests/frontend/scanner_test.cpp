@@ -1,5 +1,6 @@
 // What the scanner makes of odd sources, and calls in other files. Most of it is shown by the pages.
 
+#include "app/driver/unix_compiler_application.h"
 #include "backend/assembly_fixture.h"
 #include "files/file_tree.h"
 
@@ -9,9 +10,9 @@ using namespace std::string_literals;
 
 // Compiles a source, and notes what the scanner hands on of it.
 struct Scan : Recording_Output, FileCompilerParser {
-    Scan(Tokenizer* source, ParserStartState start_state)
-        : Recording_Output(1024),
-          FileCompilerParser(source, this, nullptr, nullptr, -1, -1, start_state, nullptr, nullptr, nullptr) {
+    Scan(Tokenizer* source, ParserStartState start_state, CompilerApplication* application = nullptr)
+        : Recording_Output(1024), FileCompilerParser(source, this, nullptr, application, -1, -1, start_state,
+                                                     nullptr, nullptr, nullptr) {
         result = Start();
     }
     Scan(const std::string& source, ParserStartState start_state)
@@ -157,13 +158,21 @@ struct Taking_Manager : UNIXFileManager {
     }
 };
 
+struct Taking_Application : UNIXCompilerApplication {
+    using UNIXCompilerApplication::UNIXCompilerApplication;
+    FileManager* filemanager() override { return &taking; }
+    Taking_Manager taking{nullptr};
+};
+
 TEST_F(Source_File, Vanished_Behind_An_Include_Is_Reported) {
     Put("page", "<TnINCLUDE FILE=\"taker\">c");
     Put("taker", "d");
-    Taking_Manager taking(nullptr);
-    auto* page = new Tokenizer(&taking);
+    char program[] = "tnc";
+    char* arguments[] = {program, nullptr};
+    Taking_Application application(1, arguments);
+    auto* page = new Tokenizer(&application.taking);
     EXPECT_TRUE(page->Open("page"));
-    const Scan scan(page, START_FILE);
+    const Scan scan(page, START_FILE, &application);
     EXPECT_EQ(scan.events,
               "value(taker) text(d) CE_186(Unable to reopen file 'page': " + System_Text(ENOENT) + ") ");
 }
