@@ -1,5 +1,5 @@
-// The golden pages show every message and every instruction, less those listed here with the reason why no
-// page can.
+// The golden pages and the pages in the documents, which are compared byte for byte too, show every message
+// and every instruction, less those listed here with the reason why no page can.
 
 #include "app/services/diagnostics.h"
 #include "backend/instructions/opcode.h"
@@ -37,12 +37,14 @@ const std::set<std::string_view> unseen_instructions = {"cmp", "jmp_ge", "jmp_gt
 
 std::vector<std::string> All_Lines(const char* extension) {
     std::vector<std::string> lines;
-    for (const auto& entry : std::filesystem::recursive_directory_iterator(GOLDEN_DIRECTORY)) {
-        if (entry.path().extension() != extension)
-            continue;
-        std::ifstream file(entry.path(), std::ios::binary);
-        for (std::string line; std::getline(file, line);)
-            lines.push_back(line);
+    for (const char* folder : {GOLDEN_DIRECTORY, GOLDEN_DIRECTORY "/../../docs"}) {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+            if (entry.path().extension() != extension && entry.path().extension() != ".md")
+                continue;
+            std::ifstream file(entry.path(), std::ios::binary);
+            for (std::string line; std::getline(file, line);)
+                lines.push_back(line);
+        }
     }
     return lines;
 }
