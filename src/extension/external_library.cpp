@@ -4,6 +4,8 @@
 
 ExternalLibrary::~ExternalLibrary() = default;
 
+ExternalLibraryManager::ExternalLibraryManager() = default;
+
 // Lasting libraries are left alone, loaded as they are. Nothing is looked up: a file name that was changed
 // leads nowhere.
 ExternalLibraryManager::~ExternalLibraryManager() {

@@ -40,7 +40,7 @@ inline std::string_view Hash_Key(const ExternalLibrary& library) {
 // in the current directory, but where the loader searches: "./functions.so" is not "functions.so".
 class ExternalLibraryManager {
   public:
-    ExternalLibraryManager() = default;
+    ExternalLibraryManager();
     ExternalLibraryManager(const ExternalLibraryManager&) = delete;
     ExternalLibraryManager& operator=(const ExternalLibraryManager&) = delete;
 
