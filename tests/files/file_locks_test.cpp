@@ -1,5 +1,4 @@
 #include "files/file_tree.h"
-#include "files/lock_application.h"
 
 #include <atomic>
 #include <climits>
@@ -13,138 +12,125 @@
 
 namespace {
 
-// A process that is over, and waited for.
-pid_t dead_process() {
-    const pid_t child = fork();
-    if (child == 0)
-        _exit(0);
-    waitpid(child, nullptr, 0);
-    return child;
-}
-
 class File_Locks : public File_Tree {
   protected:
-    void SetUp() override {
-        File_Tree::SetUp();
-        manager = std::make_unique<UNIXFileManager>(&application);
+    // A lock file that a process which is over, and waited for, has left.
+    static std::string Left_Behind() {
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(0);
+        waitpid(child, nullptr, 0);
+        return std::to_string(child) + "!1:here";
+    }
+
+    int Lock_In(int passes, const char* path = "lock") {
+        application.passes = passes;
+        return manager->Lock(path);
     }
 
     // Files beside the three directories: no temporary name may stay.
     long Files() const { return Entries(base) - 3; }
 
-    Lock_Application application;
+    const std::string own = std::to_string(getpid()), held = own + "!1:here";
 };
 
 TEST_F(File_Locks, Lock_File_Tells_Its_Holder) {
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
-    EXPECT_EQ(Get("lock"), std::to_string(getpid()) + "!1:here");
-    EXPECT_EQ(Files(), 1);
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_DEADLOCK);
+    EXPECT_EQ(Lock_In(1), FILE_LOCK_HELD);
+    EXPECT_TRUE(Get("lock") == held && Files() == 1);
+    EXPECT_EQ(Lock_In(1), FILE_LOCK_DEADLOCK);
     EXPECT_EQ(Error(), "Possible deadlock detected");
     application.thread = 2;
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_CANCELLED);
+    EXPECT_EQ(Lock_In(3), FILE_LOCK_CANCELLED);
     EXPECT_EQ(Error(), "Timed out waiting for lock");
-    EXPECT_EQ(Files(), 1);
-    EXPECT_TRUE(manager->Lock_Delete("lock") && manager->Lock_Delete("lock"));
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_CANCELLED); // ahead of any attempt
+    EXPECT_TRUE(Files() == 1 && manager->Lock_Delete("lock") && manager->Lock_Delete("lock"));
+    EXPECT_EQ(Lock_In(0), FILE_LOCK_CANCELLED); // ahead of any attempt
     EXPECT_EQ(Files(), 0);
 }
 
 TEST_F(File_Locks, Are_Judged_By_Holder_Or_Age) {
-    const std::string own = std::to_string(getpid()), dead = std::to_string(dead_process());
     const struct {
         std::string content;
         int age, expiration, state;
     } cases[] = {
         // clang-format off
-        {own + "!1:here", 100, 60, FILE_LOCK_OWN}, {own + "!0:here", 0, 60, FILE_LOCK_OWN},
+        {held, 100, 60, FILE_LOCK_OWN}, {own + "!0:here", 0, 60, FILE_LOCK_OWN},
         {own + ":here", 0, 60, FILE_LOCK_OWN}, {own + "!7:here", 100, 60, FILE_LOCK_VALID},
-        {dead + "!1:here", 0, 60, FILE_LOCK_STALE}, {dead + ":here", 0, 0, FILE_LOCK_STALE},
-        {"1!1:here", 100, 60, FILE_LOCK_VALID}, {own + "!1:there", 30, 60, FILE_LOCK_VALID},
-        {own + "!1:there", 60, 60, FILE_LOCK_STALE}, {own + "!1:there", 1000000, 0, FILE_LOCK_VALID},
-        {own + "!1:here\n", 60, 60, FILE_LOCK_STALE}, {"0!0:here", 60, 60, FILE_LOCK_STALE},
-        {"-1!1:here", 0, 60, FILE_LOCK_VALID}, {"4294967297!1:here", 0, 60, FILE_LOCK_VALID},
+        {Left_Behind(), 0, 0, FILE_LOCK_STALE}, {"1!1:here", 100, 60, FILE_LOCK_VALID},
+        {own + "!1:there", 30, 60, FILE_LOCK_VALID}, {own + "!1:there", 60, 60, FILE_LOCK_STALE},
+        {own + "!1:there", 1000000, 0, FILE_LOCK_VALID}, {held + "\n", 60, 60, FILE_LOCK_STALE},
+        {"0!0:here", 60, 60, FILE_LOCK_STALE}, {"-1!1:here", 0, 60, FILE_LOCK_VALID},
+        {"4294967297!1:here", 0, 60, FILE_LOCK_VALID},
         {"99999999999999999999!1:here", 60, 60, FILE_LOCK_STALE}, {"", 0, 60, FILE_LOCK_VALID},
         {own, 60, 60, FILE_LOCK_STALE}, {std::string(5000, ':'), 60, 60, FILE_LOCK_STALE},
         // clang-format on
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.content);
         Put("lock", c.content);
         ASSERT_TRUE(manager->SetModifiedTime("lock", time(nullptr) - c.age));
         application.expiration = c.expiration;
-        EXPECT_EQ(manager->Lock_Valid("lock"), c.state);
+        EXPECT_EQ(manager->Lock_Valid("lock"), c.state) << c.content;
         // Only a stale lock is broken, at the first pass, and taken at the second.
-        application.passes = 2;
-        const int expected = c.state == FILE_LOCK_OWN     ? FILE_LOCK_DEADLOCK
-                             : c.state == FILE_LOCK_STALE ? FILE_LOCK_HELD
-                                                          : FILE_LOCK_CANCELLED;
-        EXPECT_EQ(manager->Lock("lock"), expected);
-        EXPECT_EQ(Get("lock"), expected == FILE_LOCK_HELD ? own + "!1:here" : c.content);
+        const bool stale = c.state == FILE_LOCK_STALE, ours = c.state == FILE_LOCK_OWN;
+        const int expected = ours ? FILE_LOCK_DEADLOCK : stale ? FILE_LOCK_HELD : FILE_LOCK_CANCELLED;
+        EXPECT_EQ(Lock_In(2), expected) << c.content;
+        EXPECT_EQ(Get("lock"), stale ? held : c.content);
         EXPECT_EQ(Files(), 1);
     }
 }
 
 TEST_F(File_Locks, Fail_Where_No_Lock_File_Can_Be) {
-    EXPECT_EQ(manager->Lock("none/lock"), FILE_LOCK_FAILED);
+    // The name of this very thread: if it is there already, it isn't ours.
+    const std::string name = "lock.6c92285fa6d3e827b198d120ea3ac674." + own + ".1";
+    Put(name, "kept");
+    EXPECT_EQ(Lock_In(1), FILE_LOCK_FAILED);
+    EXPECT_EQ(Error() + Get(name), System_Text(EEXIST) + "kept");
+    EXPECT_EQ(Lock_In(1, "none/lock"), FILE_LOCK_FAILED);
     EXPECT_EQ(Error(), System_Text(ENOENT));
-    application.passes = 3;
-    EXPECT_EQ(manager->Lock("root"), FILE_LOCK_CANCELLED); // can't be read, so it is waited for
+    EXPECT_EQ(Lock_In(3, "root"), FILE_LOCK_CANCELLED); // can't be read, so it is waited for
     EXPECT_EQ(manager->Lock_Valid("root"), FILE_LOCK_UNREADABLE);
     EXPECT_EQ(Error(), System_Text(EISDIR));
-    // The name of this very thread: if it is there already, it isn't ours.
-    const std::string name = "lock.6c92285fa6d3e827b198d120ea3ac674." + std::to_string(getpid()) + ".1";
-    Put(name, "kept");
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_FAILED);
-    EXPECT_EQ(Error(), System_Text(EEXIST));
-    EXPECT_EQ(Get(name), "kept");
+
+    ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
+    EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "../lock"), FILE_LOCK_FAILED);
+    application.passes = 1;
+    EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "d/../lock"), FILE_LOCK_HELD);
+    EXPECT_EQ(Get("root/lock"), held);
+    // Below a root, a link is no lock of ours, whatever it leads to.
+    Put("stale", Left_Behind());
+    Link("../stale", "root/link");
+    EXPECT_EQ(manager->Lock_Valid(Tarn_PathType_Data, "link"), FILE_LOCK_UNREADABLE);
+    EXPECT_EQ(manager->Lock_Valid(At("root/link").c_str()), FILE_LOCK_STALE);
 }
 
 TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
-    const std::string stale = std::to_string(dead_process()) + "!1:here";
-    Put("lock", stale);
+    Put("lock", Left_Behind());
     application.while_judging = [&] { // another one breaks it and takes its place
-        std::filesystem::remove(At("lock"));
+        fs::remove("lock");
         Put("lock", "1!1:here");
     };
-    application.passes = 3;
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_CANCELLED);
+    EXPECT_EQ(Lock_In(3), FILE_LOCK_CANCELLED);
     EXPECT_EQ(Get("lock"), "1!1:here");
 
-    Put("lock", stale);
+    // A lock is as old as its holding, not as the wait for it.
+    application.while_waiting = [&] {
+        for (const auto& entry : fs::directory_iterator(base))
+            EXPECT_TRUE(manager->SetModifiedTime(entry.path().c_str(), 86400));
+        fs::remove("lock");
+    };
+    EXPECT_EQ(Lock_In(3), FILE_LOCK_HELD);
+    application.host = "there";
+    EXPECT_EQ(manager->Lock_Valid("lock"), FILE_LOCK_VALID);
+    application.host = "here";
+
+    Put("lock", Left_Behind());
     const Descriptor breaker(Open_Path("lock", O_RDONLY));
     EXPECT_EQ(flock(breaker.get(), LOCK_EX), 0); // another one is about to remove it
-    application.passes = 3;
     application.while_waiting = [&] {
         EXPECT_EQ(Entries("/proc/self/fd"), descriptors + 1) << "who waits keeps the breaker from it";
         flock(breaker.get(), LOCK_UN);
     };
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
+    EXPECT_EQ(Lock_In(3), FILE_LOCK_HELD);
     EXPECT_FALSE(application.while_waiting) << "it was removed under the eyes of the other";
-
-    // A lock is as old as its holding, not as the wait for it.
-    Put("lock", "1!1:here");
-    application.passes = 3;
-    application.while_waiting = [&] {
-        for (const auto& entry : std::filesystem::directory_iterator(base))
-            EXPECT_TRUE(manager->SetModifiedTime(entry.path().c_str(), 86400));
-        std::filesystem::remove(At("lock"));
-    };
-    EXPECT_EQ(manager->Lock("lock"), FILE_LOCK_HELD);
-    application.host = "there";
-    EXPECT_EQ(manager->Lock_Valid("lock"), FILE_LOCK_VALID);
-}
-
-TEST_F(File_Locks, Of_A_Root_Stay_Below_It) {
-    ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
-    EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "../lock"), FILE_LOCK_FAILED);
-    EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "d/../lock"), FILE_LOCK_HELD);
-    EXPECT_TRUE(std::filesystem::exists(At("root/lock")));
-    // A link is no lock of ours, whatever it leads to.
-    Put("stale", std::to_string(dead_process()) + "!1:here");
-    Link("../stale", "root/link");
-    EXPECT_EQ(manager->Lock_Valid(Tarn_PathType_Data, "link"), FILE_LOCK_UNREADABLE);
-    EXPECT_EQ(manager->Lock_Valid(At("root/link").c_str()), FILE_LOCK_STALE);
 }
 
 // LOCK_ACQUISITIONS in the environment makes it long. The processes are killed with the lock now and then,
@@ -159,7 +145,6 @@ TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
     const char* const long_run = getenv("LOCK_ACQUISITIONS");
     const int wanted = long_run ? atoi(long_run) : 800;
     Put("witness", "");
-    application.passes = INT_MAX;
     application.expiration = 3;
     unsigned started = 0;
     auto start = [&] {
@@ -168,7 +153,7 @@ TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
             return;
         application.host = i % 2 ? "there" : "here";
         for (std::minstd_rand random(i + 1); figures.acquisitions < wanted; manager->Lock_Delete("lock")) {
-            if (manager->Lock("lock") != FILE_LOCK_HELD)
+            if (Lock_In(INT_MAX) != FILE_LOCK_HELD)
                 _exit(1);
             // The system lets go of the locks of those who die.
             const Descriptor witness(Open_Path("witness", O_RDONLY));
