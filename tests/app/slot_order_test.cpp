@@ -51,66 +51,43 @@ struct With {
     }
 };
 
-struct Place {
+const struct {
     const char* operation;
     int slot;
     int expected;
-};
-
+} places[] = {
 // clang-format off
-#define PLACE(expected, operation) {#operation, Slot(&operation), expected}
-#define PLACE_OF(expected, operation, ...) {#operation, With<__VA_ARGS__>::Slot(&operation), expected}
-// clang-format on
-
-// The last operation of each class, and some of those that have overloads.
-const Place places[] = {
-    PLACE_OF(24, TarnApplication::Error, const String&),
-    PLACE(62, TarnApplication::ResolvePath),
-    PLACE(68, ConsoleApplication::ArgumentError),
-    PLACE(79, CompilerApplication::Pedantic_Error),
-    PLACE(13, List<String>::RemoveAll),
-    PLACE(7, Stack<String>::Dump),
-    PLACE_OF(8, Output::Flush, int),
-    PLACE(13, Output::Write_Compressed_Full),
-    PLACE(14, BufferedOutput::DoWrite),
-    PLACE(15, CompilerOutput::Write_Lower),
-    PLACE_OF(6, OpcodeQueue::Queue_Opcode, int, double),
-    PLACE(10, OpcodeQueue::Flush),
+#define PLACE(expected, operation, ...)                                                                      \
+    {#operation, __VA_OPT__(With<__VA_ARGS__>::)Slot(&operation), expected}
+    // The last operation of each class, and some of those that have overloads.
+    PLACE(24, TarnApplication::Error, const String&), PLACE(62, TarnApplication::ResolvePath),
+    PLACE(68, ConsoleApplication::ArgumentError), PLACE(79, CompilerApplication::Pedantic_Error),
+    PLACE(13, List<String>::RemoveAll), PLACE(7, Stack<String>::Dump),
+    PLACE(8, Output::Flush, int), PLACE(13, Output::Write_Compressed_Full),
+    PLACE(14, BufferedOutput::DoWrite), PLACE(15, CompilerOutput::Write_Lower),
+    PLACE(6, OpcodeQueue::Queue_Opcode, int, double), PLACE(10, OpcodeQueue::Flush),
     PLACE(39, Parser::Output_Assembly),
-    PLACE_OF(58, CompilerParser::Output_Opcode, int, int, int),
-    PLACE(76, CompilerParser::Last_File),
-    PLACE_OF(5, File::Write, const char*, unsigned long),
-    PLACE_OF(16, File::Error, const String&),
-    PLACE_OF(21, FileManager::MakeTemporary, const char*, char**, int),
-    PLACE_OF(22, FileManager::Open, Tarn_PathType, const char*, int),
-    PLACE(53, FileManager::SecurityOptions),
-    PLACE(65, UNIXFileManager::Stat),
-    PLACE(3, ExternalLibrary::Get_Function),
-    PLACE(5, ExternalCallManager::Register_Persistent),
-    PLACE(27, NetworkManager::Error),
-    PLACE_OF(6, NetworkConnection::Write, const char*, int, int),
-    PLACE(9, NetworkConnection::ipaddress),
-    PLACE(13, UNIXNetworkConnection::SSL_Write),
-    PLACE(13, LoggingNetworkConnection::Log_Write_Failure),
-    PLACE(6, NetworkService::Error),
-    PLACE_OF(21, Variable::SetValue, Variable&),
-    PLACE(47, Variable::Make_CallbackStruct),
-    PLACE(49, ReferenceVariable::TypeReferredTo),
-    PLACE(49, ImmutableVariable::Lock),
-    PLACE(49, CallbackVariable::Detach),
-    PLACE(5, CallbackVariableCallback::Lookup),
-    PLACE(13, AggregateElementTree::Displace),
-    PLACE(15, VariableList::Destroy),
-    PLACE_OF(19, VariableHash::Read, TaggedFile*, int),
-    PLACE(27, VariableHash::RealIdentity),
-    PLACE(3, TaggedFile::Error),
-    PLACE(3, SegmentManager::Error),
-    PLACE(3, Dictionary::Error),
+    PLACE(58, CompilerParser::Output_Opcode, int, int, int), PLACE(76, CompilerParser::Last_File),
+    PLACE(5, File::Write, const char*, unsigned long), PLACE(16, File::Error, const String&),
+    PLACE(21, FileManager::MakeTemporary, const char*, char**, int),
+    PLACE(22, FileManager::Open, Tarn_PathType, const char*, int),
+    PLACE(53, FileManager::SecurityOptions), PLACE(65, UNIXFileManager::Stat),
+    PLACE(3, ExternalLibrary::Get_Function), PLACE(5, ExternalCallManager::Register_Persistent),
+    PLACE(27, NetworkManager::Error), PLACE(6, NetworkService::Error),
+    PLACE(6, NetworkConnection::Write, const char*, int, int), PLACE(9, NetworkConnection::ipaddress),
+    PLACE(13, UNIXNetworkConnection::SSL_Write), PLACE(13, LoggingNetworkConnection::Log_Write_Failure),
+    PLACE(21, Variable::SetValue, Variable&), PLACE(47, Variable::Make_CallbackStruct),
+    PLACE(49, ReferenceVariable::TypeReferredTo), PLACE(49, ImmutableVariable::Lock),
+    PLACE(49, CallbackVariable::Detach), PLACE(5, CallbackVariableCallback::Lookup),
+    PLACE(13, AggregateElementTree::Displace), PLACE(15, VariableList::Destroy),
+    PLACE(19, VariableHash::Read, TaggedFile*, int), PLACE(27, VariableHash::RealIdentity),
+    PLACE(3, TaggedFile::Error), PLACE(3, SegmentManager::Error), PLACE(3, Dictionary::Error),
     PLACE(4, FunctionManager::Error),
+    // clang-format on
 };
 
 TEST(SlotOrder, Operations_Stand_Where_Libraries_Look_For_Them) {
-    for (const Place& place : places)
+    for (const auto& place : places)
         EXPECT_EQ(place.slot, place.expected) << place.operation;
 }
 
