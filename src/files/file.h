@@ -76,6 +76,7 @@ class File {
     File(FileManager* manager, const char* path);
     File(FileManager* manager, Tarn_PathType type, const char* path);
 
+    // The order of the fields is part of the binary interface.
     FileManager* manager;
     int contained;                    // opened below a root, by path_type
     Tarn_PathType path_type;          // counts only when contained

@@ -139,6 +139,7 @@ class FileManager {
     bool Fail(const String& text);
     bool Fail_System();
 
+    // The order of the fields is part of the binary interface.
     TarnApplication* application;
     String error_;
     int max_files = 0;

@@ -52,6 +52,7 @@ class UNIXFile : public File {
     bool Range_Lock(short type, long start, unsigned long length);
     int Reopen(String& error);
 
+    // The order of the fields is part of the binary interface.
     Descriptor descriptor; // -1 while parked
     void* mapping = nullptr;
     std::size_t mapping_length = 0;

@@ -57,6 +57,7 @@ class UNIXFilePath {
     int Collapsed_Count();
     bool Begins_Like(UNIXFilePath& other, int count);
 
+    // The order of the fields is part of the binary interface.
     std::unique_ptr<char[]> text;
     int length; // as constructed, ahead of any trimming
     int element_count = 0;

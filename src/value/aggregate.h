@@ -38,6 +38,7 @@ class AggregateIndex {
   private:
     [[nodiscard]] int Compare_Names(const AggregateIndex& other) const;
 
+    // The order of the fields is part of the binary interface.
     String name;        // of a number its digits, once they were asked for
     int number = -1;    // -1 for a name
     String serialized_; // unassigned until asked for
@@ -64,6 +65,7 @@ class AggregateElement {
     friend const AggregateIndex& Splay_Key(const AggregateElement& element) { return element.index_; }
 
   private:
+    // The order of the fields is part of the binary interface.
     AggregateIndex index_;
     VariableHold var_;
 };

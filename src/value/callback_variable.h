@@ -35,7 +35,7 @@ class CallbackVariableCallback {
     virtual Variable* return_value();
 
   protected:
-    // The order of the members is part of the binary interface.
+    // The order of the fields is part of the binary interface.
     CallbackVariable* attached = nullptr; // null without one
     VariableHold result{new Variable};
 };

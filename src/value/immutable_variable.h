@@ -58,7 +58,7 @@ class ImmutableVariable : public Variable {
     virtual void Unlock();
 
   protected:
-    // The order of the members is part of the binary interface.
+    // The order of the fields is part of the binary interface.
     bool locked = false;
     VariableHold null_element; // a NULLVariable, made on demand
 

@@ -49,7 +49,7 @@ class SystemVariableHash : public VariableHash {
     void Store(int slot, Variable* variable);
     void Restore(_SVH_Entry& entry);
 
-    // The order of the members is part of the binary interface.
+    // The order of the fields is part of the binary interface.
     int level = 0; // scopes open
     Stack<List<_SVH_Entry>> scopes{1};
     List<_SVH_Entry>* current = nullptr; // the top of scopes, null without

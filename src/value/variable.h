@@ -188,7 +188,7 @@ class Variable {
     // else null.
     [[nodiscard]] AggregateElementTree* Dying_Elements();
 
-    // The order of the members is part of the binary interface.
+    // The order of the fields is part of the binary interface.
     String name_;
     String string;
     int integer = 0;

@@ -114,7 +114,7 @@ class VariableHash {
     // A new reference under the slot's name, counted for the caller, too.
     [[nodiscard]] Variable* New_Reference(int slot, Variable* target) const;
 
-    // The order of the members is part of the binary interface.
+    // The order of the fields is part of the binary interface.
     ChainHeads buckets; // the head slot of each chain
     int bucket_bits;
     int bucket_size;           // 1 << bucket_bits

@@ -7,15 +7,21 @@
 #include "backend/queue/opcode_queue.h"
 #include "backend/writers/file_compiler_parser.h"
 #include "core/calendar_time.h"
+#include "core/link_buffer.h"
+#include "core/md5.h"
 #include "core/splay_tree.h"
 #include "extension/external_call.h"
 #include "extension/external_library.h"
+#include "files/unix_file.h"
 #include "files/unix_file_manager.h"
+#include "files/unix_file_path.h"
+#include "frontend/scanner/expression_parser.h"
 #include "frontend/scanner/tokenizer.h"
 #include "image/dictionary.h"
 #include "image/function_table.h"
 #include "image/segment_manager.h"
 #include "image/tagged_file.h"
+#include "network/http_response_stream.h"
 #include "network/logging_network_connection.h"
 #include "network/network_service.h"
 #include "network/unix_network_connection.h"
@@ -23,6 +29,7 @@
 #include "value/callback_variable.h"
 #include "value/immutable_variable.h"
 #include "value/reference_variable.h"
+#include "value/system_variable_hash.h"
 #include "value/variable_hash.h"
 #include "value/variable_list.h"
 
@@ -125,6 +132,8 @@ int First_Out_Of_Order(Fields Class::*... fields) {
         EXPECT_EQ(First_Out_Of_Order(OF(__VA_ARGS__)), 0);                                                   \
     }
 
+using Numbers = SplayTree<int, int>;
+
 // clang-format off
 FIELDS(Tarn, TarnApplication, ssl_library, ssl_state_, heartbeats, cancelled_, post_timed_out,
        global_deadline, post_deadline, log_include, log_exclude, language_, language_changes,
@@ -142,6 +151,34 @@ FIELDS(Source, Tokenizer, filemanager, buffer, length, position, bare_expression
        file, filename, in_expression, lasterror, line)
 FIELDS(Attribute, AttributeValue, line, ident, expression, error_message, type, error_code, scope,
        member_ident, simple_text, qualifiers)
+FIELDS(Attributes, AttributeValueArray, unused, parser, capacity, last_used, values, grow_by)
+FIELDS(Expressions, ExpressionParser, parser, operator_lookup, minus_operator, operand_seen, scan_state,
+       dot_count, first_dot, last_dot, text, paren_depth)
+FIELDS(Tag_Key, _TagLookup, id, kind, required, optional, length, key)
+FIELDS(Attribute_Key, _AttributeLookup, id, kind, required, optional, length, key)
+FIELDS(Operator_Key, _OperatorLookup, id, kind, priority, operands, type, length, key)
+FIELDS(Waiting_Operator, Operator, id, priority, operands, flags)
+FIELDS(Text, String, buffer, capacity_, length_)
+FIELDS(Table, HashTable<String>, own, case_insensitive, buckets, bucket_bits, bucket_count, buckets_used, next,
+       slots, capacity, entries, cursor)
+FIELDS(Tree, Numbers, own, entries, root)
+FIELDS(Tree_Node, SplayTreeNode<int>, left, right, element)
+FIELDS(Chain, LinkBuffer, head, tail, length, first_size, block_size)
+FIELDS(Chain_Block, LinkBuffer_Block, data, used, capacity, next, previous)
+FIELDS(Digest, MD5Encoder, state, count)
+FIELDS(Value, Variable, name_, string, integer, decimal, valid, primary, aggregate, elements, refcount_, link)
+FIELDS(Element_Key, AggregateIndex, name, number, serialized_)
+FIELDS(Element, AggregateElement, index_, var_)
+FIELDS(Variables, VariableHash, buckets, bucket_bits, bucket_size, bucket_entries, next, capacity, entries,
+       variable_count, dictionary_, error_)
+FIELDS(System_Variables, SystemVariableHash, level, scopes, current)
+FIELDS(Files, FileManager, application, error_, max_files, security_options, active, inactive)
+FIELDS(Any_File, File, manager, contained, path_type, path, error_)
+FIELDS(UNIX_File, UNIXFile, descriptor, mapping, mapping_length, open_flags, position)
+FIELDS(Path, UNIXFilePath, text, length, element_count, offsets, absolute, collapsed_count, collapsed)
+FIELDS(Connection, UNIXNetworkConnection, socket, tls_handle, peer_certificate, client_certificate, client_key)
+FIELDS(Response, HTTPResponseStream, headers_, status_, content_length_, connection, timeout, chunked,
+       chunk_size, chunk_offset, total_read_, error_)
 FIELDS(Numbered_List, List<String>, own, entries, head, current, tail)
 FIELDS(Numbered_Stack, Stack<String>, own, entries, top, peek)
 FIELDS(Sink, Output, flags_, last_was_space)

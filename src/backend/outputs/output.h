@@ -50,6 +50,7 @@ class Output {
     virtual int Write_Compressed_Full(const char* text, int length);
 
   protected:
+    // The order of the fields is part of the binary interface.
     int flags_ = 0;         // Output_Compression bits
     int last_was_space = 1; // the byte written last was white space, or nothing was written yet
 };
@@ -77,6 +78,7 @@ class BufferedOutput : public Output {
     // compose in place.
     BufferedOutput(int capacity, int reserve);
 
+    // The order of the fields is part of the binary interface.
     std::unique_ptr<char[]> buffer;
     int capacity; // bytes that Write fills before it hands them on
     int fill = 0; // bytes in the buffer

@@ -53,6 +53,7 @@ class OpcodeQueue {
     // write on the way, such as a line number, goes through the queue in force and so comes out at once.
     [[nodiscard]] static OpcodeQueue* Replace(OpcodeQueue* queue, _OpcodeQueueType wanted);
 
+    // The order of the fields is part of the binary interface.
     CompilerParser* parser;
     _OpcodeQueueType type;
 
