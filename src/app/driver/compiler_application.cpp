@@ -79,12 +79,13 @@ bool CompilerApplication::OpenOutput() {
             return Path_Error("write", output_path, "it is one of the sources");
     }
     Run_Guard::Expect_Output(output_path);
-    output_file = filemanager()->Open(output_path, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE);
+    output_file.reset(
+        filemanager()->Open(output_path, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE));
     if (!output_file) {
         Run_Guard::Forget_Output();
         return Path_Error("create", output_path, filemanager()->error());
     }
-    assembly = new FileOutput(output_file, output_buffer_size);
+    assembly = std::make_unique<FileOutput>(output_file.get(), output_buffer_size);
     return true;
 }
 
@@ -119,12 +120,12 @@ bool CompilerApplication::Compile_Files() {
 std::unique_ptr<FileCompilerParser> CompilerApplication::Make_Parser() {
     ExternalCallManager* calls = externalcallmanager();
     if (doxygen_output)
-        return std::make_unique<DoxygenCompilerParser>(nullptr, assembly, calls, this);
+        return std::make_unique<DoxygenCompilerParser>(nullptr, assembly.get(), calls, this);
     if (coverage_output)
-        return std::make_unique<CoverageCompilerParser>(nullptr, assembly, calls, this,
+        return std::make_unique<CoverageCompilerParser>(nullptr, assembly.get(), calls, this,
                                                         function_output_default, function_access_default,
                                                         START_FILE, nullptr, nullptr, nullptr);
-    return std::make_unique<FileCompilerParser>(nullptr, assembly, calls, this, function_output_default,
+    return std::make_unique<FileCompilerParser>(nullptr, assembly.get(), calls, this, function_output_default,
                                                 function_access_default, START_FILE, nullptr, nullptr,
                                                 nullptr);
 }
@@ -143,10 +144,8 @@ bool CompilerApplication::Finish_Output() {
 }
 
 void CompilerApplication::Close_Output() {
-    delete assembly;
-    assembly = nullptr;
-    delete output_file;
-    output_file = nullptr;
+    assembly.reset();
+    output_file.reset();
     Run_Guard::Forget_Output();
 }
 

@@ -71,11 +71,11 @@ class CompilerApplication : public ConsoleApplication {
     // Read directly by the code generator. The order of the fields is part of the binary interface.
   protected:
     const char* output_path = "output.tna"; // -o: the argument itself
-    File* output_file = nullptr;            // owned
-    FileOutput* assembly = nullptr;         // over output_file, owned
-    int first_input;                        // index in argv
-    bool stop_after_options = false;        // --help and --version
-    HashTable<String> defines;              // -D
+    std::unique_ptr<File> output_file;
+    std::unique_ptr<FileOutput> assembly; // over output_file
+    int first_input;                      // index in argv
+    bool stop_after_options = false;      // --help and --version
+    HashTable<String> defines;            // -D
     double max_engine_version;
 
   public:

@@ -45,7 +45,7 @@ ExternalCallManager* UNIXCompilerApplication::externalcallmanager() {
 bool UNIXCompilerApplication::OpenOutput() {
     if (!CompilerApplication::OpenOutput())
         return false;
-    const int descriptor = static_cast<UNIXFile*>(output_file)->Handle();
+    const int descriptor = static_cast<UNIXFile*>(output_file.get())->Handle();
     if (Run_Guard::Watch_Output(descriptor))
         return true;
     Path_Error("create", output_path, lasterror());
