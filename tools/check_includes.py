@@ -37,7 +37,6 @@ REACHING_UP = {
     "core/link_buffer.cpp": "appends variables, and writes itself to an output",
     "core/number_text.cpp": "defines the conversions, which are static members of the application",
     "core/text_encoders.cpp": "defines encoders that are static members of the application",
-    "frontend/scanner/expression_parser.cpp": "asks the application what the pedantic checks are",
     "frontend/scanner/parser.cpp": "reports to the application",
     "frontend/scanner/passthrough_text.cpp": "asks the application for its engine",
     "frontend/values/attribute_value.cpp": "writes its code by the generator",

@@ -2,7 +2,6 @@
 
 #include "frontend/scanner/expression_parser.h"
 
-#include "app/driver/compiler_application.h"
 #include "frontend/scanner/parser.h"
 #include "value/variable_hash.h"
 
@@ -298,12 +297,8 @@ ParserStatus ExpressionParser::Flush_Name() {
 }
 
 ParserStatus ExpressionParser::Check_Scope() {
-    CompilerApplication* application = parser->app();
-    if (application && application->Pedantic_Warn() & PEDANTIC_SCOPE)
-        return parser->Report<Message::Unscoped_Variable_Warning>(operand);
-    if (application && application->Pedantic_Error() & PEDANTIC_SCOPE)
-        return parser->Report<Message::Unscoped_Variable_Error>(operand);
-    return PARSER_OK;
+    const Parser::Complaint complaint = parser->Complaint_Of_Scope(operand);
+    return complaint.code ? parser->CompileError(complaint.code, complaint.text, -1, nullptr) : PARSER_OK;
 }
 
 // A float that begins with its point gets a digit in front of it.

@@ -55,6 +55,17 @@ ParserStatus Parser::CompileError(ErrorCode code, const String& message, int lin
     return PARSER_ERROR;
 }
 
+// A scope for which both were asked is only warned of.
+Parser::Complaint Parser::Complaint_Of_Scope(std::string_view name) {
+    if (application && application->Pedantic_Warn() & PEDANTIC_SCOPE)
+        return {message_code(Message::Unscoped_Variable_Warning),
+                message_text<Message::Unscoped_Variable_Warning>(name)};
+    if (application && application->Pedantic_Error() & PEDANTIC_SCOPE)
+        return {message_code(Message::Unscoped_Variable_Error),
+                message_text<Message::Unscoped_Variable_Error>(name)};
+    return {};
+}
+
 void Parser::Print_Include_Chain() {
     for (const Tokenizer* suspended = tokenizer_stack.Top(); suspended; suspended = tokenizer_stack.Peek()) {
         const std::string line = std::to_string(suspended->line + 1);

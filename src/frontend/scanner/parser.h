@@ -103,6 +103,13 @@ class Parser {
     // error, else 0.
     int Start();
 
+    // What the pedantic checks have to say of a name without scope prefix; a code of 0 for nothing.
+    struct Complaint {
+        ErrorCode code = 0;
+        String text;
+    };
+    Complaint Complaint_Of_Scope(std::string_view name);
+
     // Linenumber, for what asks by the token.
     int Line() const { return tokenizer->line + 1; }
 

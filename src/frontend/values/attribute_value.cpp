@@ -2,7 +2,6 @@
 
 #include "frontend/values/attribute_value.h"
 
-#include "app/driver/compiler_application.h"
 #include "backend/instructions/engine_version.h"
 #include "backend/instructions/opcode.h"
 #include "backend/outputs/compiler_output.h"
@@ -149,8 +148,7 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
         qualifiers = new String(text + bare_length, length - bare_length);
     }
     if (std::any_of(text, text + bare_length, Is_Space))
-        parser->Note<Message::Variable_Name_Spaces>(
-            std::string_view(text, static_cast<std::size_t>(bare_length)));
+        parser->Note<Message::Variable_Name_Spaces>(View(text, bare_length));
 
     const char* name = text;
     int name_length = length;
@@ -159,7 +157,7 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
     scope = type == ATTREXPR_WHOLE_NAME
                 ? SCOPE_LOCAL_BY_NAME
                 : VariableHash::Scope(text, bare_length, &name, &name_length, &alias, &alias_length);
-    const int status = Check_Scope(parser, std::string_view(text, static_cast<std::size_t>(length)));
+    const int status = Check_Scope(parser, View(text, length));
     ident = parser->Find_Variable_Ident(name, name_length, scope);
     if (scope == SCOPE_DATABASE)
         member_ident = parser->Generate_String_Directive(alias, alias_length, EXPRESSION_STATE_ESCAPED);
@@ -167,14 +165,14 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
 }
 
 int AttributeValue::Check_Scope(CompilerParser* parser, std::string_view text) {
-    CompilerApplication* application = parser->app();
-    if (scope != SCOPE_UNSCOPED || !application)
+    if (scope != SCOPE_UNSCOPED)
         return 0;
-    if (application->Pedantic_Warn() & PEDANTIC_SCOPE)
-        return Store_Error<Message::Unscoped_Variable_Warning>(text);
-    if (application->Pedantic_Error() & PEDANTIC_SCOPE)
-        return Store_Error<Message::Unscoped_Variable_Error>(text);
-    return 0;
+    const Parser::Complaint complaint = parser->Complaint_Of_Scope(text);
+    if (complaint.code == 0)
+        return 0;
+    error_code = complaint.code;
+    error_message = complaint.text;
+    return 1;
 }
 
 int AttributeValue::Parse_Aggregate_Qualifier_Code(CompilerParser* parser, const char* text, int length,
@@ -209,14 +207,14 @@ int AttributeValue::Output_Index(CompilerParser* parser, std::string_view index,
     if (index.empty())
         return Store_Error<Message::Index_Not_Positive>();
     OpcodeQueue* queue = parser->Opcode_Queue();
-    queue->Queue_Opcode(OPCODE_PUSHI, index.data(), static_cast<int>(index.size()), 0);
+    queue->Queue_Opcode(OPCODE_PUSHI, index.data(), Length_Of(index), 0);
     queue->Queue_Opcode(read_only ? OPCODE_ELEM_RO : OPCODE_ELEM, 0, 0);
     return 0;
 }
 
 int AttributeValue::Output_Member(CompilerParser* parser, std::string_view name, int read_only) {
-    const int name_ident = parser->Generate_String_Directive(name.data(), static_cast<int>(name.size()),
-                                                             EXPRESSION_STATE_ESCAPED);
+    const int name_ident =
+        parser->Generate_String_Directive(name.data(), Length_Of(name), EXPRESSION_STATE_ESCAPED);
     OpcodeQueue* queue = parser->Opcode_Queue();
     queue->Queue_Opcode(OPCODE_PUSHC, name_ident, 0);
     queue->Queue_Opcode(read_only ? OPCODE_MEMB_RO : OPCODE_MEMB, 0, 0);
