@@ -102,7 +102,7 @@ ParserStatus CompilerParser::Open_Array_Block(int tag) {
         return Report<Message::Array_Block_Nested>(Array_Block_Name(kind));
     array_count = 0;
     array_kind = kind;
-    array_values = new AttributeValueArray(this, 10, 10);
+    array_values = std::make_unique<AttributeValueArray>(this, 10, 10);
     return PARSER_OK;
 }
 
@@ -123,10 +123,9 @@ ParserStatus CompilerParser::Close_Array_Block(int tag) {
         return Report<Message::Array_Block_Mismatched>(closing, Array_Block_Name(array_kind));
     const auto output = kind == ARRAY_ASSIGN ? &AttributeValueArray::Output_Assignment
                                              : &AttributeValueArray::Output_Reference;
-    const ParserStatus status = (attribute_values->*output)(value_element, name_element, index_element,
-                                                            member_element, array_values, array_count);
-    delete array_values;
-    array_values = nullptr;
+    const ParserStatus status = (attribute_values.get()->*output)(
+        value_element, name_element, index_element, member_element, array_values.get(), array_count);
+    array_values.reset();
     array_kind = ARRAY_NONE;
     array_count = 0;
     return status;

@@ -18,27 +18,8 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
                                HashTable<Variable>* system)
     : Parser(tokenizer, application, start_state), external_calls(external_calls),
       function_stdout_default(function_stdout_default), function_access_default(function_access_default),
-      saved_function_flags(0), saved_localized_flags(3), localized_text_flags(3), localized_text_count(0),
-      saved_capture_flags(-1), output_flags(3), tag_error_code(0), conditional_operators(0),
-      subexpressions(1), current_tag(-1), tag_name(nullptr), current_attribute(0),
-      localized_ids(1, 1, table_bucket_bits, table_initial_slots), localized_sequence(0),
-      localized_text(nullptr), local_variables(locals), global_variables(globals), system_variables(system),
-      function_variables(1, 1, table_bucket_bits, table_initial_slots),
-      scratch_variables(&file_scratch_variables),
-      file_scratch_variables(0, 1, table_bucket_bits, table_initial_slots),
-      function_scratch_variables(0, 1, table_bucket_bits, table_initial_slots), next_string_ident(0),
-      priority_bias(0), operators(1), referenced_functions(1, 1, table_bucket_bits, table_initial_slots),
-      called_functions(0, 1, table_bucket_bits, table_initial_slots),
-      unresolved_functions(0, 1, table_bucket_bits, table_initial_slots),
-      defined_functions(1, 1, table_bucket_bits, table_initial_slots), open_calls(1), call_list(0),
-      next_label(1), while_stack(1), if_stack(1), ifdef_stack(1), import_stack(1), commerce_stack(1),
-      pop_stack(1), lockfile_stack(1), call_stack(1), foreach_stack(1), for_stack(1), capture_stack(1),
-      async_depth(0), async_block(nullptr), smtp_block(nullptr), last_lineno(0), lineno_forced(0),
-      saved_output(nullptr), suspended_output(nullptr),
-      attribute_values(new AttributeValueArray(this, 15, 10)), array_kind(ARRAY_NONE), array_count(0),
-      array_values(nullptr), expression_type(ATTREXPR_VALUE), interpret_expressions(1),
-      filter_parser(nullptr), owns_globals(0), owns_system(0), opcode_queue(new OpcodeQueueOutput(this)),
-      include_interpret(1), byte_constants() {
+      local_variables(locals), global_variables(globals), system_variables(system),
+      attribute_values(new AttributeValueArray(this, 15, 10)), opcode_queue(new OpcodeQueueOutput(this)) {
     if (!global_variables) {
         global_variables = new HashTable<Variable>(1, 1, table_bucket_bits, table_initial_slots);
         owns_globals = 1;
@@ -54,12 +35,6 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
 
 CompilerParser::~CompilerParser() {
     delete opcode_queue;
-    delete filter_parser;
-    delete array_values;
-    delete attribute_values;
-    delete smtp_block;
-    delete async_block;
-    delete localized_text;
     if (owns_system)
         delete system_variables;
     if (owns_globals)

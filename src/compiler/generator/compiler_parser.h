@@ -40,7 +40,7 @@ class StringOutput;
 struct _String_To_Bitmap_Entry;
 struct Keyword_List;
 
-// An operator that waits for its right operand.
+// An operator that waits for its right operand. The order of the fields is part of the binary interface.
 struct Operator {
     int id;
     int priority; // of the operator table, plus the bias of the open brackets
@@ -483,97 +483,104 @@ class CompilerParser : public Parser {
     ParserStatus Generate_Localized_Token(int tag);
     ParserStatus Generate_Localized_Directive();
 
+    // The order of the fields is part of the binary interface, so that some subjects come twice.
     ExternalCallManager* external_calls;
-    Constant_Table string_table; // every string constant written so far, with its number
-    int function_stdout_default; // output flags that every TnFUNCTION starts with, -1 for none
-    int function_access_default; // Function_Access of every TnFUNCTION without ACCESS
-    int saved_function_flags;    // output flags to go back to behind the open function
+    Constant_Table string_table;  // every string constant written so far, with its number
+    int function_stdout_default;  // output flags that every TnFUNCTION starts with, -1 for none
+    int function_access_default;  // Function_Access of every TnFUNCTION without ACCESS
+    int saved_function_flags = 0; // output flags to go back to behind the open function
 
     // Localized text.
-    int saved_localized_flags;
-    int localized_text_flags;
-    int localized_text_count;
+    int saved_localized_flags = OUTPUT_HTML | OUTPUT_TEXT;
+    int localized_text_flags = OUTPUT_HTML | OUTPUT_TEXT;
+    int localized_text_count = 0;
 
-    int saved_capture_flags; // -1 when the TnCAPTURE being read changed none
+    int saved_capture_flags = -1; // -1 when the TnCAPTURE being read changed none
 
-    int output_flags;   // Output_Flag bits, mirrored into the scanner
-    int tag_error_code; // tag id of a pending <tagname>_ERROR attribute
+    int output_flags = OUTPUT_HTML | OUTPUT_TEXT; // Output_Flag bits, mirrored into the scanner
+    int tag_error_code = 0;                       // tag id of a pending <tagname>_ERROR attribute
 
     // The expression being compiled.
-    int conditional_operators; // boolean operators outside all brackets
-    Stack<SubexpressionStatistic> subexpressions;
+    int conditional_operators = 0; // boolean operators outside all brackets
+    Stack<SubexpressionStatistic> subexpressions{1};
 
     // The tag being read.
-    int current_tag;       // -1 outside any tag
-    const char* tag_name;  // its table key
-    int current_attribute; // index of its route, see attribute_routes.h
+    int current_tag = -1;                   // -1 outside any tag
+    const char* tag_name = nullptr;         // its table key
+    int current_attribute = ATTRIBUTE_NONE; // index of its route, see attribute_routes.h
 
-    // Localized text.
-    HashTable<String> localized_ids; // every id of this compilation
-    int localized_sequence;          // behind ids that are made up
-    String* localized_text;          // while set, text is gathered here instead of compiled; owned
+    // Localized text, the rest.
+    // Every id of this compilation.
+    HashTable<String> localized_ids{1, 1, table_bucket_bits, table_initial_slots};
+    int localized_sequence = 0;             // behind ids that are made up
+    std::unique_ptr<String> localized_text; // while set, text is gathered here instead of compiled
 
     // Names.
     HashTable<Variable>* local_variables; // what local scope means now
     HashTable<Variable>* global_variables;
     HashTable<Variable>* system_variables;
-    HashTable<Variable> function_variables;
-    HashTable<Variable>* scratch_variables; // the scratch table that counts now
-    HashTable<Variable> file_scratch_variables;
-    HashTable<Variable> function_scratch_variables;
+    HashTable<Variable> function_variables{1, 1, table_bucket_bits, table_initial_slots};
+    HashTable<Variable>* scratch_variables = &file_scratch_variables; // the scratch table that counts now
+    HashTable<Variable> file_scratch_variables{0, 1, table_bucket_bits, table_initial_slots};
+    HashTable<Variable> function_scratch_variables{0, 1, table_bucket_bits, table_initial_slots};
     char file_ident[32]; // printable digest of the current source file's name
     AttributeLookup attribute_lookup;
-    int next_string_ident;
+    int next_string_ident = 0;
 
-    // The expression being compiled.
-    int priority_bias;
-    Stack<Operator> operators;
+    // The expression being compiled, the rest.
+    int priority_bias = 0;
+    Stack<Operator> operators{1};
 
     // Functions.
-    HashTable<Function_Resolution_Info> referenced_functions; // every call; owns the records
-    HashTable<Function_Resolution_Info> called_functions;     // the first call of each name
-    HashTable<Function_Resolution_Info> unresolved_functions; // reported as undefined
-    HashTable<Function_Resolution_Info> defined_functions;
-    Stack<Function_Resolution_Info> open_calls; // closing parenthesis still to come
-    List<Function_Resolution_Info> call_list;   // in source order
+    // Every call; owns the records.
+    HashTable<Function_Resolution_Info> referenced_functions{1, 1, table_bucket_bits, table_initial_slots};
+    // The first call of each name.
+    HashTable<Function_Resolution_Info> called_functions{0, 1, table_bucket_bits, table_initial_slots};
+    // Those that were reported as undefined.
+    HashTable<Function_Resolution_Info> unresolved_functions{0, 1, table_bucket_bits, table_initial_slots};
+    HashTable<Function_Resolution_Info> defined_functions{1, 1, table_bucket_bits, table_initial_slots};
+    Stack<Function_Resolution_Info> open_calls{1}; // closing parenthesis still to come
+    List<Function_Resolution_Info> call_list{0};   // in source order
 
     // Open blocks.
-    int next_label;
-    Stack<Resolution_Info> while_stack;
-    Stack<Resolution_Info> if_stack; // of If_Resolution_Info
-    Stack<Ifdef_Resolution_Info> ifdef_stack;
-    Stack<Resolution_Info> import_stack;
-    Stack<Resolution_Info> commerce_stack;
-    Stack<Resolution_Info> pop_stack;
-    Stack<Resolution_Info> lockfile_stack;
-    Stack<Resolution_Info> call_stack;
-    Stack<Resolution_Info> foreach_stack;
-    Stack<Resolution_Info> for_stack;
-    Stack<Resolution_Info> capture_stack; // of Capture_Resolution_Info
-    int async_depth;
-    Resolution_Info* async_block; // null when not open; owned
-    Resolution_Info* smtp_block;  // likewise
+    int next_label = 1;
+    Stack<Resolution_Info> while_stack{1};
+    Stack<Resolution_Info> if_stack{1}; // of If_Resolution_Info
+    Stack<Ifdef_Resolution_Info> ifdef_stack{1};
+    Stack<Resolution_Info> import_stack{1};
+    Stack<Resolution_Info> commerce_stack{1};
+    Stack<Resolution_Info> pop_stack{1};
+    Stack<Resolution_Info> lockfile_stack{1};
+    Stack<Resolution_Info> call_stack{1};
+    Stack<Resolution_Info> foreach_stack{1};
+    Stack<Resolution_Info> for_stack{1};
+    Stack<Resolution_Info> capture_stack{1}; // of Capture_Resolution_Info
+    int async_depth = 0;
+    std::unique_ptr<Resolution_Info> async_block; // null when not open
+    std::unique_ptr<Resolution_Info> smtp_block;  // likewise
 
     // Output.
-    int last_lineno;
-    unsigned char lineno_forced;
-    CompilerOutput* saved_output;     // the real output while an expression goes into a fragment
-    CompilerOutput* suspended_output; // the real output while a false conditional block discards code
+    int last_lineno = 0;
+    unsigned char lineno_forced = 0;
+    // The real output while an expression goes into a fragment, and while a false conditional block discards
+    // code.
+    CompilerOutput* saved_output = nullptr;
+    CompilerOutput* suspended_output = nullptr;
 
-    // Values of the tag being read.
-    AttributeValueArray* attribute_values;
-    int array_kind; // Array_Kind
-    int array_count;
-    AttributeValueArray* array_values; // dimensions of the open array block; owned
-    AttributeValue discard_value;      // takes an expression that is compiled and dropped
-    AttrExprType expression_type;      // kind of value that the current expression yields
-    int interpret_expressions;
+    // The tag being read, the rest: its values.
+    std::unique_ptr<AttributeValueArray> attribute_values;
+    int array_kind = ARRAY_NONE; // Array_Kind
+    int array_count = 0;
+    std::unique_ptr<AttributeValueArray> array_values; // dimensions of the open array block
+    AttributeValue discard_value;                      // takes an expression that is compiled and dropped
+    AttrExprType expression_type = ATTREXPR_VALUE;     // kind of value that the current expression yields
+    int interpret_expressions = 1;
 
-    FilterParser* filter_parser; // made on first use; owned
-    unsigned char owns_globals;
-    unsigned char owns_system;
+    std::unique_ptr<FilterParser> filter_parser; // made on first use
+    unsigned char owns_globals = 0;
+    unsigned char owns_system = 0;
     OpcodeQueue* opcode_queue; // owned, never null
-    int include_interpret;     // 0 when TnINCLUDE prints the file unchanged
+    int include_interpret = 1; // 0 when TnINCLUDE prints the file unchanged
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
@@ -582,7 +589,8 @@ class CompilerParser : public Parser {
 
     // Of the tables that are never emptied.
     Recent_Names recent_globals;
-    std::array<int, 256> byte_constants; // one more than the number of each constant of one byte, 0 for none
+    // One more than the number of each constant of one byte, 0 for none.
+    std::array<int, 256> byte_constants{};
 };
 
 #endif

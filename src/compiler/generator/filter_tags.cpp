@@ -9,7 +9,7 @@
 
 ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, int length, const char* what) {
     if (!filter_parser)
-        filter_parser = new FilterParser(this, &referenced_functions, &called_functions);
+        filter_parser = std::make_unique<FilterParser>(this, &referenced_functions, &called_functions);
     const bool bare = length == 0 || text[0] != '{';
     delete filter_parser->Set_Tokenizer(new Tokenizer(text, length, bare));
     auto status = static_cast<ParserStatus>(filter_parser->Start());

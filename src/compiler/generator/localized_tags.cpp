@@ -5,7 +5,6 @@
 #include "backend/instructions/engine_version.h"
 #include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
-#include "core/integer_text.h"
 #include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
@@ -23,7 +22,7 @@ ParserStatus CompilerParser::Open_Localized(int) {
 ParserStatus CompilerParser::Check_Localized_ID(int) {
     AttributeValue* value = Value<Tag::Localized, Attribute::Id>();
     const std::string_view given = Text_Of(*value);
-    const int given_length = static_cast<int>(given.size());
+    const int given_length = Length_Of(given);
     if (!value->Is_Set())
         Make_Localized_ID(value, *Current_File());
     else if (localized_ids.Find(given.data(), given_length))
@@ -34,10 +33,7 @@ ParserStatus CompilerParser::Check_Localized_ID(int) {
 }
 
 void CompilerParser::Make_Localized_ID(AttributeValue* value, const String& stem) {
-    auto* id = new String(stem.text(), stem.length());
-    id->cat('-');
-    const Integer_Text number(localized_sequence++);
-    id->cat(number.view().data(), Length_Of(number.view()));
+    auto* id = new String(stem + '-' + localized_sequence++);
     value->Reset();
     (void)value->Set_Simple_Text(id->text(), id->length(), ATTREXPR_VALUE); // a reset value takes it
     localized_ids.Insert(id);
@@ -46,7 +42,7 @@ void CompilerParser::Make_Localized_ID(AttributeValue* value, const String& stem
 ParserStatus CompilerParser::Open_Localized_Text(int tag) {
     if (localized_text)
         return Report<Message::Inside_Localized_Text>(Tag_Word(tag));
-    localized_text = new String("", 0);
+    localized_text = std::make_unique<String>("", 0);
     Set_Output_Flags(localized_text_flags);
     if (++localized_text_count == 1)
         return PARSER_OK;
@@ -55,8 +51,7 @@ ParserStatus CompilerParser::Open_Localized_Text(int tag) {
 
 ParserStatus CompilerParser::Close_Localized_Text(int) {
     const ParserStatus status = Generate_Localized_Directive();
-    delete localized_text;
-    localized_text = nullptr;
+    localized_text.reset();
     Set_Output_Flags(0);
     return status;
 }

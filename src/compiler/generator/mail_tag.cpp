@@ -38,7 +38,7 @@ ParserStatus CompilerParser::Generate_Smtp(int tag) {
         return Report<Message::Smtp_Requires_From>();
     const int label = Take_Label();
     (void)attribute_values->Output_SMTP(label); // a version report stands by itself
-    smtp_block = new Resolution_Info(label, Linenumber(), Shared_File());
+    smtp_block = std::make_unique<Resolution_Info>(label, Linenumber(), Shared_File());
     return PARSER_OK;
 }
 
@@ -47,8 +47,7 @@ ParserStatus CompilerParser::Close_Smtp(int) {
         return Report<Message::Smtp_Unopened>();
     Queue(OPCODE_SMTP_END);
     opcode_queue->Queue_Generated_Label(LABEL_END, smtp_block->label);
-    delete smtp_block;
-    smtp_block = nullptr;
+    smtp_block.reset();
     return PARSER_OK;
 }
 

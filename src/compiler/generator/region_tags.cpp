@@ -65,7 +65,7 @@ ParserStatus CompilerParser::Generate_Asynchronous(int tag) {
     if (async_block)
         return Report<Message::Block_Nested>(Tag_Word(tag));
     const int label = Take_Label();
-    async_block = new Resolution_Info(label, Linenumber(), Shared_File());
+    async_block = std::make_unique<Resolution_Info>(label, Linenumber(), Shared_File());
     if (!Is_Given<Tag::Asynchronous, Attribute::Isolation>()) {
         const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
         opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, label);
@@ -82,8 +82,7 @@ ParserStatus CompilerParser::Close_Asynchronous(int) {
     if (async_block) {
         Queue(OPCODE_ASYNC_END);
         opcode_queue->Queue_Generated_Label(LABEL_END, async_block->label);
-        delete async_block;
-        async_block = nullptr;
+        async_block.reset();
         status = PARSER_OK;
     } else if (async_depth == 0) {
         Note<Message::Asynchronous_Unopened>();

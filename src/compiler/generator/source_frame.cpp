@@ -57,8 +57,8 @@ ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
         status = family.stack ? Check_State_Empty(&(this->*family.stack), Tag_Word(family.tag), status)
                               : Check_State_Empty(&ifdef_stack, status);
     }
-    status = Check_Single_Block(smtp_block, Tag::Smtp, status);
-    status = Check_Single_Block(async_block, Tag::Asynchronous, status);
+    status = Check_Single_Block(smtp_block.get(), Tag::Smtp, status);
+    status = Check_Single_Block(async_block.get(), Tag::Asynchronous, status);
     if (Inside_Function())
         status = Report<Message::Function_Unclosed>();
     return status;
