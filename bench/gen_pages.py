@@ -1,11 +1,14 @@
 #!/usr/bin/env python3
-"""Write a page of Tarn Script to standard output: gen_pages.py MIX SIZE
+"""Write a page to standard output: gen_pages.py MIX SIZE [LANGUAGE]
 
 MIX is text, typical or code: how much prose stands between the tags. SIZE is in bytes, with K or M behind it for
 units of 1024. The same mix and size give the same page. It compiles without a warning and reports nothing.
+LANGUAGE is tn, or one of php, lua and c, for the same page as another compiler takes it.
 """
 import random
 import sys
+
+from languages import LANGUAGES
 
 # Bytes of prose in front of each tag, from and to, and the weights of what follows.
 MIXES = {
@@ -17,23 +20,26 @@ WORDS = ('a the of in house garden river boat morning evening letter answer ques
          'street lamp winter summer harvest cellar bottle paper pencil table chair doctor teacher winner story').split()
 ELEMENTS = ['<p>', '</p>', '<div class="row">', '</div>', '<a href="/list?page=2">', '</a>', '<br/>', '<b>', '</b>',
             '<td align="right">', '</td>', '<img src="/pictures/house.png" alt="">']
-HEAD = '<TnFUNCTION NAME="total" PARAMETERS="a, b"><TnFUNCTIONRETURN VALUE="{l.a + l.b}"></TnFUNCTION>'
 
 
 class Page:
-    def __init__(self, mix, size):
+    """A page of `size` bytes of Tarn Script, written in `language`."""
+
+    def __init__(self, mix, size, language='tn'):
         self.random = random.Random(mix)
         self.prose_range, self.weights = MIXES[mix]
         self.size = size
-        self.pieces = [HEAD]
-        self.length = len(HEAD)
+        self.language = LANGUAGES[language]
+        self.pieces = []
+        self.length = 0
         self.open_tags = []
         self.runs = 0
         self.variables = max(10, size // 5000)
 
-    def write(self, text):
-        self.pieces.append(text)
+    def write(self, *part):
+        text = LANGUAGES['tn'].part(*part)
         self.length += len(text)
+        self.pieces.append(text if self.language is LANGUAGES['tn'] else self.language.part(*part))
 
     def prose(self):
         """A run of words that does not occur twice."""
@@ -67,30 +73,28 @@ class Page:
     def tag(self):
         kind = self.random.choices(list(self.weights), list(self.weights.values()))[0]
         if kind == 'html':
-            self.write(self.random.choice(ELEMENTS))
+            self.write('html', self.random.choice(ELEMENTS))
         elif kind == 'eval':
-            self.write('<TnEVAL EXPR="{%s}">' % self.value())
+            self.write('eval', self.value())
         elif kind == 'assign':
-            self.write('<TnASSIGN NAME="%s" VALUE="{%s}">' % (self.variable(), self.value()))
+            self.write('assign', self.variable(), self.value())
         elif kind == 'call':
-            self.write('<TnEVAL EXPR="{total(%s, %s)}">' % (self.value(), self.operand()))
-        elif kind == 'if':
-            self.write('<TnIF EXPR="{%s}">' % self.condition())
-            self.open_tags.append('TnIF')
+            self.write('eval', 'total(%s, %s)' % (self.value(), self.operand()))
         else:
-            self.write('<TnFOR INDEX="l.i" COUNT="{%s}">' % self.variable())
-            self.open_tags.append('TnFOR')
+            self.write(kind, self.condition() if kind == 'if' else self.variable())
+            self.open_tags.append(kind)
 
     def text(self):
+        self.write('function', 'total')
         while self.length < self.size:
-            self.write(self.prose())
+            self.write('prose', self.prose())
             if self.open_tags and self.random.random() < 0.1 * len(self.open_tags):
-                self.write('</%s>' % self.open_tags.pop())
+                self.write('end ' + self.open_tags.pop())
             else:
                 self.tag()
         while self.open_tags:
-            self.write('</%s>' % self.open_tags.pop())
-        return ''.join(self.pieces)
+            self.write('end ' + self.open_tags.pop())
+        return self.language.head + ''.join(self.pieces) + self.language.tail
 
 
 def bytes_of(size):
@@ -99,6 +103,6 @@ def bytes_of(size):
 
 
 if __name__ == '__main__':
-    if len(sys.argv) != 3 or sys.argv[1] not in MIXES:
+    if len(sys.argv) not in (3, 4) or sys.argv[1] not in MIXES or sys.argv[-1] not in LANGUAGES and len(sys.argv) == 4:
         sys.exit(__doc__)
-    sys.stdout.write(Page(sys.argv[1], bytes_of(sys.argv[2])).text())
+    sys.stdout.write(Page(sys.argv[1], bytes_of(sys.argv[2]), *sys.argv[3:]).text())

@@ -1,0 +1,3 @@
+// The least that starting a C++ program costs.
+int main() {
+}
