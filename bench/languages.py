@@ -39,9 +39,10 @@ LANGUAGES = {
         'for': '<?php for ($i = 1; $i <= %s; ++$i) { ?>', 'end for': '<?php } ?>',
         'function': '<?php function %s($a, $b) { return $a + $b; } ?>'},
         ((r' \$ ', ' . '), (r'g\.v', '$v')) + C_LIKE),
+    # A loop in Lua's own words has hidden variables, of which a page may not have so many.
     'lua': Language({
         'prose': 'out("%s")\n', 'html': 'out("%s")\n', 'eval': 'out(%s)\n', 'assign': '%s = %s\n',
-        'if': 'if %s then\n', 'end if': 'end\n', 'for': 'for i = 1, %s do\n', 'end for': 'end\n',
+        'if': 'if %s then\n', 'end if': 'end\n', 'for': 'i = 1 while i <= %s do i = i + 1\n', 'end for': 'end\n',
         'function': 'function %s(a, b) return a + b end\n'},
         ((r' \$ ', ' .. '), (r'g\.v(\d+)', r'v[\1]'), (' NE ', ' ~= '), (' AND ', ' and ')) + COMPARISONS, quoted=True),
     # A function ends the one that has the page so far, and another goes on behind it.
