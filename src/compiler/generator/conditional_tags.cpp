@@ -4,13 +4,14 @@
 #include "app/driver/compiler_application.h"
 #include "backend/outputs/compiler_output.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 
 #include <memory>
 #include <string_view>
 
 bool CompilerParser::Debugging() {
     constexpr std::string_view name = "DEBUG_TARN_COMPILER";
-    return application && application->Is_Defined(name.data(), static_cast<int>(name.size()));
+    return application && application->Is_Defined(name.data(), Length_Of(name));
 }
 
 bool CompilerParser::Inside_False_Block() {

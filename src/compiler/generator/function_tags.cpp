@@ -4,6 +4,7 @@
 #include "backend/instructions/engine_version.h"
 #include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 #include <algorithm>
@@ -49,7 +50,7 @@ ParserStatus CompilerParser::Generate_Function(int) {
         return status;
     if (!Generating())
         return Discard_Function(name);
-    const int length = static_cast<int>(name.size());
+    const int length = Length_Of(name);
     auto made = std::make_unique<Function_Resolution_Info>(Linenumber(), name.data(), length, Shared_File());
     if (defined_functions.Find_Or_Insert(made.get()) != made.get())
         return Report<Message::Function_Redefined>(name);
@@ -82,8 +83,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
     AttributeValue* stdout_value = Value<Tag::Function, Attribute::Standardoutputlevel>();
     if (stdout_value->Is_Set()) {
         const std::string_view words = Text_Of(*stdout_value);
-        if (const ParserStatus status =
-                Set_StandardOutputLevel(stdout_level, words.data(), static_cast<int>(words.size())))
+        if (const ParserStatus status = Set_StandardOutputLevel(stdout_level, words.data(), Length_Of(words)))
             return status;
     } else if (function_stdout_default != -1) {
         Set_Output_Flags(function_stdout_default);
@@ -91,7 +91,7 @@ ParserStatus CompilerParser::Read_Function_Levels(int* stdout_level, int* error_
     AttributeValue* error_value = Value<Tag::Function, Attribute::Erroroutputlevel>();
     if (error_value->Is_Set()) {
         const std::string_view words = Text_Of(*error_value);
-        return Parse_ErrorOutputLevel(error_level, words.data(), static_cast<int>(words.size()));
+        return Parse_ErrorOutputLevel(error_level, words.data(), Length_Of(words));
     }
     return PARSER_OK;
 }
@@ -103,7 +103,7 @@ ParserStatus CompilerParser::Read_Function_Access(int* access) {
     if (Engine_Version() < file_version_engines[FILE_VERSION_PRIVATE_FUNCTIONS])
         return Report<Message::Access_Version>(Engine_Version_Text());
     const std::string_view word = Text_Of(*value);
-    return Parse_Access(access, word.data(), static_cast<int>(word.size()));
+    return Parse_Access(access, word.data(), Length_Of(word));
 }
 
 ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int length) {
@@ -127,7 +127,7 @@ ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* defini
     ParserStatus status = PARSER_OK;
     For_Each_Comma_Piece(Text_Of(*value), [&](std::string_view piece) {
         ++definition->parameters;
-        if (ParserStatus const refused = Parameter_Directive(piece.data(), static_cast<int>(piece.size())))
+        if (ParserStatus const refused = Parameter_Directive(piece.data(), Length_Of(piece)))
             status = refused;
     });
     return status;
@@ -144,7 +144,7 @@ ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
     const std::string_view mode = Trimmed(parameter.substr(name.size()));
     if (!mode.empty() && !Same_Word(mode, "var"))
         return Report<Message::Parameter_Spaces>(parameter);
-    const int name_length = static_cast<int>(name.size());
+    const int name_length = Length_Of(name);
     if (local_variables->Find(name.data(), name_length))
         return Report<Message::Parameter_Repeated>(name);
     const int ident = local_variables->Entries();
@@ -219,7 +219,7 @@ ParserStatus CompilerParser::Generate_Do(int) {
 ParserStatus CompilerParser::Output_Do_Call(AttributeValue* value, AttributeValue* name) {
     const std::string_view call = Text_Of(*value);
     if (const ParserStatus status =
-            Check_Dynamic_Expression_String(call.data(), static_cast<int>(call.size()), "TnDO value"))
+            Check_Dynamic_Expression_String(call.data(), Length_Of(call), "TnDO value"))
         return status;
     if (const int failure = value->Make_Expression_Literal(this))
         return static_cast<ParserStatus>(failure);

@@ -2,20 +2,20 @@
 // run time; the checks warn and stop nothing.
 
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 void CompilerParser::Validate_SQL_Fields(const AttributeValue& fields) {
     const std::string_view text = Text_Of(fields); // empty when the fields are an expression
-    Validate_SQL_Fields(text.data(), static_cast<int>(text.size()));
+    Validate_SQL_Fields(text.data(), Length_Of(text));
 }
 
 void CompilerParser::Validate_SQL_Fields(const char* text, int length) {
     const std::string_view fields = Trimmed({text, static_cast<std::size_t>(length)});
     if (fields.empty())
         return;
-    For_Each_Comma_Piece(fields, [this](std::string_view field) {
-        Validate_SQL_Field(field.data(), static_cast<int>(field.size()));
-    });
+    For_Each_Comma_Piece(
+        fields, [this](std::string_view field) { Validate_SQL_Field(field.data(), Length_Of(field)); });
 }
 
 // Two characters are taken for a scope without a name, whatever they are.
