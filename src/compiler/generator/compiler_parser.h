@@ -589,7 +589,8 @@ class CompilerParser : public Parser {
 
     // Of the tables that are never emptied.
     Recent_Names recent_globals;
-    // One more than the number of each constant of one byte, 0 for none.
+    // One more than the number of each constant of one byte, 0 for none. Without it a page of code takes
+    // 2.1 % more instructions, counted as recycled_memory.h tells.
     std::array<int, 256> byte_constants{};
 };
 
