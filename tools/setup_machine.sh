@@ -7,9 +7,9 @@ set -euo pipefail
 commands=(cmake ninja make c++ pkg-config python3)
 libraries=(libmpdec gtest benchmark)
 packages=(cmake ninja-build make g++ pkg-config python3 libgtest-dev libbenchmark-dev)
-peer_commands=(chromedriver chromium doxygen openssl microsocks danted nginx mandoc zsh fish vim)
+peer_commands=(chromedriver chromium doxygen openssl danted nginx mandoc zsh fish vim)
 peer_libraries=(openssl)
-peer_packages=(chromium chromium-driver doxygen openssl libssl-dev microsocks dante-server nginx-light mandoc zsh fish vim)
+peer_packages=(chromium chromium-driver doxygen openssl libssl-dev dante-server nginx-light mandoc zsh fish vim)
 peer_services=(danted nginx)
 PATH=$PATH:/usr/sbin:/sbin
 
