@@ -57,9 +57,10 @@ Variable* ImmutableVariable::Element(const AggregateIndex& index, int create) {
             null_element.reset(new NULLVariable);
         return null_element.get();
     }
-    const VariableHold made(new ImmutableVariable);
-    Variable::SetElement(index, made.get());
-    return made.get();
+    Variable* made = new ImmutableVariable;
+    const VariableHold hold(made);
+    Variable::SetElement(index, made);
+    return made;
 }
 
 bool ImmutableVariable::SetElement(const AggregateIndex& index, Variable* variable) {
