@@ -48,7 +48,7 @@ class OpcodeQueue {
     // flush.
     [[nodiscard]] static OpcodeQueue* Confirm_Type(OpcodeQueue* queue, _OpcodeQueueType wanted);
 
-    // Likewise, but nothing is flushed. The queue that gave way keeps its instructions and belongs to the
+    // The same exchange without the flush. The queue that gave way keeps its instructions and belongs to the
     // answer. The parser first puts the answer in force and then flushes the other: what its instructions
     // write on the way, such as a line number, goes through the queue in force and so comes out at once.
     [[nodiscard]] static OpcodeQueue* Replace(OpcodeQueue* queue, _OpcodeQueueType wanted);

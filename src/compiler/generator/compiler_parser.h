@@ -200,7 +200,8 @@ class CompilerParser : public Parser {
     // The number of a string constant, written on first use with the state of that use. Inside a false
     // conditional block the answer is 0 and nothing is recorded.
     int Generate_String_Directive(const char* text, int length, ExpressionState state);
-    // Likewise, after a report when the text is no positive integer.
+    // The number of a constant that has to be a positive integer; reports one that is not, and makes it all
+    // the same.
     int Generate_Integral_String_Directive(const char* text, int length, ExpressionState state);
     // Makes a boolean of the condition on the stack, unless it is one by its operators.
     void Check_Conditional();

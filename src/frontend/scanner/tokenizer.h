@@ -72,8 +72,8 @@ class Tokenizer {
     // The answer is TOKEN_OTHER, TOKEN_UNTERMINATED when the text ended first, or that of
     // Check_Buffer_Fullness when nothing was left at all.
     Tokenizer_TokenType Read_Until(const char** text, int& token_length, char terminator, char escape);
-    // Likewise to the end of a pattern, in any case. A bare expression that lacks it answers TOKEN_RBRACE,
-    // once, and stays where it is.
+    // Reads to the end of a pattern, in any case, with the same answers. A bare expression that lacks it
+    // answers TOKEN_RBRACE, once, and stays where it is.
     Tokenizer_TokenType Read_Until(const char** text, int& token_length, const char* pattern,
                                    int pattern_length);
 
