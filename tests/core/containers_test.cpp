@@ -4,15 +4,10 @@
 #include "core/stat_hash_table.h"
 #include "core/string.h"
 
-#include <algorithm>
 #include <cctype>
 #include <gtest/gtest.h>
-#include <list>
 #include <memory>
-#include <random>
-#include <set>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -25,78 +20,6 @@ struct Word {
 
 std::string_view Hash_Key(const Word& word) {
     return word.key;
-}
-
-TEST(List, Does_What_A_Vector_With_A_Cursor_Does) {
-    using Walk = int* (List<int>::*)();
-    const Walk walks[] = {&List<int>::First, &List<int>::Last, &List<int>::Next, &List<int>::Previous};
-    std::mt19937 random(1);
-    int numbers[64], entries = 0;
-    List<int> list(0);
-    std::list<int*> model;
-    auto current = model.end(); // for none
-    const auto ahead_of = [&](auto at) { return at == model.begin() ? model.end() : std::prev(at); };
-    const auto behind = [&](auto at) { return at == model.end() ? at : std::next(at); };
-    for (int step = 0; step < 20000; ++step) {
-        const auto p = static_cast<ListPosition>(random() % 4); // the last one is none
-        const auto at = std::vector{model.begin(), current, ahead_of(model.end()), model.end()}[p];
-        const bool linked = model.empty() || at != model.end();
-        int* const e = &numbers[random() % 64];
-        const unsigned choice = random() % 8;
-        if (choice < 2) {
-            ++entries;
-            ASSERT_EQ(list.Insert(e, p) != nullptr, linked);
-            if (linked)
-                current = model.insert(p == LIST_LAST ? model.end() : at, e);
-        } else if (choice == 2) {
-            --entries;
-            ASSERT_EQ(list.Remove(p), at == model.end() ? nullptr : *at);
-            if (at == current)
-                current = p == LIST_LAST ? ahead_of(at) : behind(at);
-            if (at != model.end())
-                model.erase(at);
-        } else if (choice == 3) {
-            current = std::find(model.begin(), model.end(), e);
-            ASSERT_EQ(list.Seek(e), current == model.end() ? nullptr : e);
-        } else {
-            current = std::vector{model.begin(), ahead_of(model.end()), behind(current),
-                                  current == model.end() ? current : ahead_of(current)}[choice - 4];
-            const int* const answer = (list.*walks[choice - 4])();
-            ASSERT_EQ(answer, list.Current());
-        }
-        ASSERT_EQ(list.Current(), current == model.end() ? nullptr : *current) << step;
-        ASSERT_EQ(list.Entries(), entries);
-    }
-}
-
-TEST(Stack, Does_What_A_Vector_With_A_Cursor_Does) {
-    std::mt19937 random(2);
-    int numbers[16];
-    Stack<int> stack(0);
-    std::vector<int*> model;
-    int cursor = -1; // index in the model, -1 for below the bottom
-    for (int step = 0; step < 20000; ++step) {
-        const unsigned choice = random() % 5;
-        if (choice == 3) {
-            cursor = std::max(cursor - 1, -1);
-            ASSERT_EQ(stack.Peek(), cursor < 0 ? nullptr : model[cursor]);
-            continue;
-        }
-        if (choice < 2) {
-            model.push_back(&numbers[random() % 16]);
-            ASSERT_EQ(stack.Push(model.back())->element, model.back());
-        } else if (choice == 2) {
-            ASSERT_EQ(stack.Top(), model.empty() ? nullptr : model.back());
-        } else {
-            if (cursor >= 0) // below the bottom Pop takes the top
-                model.resize(cursor + 1);
-            ASSERT_EQ(stack.Pop(), model.empty() ? nullptr : model.back());
-            if (!model.empty())
-                model.pop_back();
-        }
-        cursor = static_cast<int>(model.size()) - 1;
-        ASSERT_EQ(stack.Entries(), cursor + 1);
-    }
 }
 
 TEST(Containers, Owners_Delete_What_They_Discard) {
@@ -174,17 +97,6 @@ TEST(SplayTree, Shapes_That_Searches_And_Removals_Leave) {
                 operation == '?' ? tree.Find(*e) : tree.Remove(*e);
         }
         EXPECT_EQ(tree.Shape(), shape) << script;
-        const std::set<char> keys(shape.begin(), shape.end());
-        for (int k = 0; k < 9 && script != "575" && script != "4321?4-2"; ++k) {
-            const auto low = keys.lower_bound('0' + k), high = keys.upper_bound('0' + k);
-            const auto key = [](const int* e) { return e ? '0' + *e : ')'; };
-            EXPECT_EQ(key(tree.Find(k)), low == high ? ')' : *low);
-            EXPECT_EQ(key(tree.Previous(k)), *std::prev(low));
-            EXPECT_EQ(key(tree.Next(k)), high == keys.end() ? ')' : *high);
-            EXPECT_EQ(low == high ? tree.Remove(k) : nullptr, nullptr);
-            EXPECT_EQ(key(tree.First()), *keys.upper_bound(')')); // behind the brackets
-            EXPECT_EQ(key(tree.Last()), *keys.rbegin());
-        }
     }
 }
 
@@ -227,86 +139,6 @@ struct Watched : HashTable<T> {
     int Compare(T* e, const char* key, int len) const override { return HashTable<T>::Compare(e, key, len); }
     int Capacity() const { return this->capacity; }
 };
-
-// Beside slots in the order of insertion that are searched one by one.
-template <class T>
-void Compare_With_Model(int case_insensitive, int bucket_bits) {
-    using Table = HashTable<T>;
-    T* (Table::*const walks[])() = {&Table::First, &Table::Last, &Table::Previous, &Table::Next};
-    std::mt19937 random(3);
-    Watched<T> table(0, case_insensitive, bucket_bits, 4);
-    std::vector<T*> slots;
-    std::vector<std::unique_ptr<T>> made;
-    int cursor = 0;
-    bool behind = false;
-    for (int step = 0; step < 8000; ++step) {
-        std::string key(random() % 5, 'a');
-        for (char& c : key)
-            c = "abcABC_\x00"[random() % 8];
-        if (!slots.empty() && random() % 4 == 0)
-            key = Hash_Key(*slots.back());
-        const auto len = static_cast<int>(key.size());
-        made.push_back(std::make_unique<T>(key.data(), len));
-        T* const e = made.back().get();
-        const auto same_key = [&](T* other) {
-            return other && table.hash(other) == table.hash(key.data(), len) && table.Compare(other, e) == 0;
-        };
-        const auto found = std::find_if(slots.begin(), slots.end(), same_key);
-        T* const expected = found == slots.end() ? nullptr : *found;
-        const unsigned choice = random() % 500;
-        if (choice == 0) {
-            table.Dump();
-            slots.clear();
-        } else if (choice < 60) {
-            ASSERT_EQ(table.Find_Or_Insert(e), expected ? expected : e);
-            if (!expected)
-                slots.push_back(e);
-        } else if (choice < 200) {
-            table.Insert(e);
-            slots.push_back(e);
-        } else if (choice < 400) {
-            ASSERT_EQ(table.Remove(key.data(), len), expected);
-            if (expected)
-                *found = nullptr;
-            while (!slots.empty() && !slots.back())
-                slots.pop_back();
-        } else {
-            ASSERT_EQ(table.Find(key.data(), len), expected);
-            ASSERT_EQ(table.Find(e), expected);
-        }
-        const int size = static_cast<int>(slots.size());
-        if (behind)
-            cursor = std::min(cursor, size); // what comes takes the slots of what went
-        if (choice % 3 == 0) {
-            const unsigned move = choice ? std::min<unsigned>(random() % 9, 3) : 0;
-            const int from[] = {0, size - 1, std::min(cursor, size) - 1, behind ? cursor : cursor + 1};
-            for (cursor = from[move]; cursor >= 0 && cursor < size && !slots[cursor];)
-                cursor += move % 3 ? -1 : 1;
-            (table.*walks[move])();
-            behind = cursor >= size;
-            cursor = std::clamp(cursor, -1, size);
-        }
-        ASSERT_EQ(table.Current(), cursor >= 0 && cursor < size ? slots[cursor] : nullptr);
-        const int index = static_cast<int>(random() % 64);
-        ASSERT_EQ(table.Index(index), index < size ? slots[index] : nullptr);
-        ASSERT_EQ(table.Entries(), size);
-    }
-    const Watched<T> copy(table);
-    EXPECT_EQ(copy.Current(), table.Index(0));
-    for (int i = 0; i < copy.Entries(); ++i) {
-        ASSERT_EQ(copy.Index(i), table.Index(i));
-        ASSERT_EQ(copy.Index(i) && !copy.Find(copy.Index(i)), false);
-    }
-}
-
-TEST(HashTable, Does_What_A_Searched_Array_Does) {
-    Compare_With_Model<Word>(1, 12);
-    Compare_With_Model<Word>(0, 12);
-    Compare_With_Model<Word>(0, 0);
-    Compare_With_Model<String>(1, 12);
-    // Hashed by case but compared without: equals where they meet in a bucket.
-    Compare_With_Model<String>(0, 2);
-}
 
 TEST(HashTable, Keys_Compare_By_Length_And_Then_By_Case_Where_It_Counts) {
     Word a("a", 1), upper("A", 1), longer("Aa", 2);

@@ -1,10 +1,8 @@
 #include "core/string.h"
 
-#include <algorithm>
 #include <climits>
 #include <gtest/gtest.h>
 #include <new>
-#include <random>
 #include <string>
 #include <utility>
 
@@ -33,69 +31,6 @@ String Split(const char* text, const char* sep, int max) {
     String out[3] = {"-", "-", "-"};
     const int count = split(text, out, max, sep);
     return String("") + count + ':' + out[0] + '|' + out[1] + '|' + out[2];
-}
-
-// Text and capacity as the rules have them. Neither shows that long texts have spare room underneath.
-TEST(String, Stores_By_The_Rules_At_Any_Length) {
-    std::mt19937 random(5);
-    std::string text;
-    String s;
-    int capacity = 0;
-    for (int step = 0; step < 20000; ++step) {
-        const std::string piece(random() % 60, static_cast<char>('a' + random() % 26)), before = text;
-        const int len = static_cast<int>(piece.size()), room = static_cast<int>(random() % 30);
-        const std::size_t size = text.size(), part = std::min<std::size_t>(size, random() % 100);
-        bool stores = true; // with a NUL behind the text, and the capacity that this takes
-        switch (random() % 1000) {
-        case 0: s.assign(piece.data(), len), text = piece; break;
-        case 1: s.assign(nullptr, 5), s.assign('c'), text = "c"; break;
-        case 2: s.assign_nocopy(nullptr, 3, 10), text = "", capacity = 0; break;
-        case 3:
-            s.assign_nocopy(static_cast<char*>(std::memcpy(new char[len + room], piece.data(), len)), len,
-                            len + room);
-            text = piece, capacity = len + room;
-            break;
-        case 4: s.assign(s.text() + part, static_cast<int>(size - part)), text.erase(0, part); break;
-        case 5: {
-            s.truncate(static_cast<unsigned>(size - part)), text.resize(size - part);
-            String moved(std::move(s)); // with a NUL again
-            EXPECT_EQ(moved.text()[size - part], '\0');
-            s = std::move(moved);
-            stores = capacity > 0, capacity = 0;
-            break;
-        }
-        case 6: s = String(piece.c_str()), text = piece; break;
-        case 7: s = String(), s += String(), stores = false; break;
-        case 8: delete[] s.release(nullptr, nullptr), text = "", capacity = 0, stores = false; break;
-        case 9: s += s, text += text, stores = capacity > 0; break;
-        case 10:
-            EXPECT_EQ(s.chop(static_cast<int>(size) + 3), -3);
-            EXPECT_EQ(s.chop(static_cast<int>(part)), static_cast<int>(size - part));
-            text.resize(size - part), stores = false;
-            break;
-        case 11:
-            s.truncate(static_cast<unsigned>(size + 3)), s.truncate(static_cast<unsigned>(size - part));
-            text.resize(size - part), stores = false;
-            break;
-        case 12: s.prepend(piece.c_str(), -1), text.insert(0, piece); break;
-        case 13: s.prepend('!'), s.prepend('\0'), text.insert(0, "!"); break;
-        default:
-            if (step % 2 && capacity) { // a byte more than needed stays free
-                capacity += static_cast<int>(size) + 2 < capacity ? 0 : 24 - capacity % 24;
-                s.cat('!'), text += '!';
-            } else
-                s.cat(piece.c_str(), -1), text += piece;
-        }
-        if (stores && static_cast<int>(text.size()) >= capacity)
-            capacity = static_cast<int>((text.size() + 24) / 24 * 24);
-        std::int32_t field; // that stands behind the pointer
-        std::memcpy(&field, reinterpret_cast<const char*>(&s) + sizeof(char*), sizeof field);
-        ASSERT_EQ(field, capacity) << step;
-        ASSERT_EQ(s.view(), text) << step;
-        if (stores || text.size() < size) { // what cuts the text off writes no NUL
-            ASSERT_EQ(s.text()[text.size()], stores || !capacity ? '\0' : before[text.size()]) << step;
-        }
-    }
 }
 
 TEST(String, Length_Beyond_31_Bits_Throws_And_Changes_Nothing) {

@@ -1,0 +1,301 @@
+// Strings, lists, stacks, tables and trees do what the containers of the standard library do under the same
+// script. The first byte chooses which.
+#include "core/hash_table.h"
+#include "core/list.h"
+#include "core/splay_tree.h"
+#include "core/stack.h"
+#include "core/string.h"
+#include "script.h"
+
+#include <list>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace {
+
+// An element whose keys compare as the table's case flag says; String's never regard case.
+struct Word {
+    Word(const char* key, int len) : key(key, len) {}
+    std::string key;
+};
+
+std::string_view Hash_Key(const Word& word) {
+    return word.key;
+}
+
+int numbers[64];
+
+// Text and capacity as the rules have them. Neither shows that long texts have spare room underneath.
+void Try_String(Script script) {
+    std::string text;
+    String s;
+    int capacity = 0;
+    while (script.More() && text.size() < 100000) {
+        const std::string piece(script.Below(60), "ab"[script.Below(2)]), before = text;
+        const int len = static_cast<int>(piece.size()), room = script.Between(0, 29);
+        const std::size_t size = text.size(), part = std::min<std::size_t>(size, script.Below(100));
+        const auto kept = static_cast<unsigned>(size - part);
+        const auto array = [&] {
+            return static_cast<char*>(std::memcpy(new char[len + room], piece.data(), len));
+        };
+        bool stores = true; // with a NUL behind the text, and the capacity that this takes
+        switch (script.Below(40)) {
+        case 0: s.assign(piece.data(), len), text = piece; break;
+        case 1: s.assign(nullptr, 5), s.assign('c'), text = "c"; break;
+        case 2: s.assign_nocopy(nullptr, 3, 10), text = "", capacity = 0; break;
+        case 3: s.assign_nocopy(array(), len, len + room), text = piece, capacity = len + room; break;
+        case 4: s.assign(s.text() + part, static_cast<int>(kept)), text.erase(0, part); break;
+        case 5: {
+            s.truncate(kept), text.resize(kept);
+            String moved(std::move(s)); // with a NUL again
+            CHECK(moved.text()[kept] == '\0');
+            s = std::move(moved);
+            stores = capacity > 0, capacity = 0;
+            break;
+        }
+        case 6: s = String(piece.c_str()), text = piece; break;
+        case 7: s = String(), s += String(), stores = false; break;
+        case 8: delete[] s.release(nullptr, nullptr), text = "", capacity = 0, stores = false; break;
+        case 9: s += s, text += text, stores = capacity > 0; break;
+        case 10:
+            CHECK(s.chop(static_cast<int>(size) + 3) == -3);
+            CHECK(s.chop(static_cast<int>(part)) == static_cast<int>(kept));
+            text.resize(kept), stores = false;
+            break;
+        case 11:
+            s.truncate(static_cast<unsigned>(size + 3)), s.truncate(kept);
+            text.resize(kept), stores = false;
+            break;
+        case 12: s.prepend(piece.c_str(), -1), text.insert(0, piece); break;
+        case 13: s.prepend('!'), s.prepend('\0'), text.insert(0, "!"); break;
+        default:
+            if (room % 2 && capacity) { // a byte more than needed stays free
+                capacity += static_cast<int>(size) + 2 < capacity ? 0 : 24 - capacity % 24;
+                s.cat('!'), text += '!';
+            } else
+                s.cat(piece.c_str(), -1), text += piece;
+        }
+        if (stores && static_cast<int>(text.size()) >= capacity)
+            capacity = static_cast<int>((text.size() + 24) / 24 * 24);
+        std::int32_t field; // that stands behind the pointer
+        std::memcpy(&field, reinterpret_cast<const char*>(&s) + sizeof(char*), sizeof field);
+        CHECK(field == capacity && s.view() == text);
+        if (stores || text.size() < size) // what cuts the text off writes no NUL
+            CHECK(s.text()[text.size()] == (stores || !capacity ? '\0' : before[text.size()]));
+        CHECK(s.search(piece.c_str(), room) == (len ? static_cast<int>(text.find(piece, room)) : -1));
+        CHECK(s.at(room, len).view() ==
+              (room < std::min<int>(len, text.size()) ? text.substr(room, len - room) : ""));
+    }
+}
+
+// Beside a list with a cursor, which is at the end for none.
+void Try_List(Script script) {
+    using Walk = int* (List<int>::*)();
+    const Walk walks[] = {&List<int>::First, &List<int>::Last, &List<int>::Next, &List<int>::Previous};
+    int entries = 0;
+    List<int> list(0);
+    std::list<int*> model;
+    auto current = model.end();
+    const auto ahead_of = [&](auto at) { return at == model.begin() ? model.end() : std::prev(at); };
+    const auto behind = [&](auto at) { return at == model.end() ? at : std::next(at); };
+    while (script.More()) {
+        const auto p = static_cast<ListPosition>(script.Below(4)); // the last one is none
+        const auto at = std::vector{model.begin(), current, ahead_of(model.end()), model.end()}[p];
+        const bool linked = model.empty() || at != model.end();
+        int* const e = &script.One_Of(numbers);
+        const unsigned choice = script.Below(8);
+        if (choice < 2) {
+            ++entries;
+            CHECK((list.Insert(e, p) != nullptr) == linked);
+            if (linked)
+                current = model.insert(p == LIST_LAST ? model.end() : at, e);
+        } else if (choice == 2) {
+            --entries;
+            CHECK(list.Remove(p) == (at == model.end() ? nullptr : *at));
+            if (at == current)
+                current = p == LIST_LAST ? ahead_of(at) : behind(at);
+            if (at != model.end())
+                model.erase(at);
+        } else if (choice == 3) {
+            current = std::find(model.begin(), model.end(), e);
+            CHECK(list.Seek(e) == (current == model.end() ? nullptr : e));
+        } else {
+            current = std::vector{model.begin(), ahead_of(model.end()), behind(current),
+                                  current == model.end() ? current : ahead_of(current)}[choice - 4];
+            CHECK((list.*walks[choice - 4])() == list.Current());
+        }
+        CHECK(list.Current() == (current == model.end() ? nullptr : *current));
+        CHECK(list.Entries() == entries);
+    }
+}
+
+void Try_Stack(Script script) {
+    Stack<int> stack(0);
+    std::vector<int*> model;
+    int cursor = -1; // index in the model, -1 for below the bottom
+    while (script.More()) {
+        const unsigned choice = script.Below(5);
+        if (choice == 3) {
+            cursor = std::max(cursor - 1, -1);
+            CHECK(stack.Peek() == (cursor < 0 ? nullptr : model[cursor]));
+            continue;
+        }
+        if (choice < 2) {
+            model.push_back(&script.One_Of(numbers));
+            CHECK(stack.Push(model.back())->element == model.back());
+        } else if (choice == 2) {
+            CHECK(stack.Top() == (model.empty() ? nullptr : model.back()));
+        } else {
+            if (cursor >= 0) // below the bottom Pop takes the top
+                model.resize(cursor + 1);
+            CHECK(stack.Pop() == (model.empty() ? nullptr : model.back()));
+            if (!model.empty())
+                model.pop_back();
+        }
+        cursor = static_cast<int>(model.size()) - 1;
+        CHECK(stack.Entries() == cursor + 1);
+    }
+}
+
+// Beside slots in the order of insertion that are searched one by one.
+template <class T>
+void Try_Table(Script script, int case_insensitive, int bucket_bits) {
+    using Table = HashTable<T>;
+    T* (Table::*const walks[])() = {&Table::First, &Table::Last, &Table::Previous, &Table::Next};
+    Table table(0, case_insensitive, bucket_bits, 4);
+    std::vector<T*> slots;
+    std::vector<std::unique_ptr<T>> made;
+    int cursor = 0;
+    bool behind = false;
+    while (script.More()) {
+        std::string key = script.Text(4, std::string_view("abcABC_\0", 8));
+        if (!slots.empty() && script.Below(4) == 0)
+            key = Hash_Key(*slots.back());
+        const auto len = static_cast<int>(key.size());
+        made.push_back(std::make_unique<T>(key.data(), len));
+        T* const e = made.back().get();
+        const auto same_key = [&](T* other) {
+            return other && table.hash(other) == table.hash(key.data(), len) && table.Compare(other, e) == 0;
+        };
+        const auto found = std::find_if(slots.begin(), slots.end(), same_key);
+        T* const expected = found == slots.end() ? nullptr : *found;
+        const unsigned choice = script.Below(256);
+        if (choice == 0) {
+            table.Dump();
+            slots.clear();
+        } else if (choice < 30) {
+            CHECK(table.Find_Or_Insert(e) == (expected ? expected : e));
+            if (!expected)
+                slots.push_back(e);
+        } else if (choice < 100) {
+            table.Insert(e);
+            slots.push_back(e);
+        } else if (choice < 200) {
+            CHECK(table.Remove(key.data(), len) == expected);
+            if (expected)
+                *found = nullptr;
+            while (!slots.empty() && !slots.back())
+                slots.pop_back();
+        } else {
+            CHECK(table.Find(key.data(), len) == expected);
+            CHECK(table.Find(e) == expected);
+        }
+        const int size = static_cast<int>(slots.size());
+        if (behind)
+            cursor = std::min(cursor, size); // what comes takes the slots of what went
+        if (choice % 3 == 0) {
+            const unsigned move = choice ? std::min(script.Below(9), 3u) : 0;
+            const int from[] = {0, size - 1, std::min(cursor, size) - 1, behind ? cursor : cursor + 1};
+            for (cursor = from[move]; cursor >= 0 && cursor < size && !slots[cursor];)
+                cursor += move % 3 ? -1 : 1;
+            (table.*walks[move])();
+            behind = cursor >= size;
+            cursor = std::clamp(cursor, -1, size);
+        }
+        CHECK(table.Current() == (cursor >= 0 && cursor < size ? slots[cursor] : nullptr));
+        const int index = script.Between(-1, 63);
+        CHECK(table.Index(index) == (index >= 0 && index < size ? slots[index] : nullptr));
+        CHECK(table.Entries() == size);
+    }
+    const Table copy(table);
+    CHECK(copy.Current() == table.Index(0));
+    for (int i = 0; i < copy.Entries(); ++i) {
+        CHECK(copy.Index(i) == table.Index(i));
+        CHECK(!copy.Index(i) || copy.Find(copy.Index(i)));
+    }
+}
+
+struct Open_Tree : SplayTree<int, int> {
+    using SplayTree::SplayTree;
+    // Whether removing the root loses order: what stands left of the right child comes to stand right of it.
+    bool Root_Is_Of_The_Known_Case() const {
+        const Node* const right = root->right;
+        return root->left && right && right->left && !right->right;
+    }
+};
+
+std::vector<int> In_Order(const Open_Tree& tree) {
+    List<int> list(0);
+    tree.AppendToList(list);
+    std::vector<int> keys;
+    for (const int* e = list.First(); e; e = list.Next())
+        keys.push_back(*e);
+    return keys;
+}
+
+// Beside a set of keys, up to the first removal that loses order.
+void Try_Tree(Script script) {
+    Open_Tree tree(1);
+    std::set<int> model;
+    while (script.More()) {
+        const int key = script.Between(0, 199);
+        const auto low = model.lower_bound(key), high = model.upper_bound(key);
+        const auto is = [&](const int* e, auto at) {
+            return e ? at != model.end() && *e == *at : at == model.end();
+        };
+        switch (script.Below(8)) {
+        case 0: {
+            CHECK(is(tree.Find(key), low == high ? model.end() : low));
+            const bool known = low != high && tree.Root_Is_Of_The_Known_Case();
+            const std::unique_ptr<int> removed(tree.Remove(key));
+            CHECK(is(removed.get(), low == high ? model.end() : low));
+            if (low != high)
+                model.erase(low);
+            CHECK((In_Order(tree) == std::vector(model.begin(), model.end())) != known);
+            if (known)
+                return;
+            break;
+        }
+        case 1: CHECK(is(tree.Next(key), high)); break;
+        case 2: CHECK(is(tree.Previous(key), low == model.begin() ? model.end() : std::prev(low))); break;
+        case 3: CHECK(is(tree.Find(key), low == high ? model.end() : low)); break;
+        case 4: CHECK(is(tree.First(), model.begin())); break;
+        case 5: CHECK(is(tree.Last(), model.empty() ? model.end() : std::prev(model.end()))); break;
+        default:
+            if (model.insert(key).second)
+                tree.Insert(new int(key));
+        }
+        CHECK(tree.Entries() == static_cast<int>(model.size()));
+    }
+    const std::vector<int> keys(model.begin(), model.end());
+    CHECK(In_Order(tree) == keys && In_Order(Open_Tree(tree)) == keys);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Script script(data, size);
+    switch (script.Below(9)) {
+    case 0: Try_List(script); break;
+    case 1: Try_Stack(script); break;
+    case 2: Try_Table<Word>(script, 1, 12); break;
+    case 3: Try_Table<Word>(script, 0, 12); break;
+    case 4: Try_Table<Word>(script, 0, 0); break;
+    case 5: Try_Table<String>(script, 1, 12); break;
+    case 6: Try_Table<String>(script, 0, 2); break; // equals where they meet in a bucket
+    case 7: Try_String(script); break;
+    default: Try_Tree(script);
+    }
+    return 0;
+}
