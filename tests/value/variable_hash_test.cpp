@@ -208,28 +208,6 @@ TEST_F(VariableHashTest, Random_Operations_Agree_With_A_Model) {
     Agree_With_A_Model(system, true);
 }
 
-TEST(VariableScope, Comes_From_The_Prefix) {
-    const std::pair<const char*, std::string> cases[] = {
-        // The text; the scope's number, the name, and "of" the alias.
-        // clang-format off
-        {"", "5 "}, {"l.", "0 "}, {"S.x.y", "2 x.y"}, {"d.x", "3 x of "}, {"D.d.x", "3 x of D"},
-        {"x.y", "5 x.y"}, {"a.D.x", "3 x of a"}, {"l.d.", "0 d."}, {"a.database.x", "3 x of a"},
-        {"g.database.", "1 database."}, {"name", "5 name"}, {"LOCAL.d.x", "0 d.x"}, {"Global.", "1 "},
-        {"system.x", "2 x"}, {"xy.d.", "3  of xy"}, {".d.z", "3 z of "}, {"xy.DataBase.z", "3 z of xy"},
-        {"database.xy", "3 xy of "}, {"database.x", "5 database.x"}, {"database.d.x", "3 x of database"},
-        // clang-format on
-    };
-    for (const auto& [text, expected] : cases) {
-        const char *name = nullptr, *alias = nullptr;
-        int name_length = 0, alias_length = 0;
-        const int scope = VariableHash::Scope(text, -1, &name, &name_length, &alias, &alias_length);
-        std::string split = std::to_string(scope) + " " + std::string(name, name_length);
-        if (alias)
-            split += " of " + std::string(alias, alias_length);
-        EXPECT_EQ(split, expected) << text;
-    }
-}
-
 // A table as a part of an image: what it writes to its section, and reads from there.
 struct Persisted {
     VariableHash& table;
