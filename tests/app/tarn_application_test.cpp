@@ -1,5 +1,5 @@
+#include "app/driver/unix_compiler_application.h"
 #include "app/services/config.h"
-#include "app/services/console_application.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -7,86 +7,62 @@
 
 namespace {
 
-class Fixed_Config : public Config {
-  public:
+struct Error_Output : NullOutput {
+    void Write_Error(const char* text, int length) override { all.append(text, length); }
+    std::string all;
+};
+
+// An application of its own name and error output, whose option --value takes a value.
+struct Test_Application : UNIXCompilerApplication, Config {
+    explicit Test_Application(const std::vector<const char*>& words = {"C:\\bin/dir\\program"})
+        : UNIXCompilerApplication(static_cast<int>(words.size()), const_cast<char**>(words.data())) {}
+
+    Output* output() override { return &errors; }
+    Config* config() override { return is_configured ? this : nullptr; }
     int Integer(Config_Setting setting) const override {
         return setting == CONFIG_TIMEOUT ? 1000 : setting == CONFIG_POST_TIMEOUT ? 10 : -1;
     }
     const String& Text(Config_Setting) const override { return none; }
-
-    String none;
-};
-
-char program[] = "C:\\bin/dir\\program";
-char* arguments[] = {program, nullptr};
-
-class Test_Application : public ConsoleApplication {
-  public:
-    Test_Application() : ConsoleApplication(1, arguments) {}
-
-    FileManager* filemanager() override { return nullptr; }
-    ExternalLibraryManager* librarymanager() override { return nullptr; }
-    const char* lasterror() override { return ""; }
-    Config* config() override { return settings; }
-    bool CommandLine_Requires_Argument(char) override { return false; }
-    bool CommandLine_Requires_Argument(const char* option) override { return std::string(option) == "value"; }
-    bool CommandLine_Process_Option(char, const char*) override { return true; }
+    bool CommandLine_Requires_Argument(const char* option) override { return !strcmp(option, "value"); }
     bool CommandLine_Process_Option_Long(const char* option, const char* value) override {
-        processed.push_back(std::string(option) + "=" + (value ? value : "none"));
+        processed += std::string(option) + "=" + (value ? value : "none") + " ";
         return true;
     }
-
-    void Set_Arguments(std::vector<char*> words) {
-        argv_storage = std::move(words);
-        argc = static_cast<int>(argv_storage.size());
-        argv = argv_storage.data();
-    }
-    std::string Filters() {
+    static std::string Listed(List<LogFilterEntry>& filters) {
         std::string text;
-        for (LogFilterEntry* entry = log_include.First(); entry; entry = log_include.Next())
-            text += Describe(*entry);
-        for (LogFilterEntry* entry = log_exclude.First(); entry; entry = log_exclude.Next())
-            text += "!" + Describe(*entry);
+        for (LogFilterEntry* entry = filters.First(); entry; entry = filters.Next())
+            text += std::string(entry->name, static_cast<std::size_t>(entry->name_length)) + ":" +
+                    std::to_string(entry->low) + "-" + std::to_string(entry->high) + " ";
         return text;
     }
-    static std::string Describe(const LogFilterEntry& entry) {
-        return std::string(entry.name, static_cast<std::size_t>(entry.name_length)) + ":" +
-               std::to_string(entry.low) + "-" + std::to_string(entry.high) + " ";
-    }
+    std::string Filters() { return Listed(log_include) + "! " + Listed(log_exclude); }
 
     using TarnApplication::global_deadline;
     using TarnApplication::post_deadline;
     using TarnApplication::post_timed_out;
 
-    Config* settings = nullptr;
-    std::vector<std::string> processed;
-    std::vector<char*> argv_storage;
+    bool is_configured = true;
+    Error_Output errors;
+    std::string processed;
+    String none;
 };
 
 TEST(TarnApplication, Log_Filters_Are_Read_Entry_By_Entry) {
-    const struct {
-        const char* text;
-        const char* filters;
-    } cases[] = {
-        {"", ""},
-        {"name:3", "name:3-0 "},
-        {" ! name : 3 - 17 , b", "b:0-0 !name:3-17 "},
-        {"a,,b, ,!,:3,c", "a:0-0 b:0-0 c:0-0 "},
-        {"a-4,b:-5,c:1-x junk:9,d -7,!b!", "a-4:0-0 b:0-5 c:1-0 d:0-0 !b!:0-0 "},
-        {"a:99999999999-88888888888888888888", "a:2147483647-2147483647 "},
-    };
-    for (const auto& c : cases) {
-        Test_Application application;
-        application.ParseLogFilter("earlier,!other");
-        application.ParseLogFilter(c.text);
-        EXPECT_EQ(application.Filters(), c.filters) << c.text;
+    Test_Application application;
+    for (const auto& [text, filters] : {
+             std::pair(" ! name : 3 - 17 , b", "b:0-0 ! name:3-17 "),
+             {"a,,b, ,!,:3,c", "a:0-0 b:0-0 c:0-0 ! "},
+             {"", "! "},
+             {"a-4,b:-5,c:1-x junk:9,d -7,!b!", "a-4:0-0 b:0-5 c:1-0 d:0-0 ! b!:0-0 "},
+             {"a:99999999999-88888888888888888888", "a:2147483647-2147483647 ! "},
+         }) {
+        application.ParseLogFilter(text);
+        EXPECT_EQ(application.Filters(), filters) << text;
     }
 }
 
 TEST(TarnApplication, Deadlines_Come_From_The_Settings_And_Pass_With_Time) {
     Test_Application application;
-    Fixed_Config config;
-    application.settings = &config;
     application.ResetGlobalTimeout();
     application.ResetPOSTTimeout();
     EXPECT_NEAR(static_cast<double>(application.post_deadline - time(nullptr)), 10, 2);
@@ -102,7 +78,7 @@ TEST(TarnApplication, Deadlines_Come_From_The_Settings_And_Pass_With_Time) {
     EXPECT_TRUE(application.cancelled());
     EXPECT_EQ(application.TimeRemaining(), 0);
 
-    application.settings = nullptr;
+    application.is_configured = false;
     application.ResetGlobalTimeout();
     application.ResetPOSTTimeout();
     application.Heartbeat(1L << 40);
@@ -120,32 +96,26 @@ TEST(TarnApplication, Character_Set_Is_Compared_Whole_And_In_Any_Case) {
 }
 
 TEST(ConsoleApplication, Long_Options_Take_The_Next_Argument_As_Value) {
-    char value[] = "--value", plain[] = "--plain", file[] = "file";
-    Test_Application application;
-    application.Set_Arguments({program, value, plain, plain, file, plain});
-    EXPECT_EQ(application.CommandLine_Parse(), 4);
-    EXPECT_EQ(application.processed, std::vector<std::string>({"value=--plain", "plain=none"}));
-
-    application.Set_Arguments({program, value});
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(application.CommandLine_Parse(), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "program: Option '--value' requires an argument\n");
-    application.Set_Arguments({program});
-    EXPECT_EQ(application.CommandLine_Parse(), 1);
+    const struct {
+        std::vector<const char*> words;
+        int first_input;
+        const char *processed, *error;
+    } cases[] = {
+        {{"c/d\\e", "--value", "--plain", "--plain", "file", "--plain"}, 4, "value=--plain plain=none ", ""},
+        {{"c/d\\e", "--value"}, -1, "", "e: Option '--value' requires an argument\n"},
+        {{"c/d\\e"}, 1, "", ""},
+    };
+    for (const auto& [words, first_input, processed, error] : cases) {
+        Test_Application application(words);
+        EXPECT_EQ(application.CommandLine_Parse(), first_input);
+        EXPECT_EQ(application.processed, processed);
+        EXPECT_EQ(application.errors.all, error);
+    }
 }
 
-// Errors go through the output in force, under the name that the program answers.
-TEST(ConsoleApplication, Errors_Go_To_The_Output_In_Force) {
-    class Other_Name : public Test_Application {
+TEST(ConsoleApplication, Runtime_Errors_Are_Shown_On_Demand_Under_The_Name_In_Force) {
+    struct : Test_Application {
         const char* basename() override { return "other"; }
-        Output* output() override { return &errors; }
-
-      public:
-        class : public NullOutput {
-          public:
-            void Write_Error(const char* text, int length) override { all.append(text, length); }
-            std::string all;
-        } errors;
     } application;
     application.Notify_RuntimeError(1, "hidden", false);
     application.Notify_RuntimeError(1, "shown ", true);
