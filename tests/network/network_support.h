@@ -93,12 +93,10 @@ class Scripted_Connection : public NetworkConnection {
 // A port of the loopback that nobody else gets while the object lives. Nobody listens on it but who binds it
 // by its number, with SO_REUSEADDR as servers do.
 struct Reserved_Port {
-    Reserved_Port() : descriptor(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    Reserved_Port() {
         const int yes = 1;
         setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
         socklen_t size = sizeof address;
         bind(descriptor, reinterpret_cast<sockaddr*>(&address), size);
         getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
@@ -108,13 +106,24 @@ struct Reserved_Port {
     Reserved_Port& operator=(const Reserved_Port&) = delete;
     ~Reserved_Port() { close(descriptor); }
 
-    int descriptor;
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     int number;
 };
 
 struct Listener : Reserved_Port {
-    explicit Listener(int backlog = 5) { listen(descriptor, backlog); }
+    Listener() { listen(descriptor, 5); }
     int Accept() const { return accept(descriptor, nullptr, nullptr); }
+};
+
+// A folder that a shell removes when this object or the process is gone, however that ends.
+struct Passing_Folder {
+    Passing_Folder() : shell(popen(("read end; rm -rf " + path).c_str(), "we")) {}
+    Passing_Folder(const Passing_Folder&) = delete;
+    Passing_Folder& operator=(const Passing_Folder&) = delete;
+    ~Passing_Folder() { pclose(shell); }
+
+    const std::string path = mkdtemp(std::string("/tmp/tnc_network_XXXXXX").data());
+    FILE* const shell;
 };
 
 inline void Send_All(int descriptor, const std::string& text) {

@@ -3,7 +3,6 @@
 #include "network/http_response_stream.h"
 #include "network/network_support.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -12,19 +11,16 @@
 namespace {
 
 struct Server : testing::Test {
-    Server() { std::filesystem::permissions(directory, std::filesystem::perms(0755)); }
-    ~Server() override {
-        if (shell)
-            pclose(shell);
-        std::filesystem::remove_all(directory);
-    }
-    // Starts a program that lives as long as the test, and waits until it listens; false where there is none.
+    // Starts a program that lives as long as the folder, and waits until it listens; false where there is
+    // none.
     bool Start(const std::string& program, const std::string& arguments, const std::string& configuration) {
-        std::ofstream(directory + "/conf") << configuration;
-        const std::string path = "PATH=$PATH:/usr/sbin; cd " + directory + "; ";
+        std::filesystem::permissions(folder.path, std::filesystem::perms(0755));
+        std::ofstream(folder.path + "/conf") << configuration;
+        const std::string path = "PATH=$PATH:/usr/sbin; cd " + folder.path + "; ";
         if (std::system((path + "command -v " + program + " >log").c_str()) != 0)
             return false;
-        shell = popen((path + program + arguments + " >log 2>&1 & read end; kill $!; wait").c_str(), "we");
+        shell.reset(
+            popen((path + program + arguments + " >log 2>&1 & read end; kill $!; wait").c_str(), "we"));
         std::unique_ptr<NetworkConnection> connection;
         for (int tries = 0; tries < patience * 50 && !connection; ++tries) {
             usleep(20'000);
@@ -33,21 +29,22 @@ struct Server : testing::Test {
         return connection != nullptr;
     }
 
-    const std::string directory = mkdtemp(std::string("/tmp/tnc_server_XXXXXX").data());
+    const Passing_Folder folder;
     Network_Application application;
     UNIXNetworkManager manager{&application};
     const Reserved_Port port;
-    const std::string address = "127.0.0.1 port = " + std::to_string(port.number);
-    FILE* shell = nullptr;
+    const std::string port_text = std::to_string(port.number);
+    std::unique_ptr<FILE, int (*)(FILE*)> shell{nullptr, pclose};
 };
 
 TEST_F(Server, Dante_Speaks_Both_Versions_Of_SOCKS) {
-    if (!Start(
-            "danted", " -f conf",
-            "logoutput: stderr\nexternal: lo\nclientmethod: none\nsocksmethod: none\ninternal: " + address +
-                "\nclient pass { from: 127.0.0.0/8 to: 0.0.0.0/0 }\n"
-                "socks block { from: 127.0.0.0/8 to: 127.0.0.2/32 }\n"
-                "socks pass { from: 127.0.0.0/8 to: 0.0.0.0/0 }\n"))
+    if (!Start("danted", " -f conf",
+               "logoutput: stderr\nexternal: lo\nclientmethod: none\nsocksmethod: none\n"
+               "internal: 127.0.0.1 port = " +
+                   port_text +
+                   "\nclient pass { from: 127.0.0.0/8 to: 0.0.0.0/0 }\n"
+                   "socks block { from: 127.0.0.0/8 to: 127.0.0.2/32 }\n"
+                   "socks pass { from: 127.0.0.0/8 to: 0.0.0.0/0 }\n"))
         GTEST_SKIP() << "no proxy here: install the package dante-server";
     application.texts = {{CONFIG_SOCKS_HOST, "127.0.0.1"}, {CONFIG_SOCKS_USER, "me"}};
     for (const int version : {4, 5}) {
@@ -65,10 +62,8 @@ TEST_F(Server, Dante_Speaks_Both_Versions_Of_SOCKS) {
 }
 
 TEST_F(Server, Nginx_Answers_In_Chunks_And_Without) {
-    const std::string body(300'000, 'x');
-    std::ofstream(directory + "/page") << "<!--# echo var='none' default='" << body << "' -->" << body;
-    const std::string port_text = std::to_string(port.number),
-                      url = "http://127.0.0.1:" + port_text + "/page";
+    const std::string body(300'000, 'x'), url = "http://127.0.0.1:" + port_text + "/page";
+    std::ofstream(folder.path + "/page") << "<!--# echo var='none' default='" << body << "' -->" << body;
     if (!Start("nginx", " -p . -c conf -e log",
                "daemon off; master_process off; pid pid; error_log log; events {} http { access_log off;\n"
                "client_body_temp_path a; proxy_temp_path b; fastcgi_temp_path c; uwsgi_temp_path d;\n"
@@ -88,12 +83,6 @@ TEST_F(Server, Nginx_Answers_In_Chunks_And_Without) {
         EXPECT_EQ(page.substr(0, static_cast<std::size_t>(stream.total_read())), body + body);
         stream.Close();
     }
-}
-
-// TLS comes from the application that has it; the compiler has none.
-TEST(Program, Links_No_TLS_Library) {
-    EXPECT_EQ(std::system("readelf -d " tnc_path " | grep -q NEEDED"), 0);
-    EXPECT_NE(std::system("readelf -d " tnc_path " | grep NEEDED | grep -qE 'ssl|crypto|tls'"), 0);
 }
 
 } // namespace

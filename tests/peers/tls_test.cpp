@@ -37,7 +37,7 @@ struct Request {
 struct TLS : testing::Test {
     // Makes a certificate for the host a.test with a digest that holds no NUL, which would match nothing.
     void SetUp() override {
-        std::filesystem::current_path(directory);
+        std::filesystem::current_path(folder.path);
         do
             if (std::system(
                     "exec >log 2>&1; openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
@@ -51,10 +51,6 @@ struct TLS : testing::Test {
         SSL_CTX_use_PrivateKey_file(server.get(), "key", SSL_FILETYPE_PEM);
         SSL_CTX_set_verify(server.get(), SSL_VERIFY_PEER, [](int, X509_STORE_CTX*) { return 1; });
         application.SSL_Available(nullptr);
-    }
-    void TearDown() override {
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(directory);
     }
     static std::string Text(const char* name) {
         std::ifstream file(name);
@@ -90,7 +86,7 @@ struct TLS : testing::Test {
         return line.text();
     }
 
-    const std::string directory = mkdtemp(std::string("/tmp/tnc_tls_XXXXXX").data());
+    const Passing_Folder folder;
     const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> server{SSL_CTX_new(TLS_server_method()), SSL_CTX_free};
     TLS_Application application;
     UNIXNetworkManager manager{&application};
@@ -155,25 +151,21 @@ TEST_F(TLS, Knows_Who_Is_Who) {
     EXPECT_STREQ(buffer, "sec.");
 }
 
-// Functions in place of the library's: they answer -1 twice and then 1, for the reason wished.
+// In place of functions of the library: they answer -1 twice and then 1, for the reason wished.
 int tries, wish;
-int Handshake(SSL*) {
+template <typename... Arguments>
+int Third_Try(SSL*, Arguments...) {
     return ++tries % 3 ? -1 : 1;
-}
-int Transfer(SSL*, void*, int) {
-    return ++tries % 3 ? -1 : 1;
-}
-int Reason(SSL* ssl, int result) {
-    return wish ? wish : SSL_get_error(ssl, result);
 }
 
 TEST_F(TLS, Waits_As_The_Library_Wishes) {
     application.instead = {{"SSL_connect", reinterpret_cast<void*>(+[](SSL*) { return 2; })}};
     EXPECT_EQ(Connect({}), failed + "Unknown error"); // 1 is what ends a handshake
-    application.instead = {{"SSL_connect", reinterpret_cast<void*>(Handshake)},
-                           {"SSL_read", reinterpret_cast<void*>(Transfer)},
-                           {"SSL_write", reinterpret_cast<void*>(Transfer)},
-                           {"SSL_get_error", reinterpret_cast<void*>(Reason)}};
+    void* const third_transfer = reinterpret_cast<void*>(Third_Try<void*, int>);
+    application.instead = {{"SSL_connect", reinterpret_cast<void*>(Third_Try<>)},
+                           {"SSL_read", third_transfer},
+                           {"SSL_write", third_transfer},
+                           {"SSL_get_error", reinterpret_cast<void*>(+[](SSL*, int) { return wish; })}};
     wish = SSL_ERROR_WANT_READ;
     ASSERT_FALSE(connection->EstablishTLSConnection(nullptr, nullptr, nullptr, 1, 0));
     EXPECT_EQ(connection->error().text(), failed + "Connection timed out");
@@ -191,8 +183,8 @@ TEST_F(TLS, Waits_As_The_Library_Wishes) {
     char byte = 0;
     for (const auto& c : cases) {
         connection->Error("");
-        tries = 0;
         wish = c.wish;
+        tries = 0;
         EXPECT_EQ(connection->Read(&byte, 1, 1), c.answer);
         EXPECT_STREQ(connection->error().text(), c.read_error);
         tries = 0;
