@@ -135,6 +135,10 @@ def main():
             os.chdir(f"{folder}/{index}")
             counts[point.split()[0] if what.isdigit() else what.split()[0]] += 1
             found += filter(None, [pages[index].wrong(point, what)])
+        os.chdir(f"{folder}/0")
+        if not any(pages[0].run(f"close {number + 1}", "5").status for number in range(pages[0].counts["close"])):
+            found.append("no close that fails makes a run fail")
+        os.chdir(f"{folder}/{len(pages) - 1}")
         started, tries = time.monotonic(), 1000 if WHOLE else 20
         pages[-1].run()
         end = time.monotonic() - started
