@@ -78,7 +78,7 @@ ParserStatus CompilerParser::Start_Text_Expression() {
 
 // The value arrives as a plain one, braces included.
 ParserStatus CompilerParser::Capture_Braces() {
-    delete subexpressions.Pop();
+    (void)subexpressions.Pop();
     Capture_Expression_Text(1);
     return PARSER_OK;
 }

@@ -9,12 +9,12 @@
 
 #include "backend/instructions/labels.h"
 #include "compiler/generator/recent_names.h"
+#include "compiler/generator/value_stack.h"
 #include "compiler/records/attribute_routes.h"
 #include "compiler/records/constant_table.h"
 #include "compiler/records/resolution_info.h"
 #include "core/hash_table.h"
 #include "core/list.h"
-#include "core/recycled_memory.h"
 #include "core/stack.h"
 #include "frontend/scanner/attribute_lookup.h"
 #include "frontend/scanner/operator_lookup.h"
@@ -46,9 +46,6 @@ struct Operator {
     int priority; // of the operator table, plus the bias of the open brackets
     int operands; // 0, 1 or 2
     int flags;    // as handed to Expression_Operator
-
-    static void* operator new(std::size_t) { return Recycled_Memory<Operator>::Take(); }
-    static void operator delete(void* memory) { Recycled_Memory<Operator>::Give_Back(memory); }
 };
 
 // What opened a subexpression.
@@ -64,9 +61,6 @@ struct SubexpressionStatistic {
     int count;
     int type; // Operand_Type
     int kind; // Subexpression_Kind
-
-    static void* operator new(std::size_t) { return Recycled_Memory<SubexpressionStatistic>::Take(); }
-    static void operator delete(void* memory) { Recycled_Memory<SubexpressionStatistic>::Give_Back(memory); }
 };
 
 // Kinds of an open TnASSIGNARRAY or TnREFERENCEARRAY block.
@@ -503,7 +497,7 @@ class CompilerParser : public Parser {
 
     // The expression being compiled.
     int conditional_operators = 0; // boolean operators outside all brackets
-    Stack<SubexpressionStatistic> subexpressions{1};
+    Value_Stack<SubexpressionStatistic> subexpressions;
 
     // The tag being read.
     int current_tag = -1;                   // -1 outside any tag
@@ -530,7 +524,7 @@ class CompilerParser : public Parser {
 
     // The expression being compiled, the rest.
     int priority_bias = 0;
-    Stack<Operator> operators{1};
+    Value_Stack<Operator> operators;
 
     // Functions.
     // Every call; owns the records.

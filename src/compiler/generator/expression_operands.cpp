@@ -6,27 +6,15 @@
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 
-#include <memory>
-
-namespace {
-
-template <typename Entry>
-void Empty(Stack<Entry>& stack) {
-    while (stack.Top())
-        delete stack.Pop();
-}
-
-} // namespace
-
 void CompilerParser::Reset_Expression() {
-    Empty(subexpressions);
-    Empty(operators);
+    subexpressions.Clear();
+    operators.Clear();
     priority_bias = 0;
     conditional_operators = 0;
 }
 
 void CompilerParser::Push_Statistic(Subexpression_Kind kind) {
-    subexpressions.Push(new SubexpressionStatistic{0, OPERAND_NONE, kind});
+    subexpressions.Push({0, OPERAND_NONE, kind});
 }
 
 void CompilerParser::Count_Value() {
@@ -83,7 +71,7 @@ ParserStatus CompilerParser::End_Of_Expression() {
     if (subexpressions.Top())
         Check_Last_Subexpression(written, &status);
     if (subexpressions.Top()) {
-        Empty(subexpressions);
+        subexpressions.Clear();
         if (status == PARSER_OK)
             status = Report<Message::Too_Many_Open_Parentheses>();
     }
@@ -103,11 +91,11 @@ ParserStatus CompilerParser::Output_Remaining_Operators(int* written) {
 }
 
 void CompilerParser::Check_Last_Subexpression(int operators_written, ParserStatus* status) {
-    std::unique_ptr<SubexpressionStatistic> last(subexpressions.Pop());
-    if (operators_written == 0 && last->count == 0)
+    const SubexpressionStatistic last = subexpressions.Pop();
+    if (operators_written == 0 && last.count == 0)
         *status = Report<Message::Expression_Empty>();
-    if (last->count != 1)
-        *status = Report<Message::Operator_Count>(last->count < 1 ? "many" : "few");
-    if (last->type == OPERAND_MIXED)
+    if (last.count != 1)
+        *status = Report<Message::Operator_Count>(last.count < 1 ? "many" : "few");
+    if (last.type == OPERAND_MIXED)
         *status = Report<Message::Mixed_Operand_Types>();
 }

@@ -6,8 +6,6 @@
 #include "compiler/generator/compiler_parser.h"
 #include "frontend/scanner/operator_lookup.h"
 
-#include <memory>
-
 namespace {
 
 constexpr int paren_bias = 100;
@@ -46,14 +44,14 @@ ParserStatus CompilerParser::Expression_Operator(int id, int priority, int opera
             return Output_Operator_IncrementDecrement(id, flags);
         break;
     case OPERATOR_OPEN_BRACKET: Push_Statistic(SUBEXPRESSION_BRACKET); break;
-    case OPERATOR_MEMBER: operators.Push(new Operator{id, biased, operands, 0}); return PARSER_OK;
+    case OPERATOR_MEMBER: operators.Push({id, biased, operands, 0}); return PARSER_OK;
     default: break;
     }
     if (priority_bias == 0 && type == OPERAND_BOOLEAN)
         ++conditional_operators;
     if (const ParserStatus status = Flush_Operator_Queue(biased))
         return status;
-    operators.Push(new Operator{id, biased, operands, flags});
+    operators.Push({id, biased, operands, flags});
     return Check_Types(type);
 }
 
@@ -99,9 +97,8 @@ ParserStatus CompilerParser::Flush_Operator_Queue_Until(int id) {
 }
 
 ParserStatus CompilerParser::Output_Top_Operator() {
-    const ParserStatus status = Output_Operator(operators.Top());
-    delete operators.Pop();
-    return status;
+    Operator top = operators.Pop();
+    return Output_Operator(&top);
 }
 
 ParserStatus CompilerParser::Output_Operator(Operator* op) {
@@ -159,16 +156,15 @@ ParserStatus CompilerParser::Expression_Operator_Close_Elem(int flags) {
         top = operators.Top();
     }
     if (top)
-        delete operators.Pop();
+        (void)operators.Pop();
     else
         status = Report<Message::Bracket_Unopened>();
-    (void)subexpressions.Top();
-    std::unique_ptr<SubexpressionStatistic> index(subexpressions.Pop());
-    if (index->count != 1)
-        status = Report<Message::Operator_Count>(Too_Many_Or_Few(index->count));
-    if (index->kind != SUBEXPRESSION_BRACKET)
+    const SubexpressionStatistic index = subexpressions.Pop();
+    if (index.count != 1)
+        status = Report<Message::Operator_Count>(Too_Many_Or_Few(index.count));
+    if (index.kind != SUBEXPRESSION_BRACKET)
         status = Report<Message::Expected_Close_Bracket>();
-    Pass_On_Mixed_Type(*index);
+    Pass_On_Mixed_Type(index);
     if (!(flags & OPERATOR_BEFORE_DOT))
         Queue(Element_Opcode());
     return status;
@@ -228,16 +224,16 @@ ParserStatus CompilerParser::Close_Call() {
 ParserStatus CompilerParser::end_subexpression(int* count, int expected) {
     if (!subexpressions.Top())
         return Report<Message::Too_Many_Close_Parentheses>();
-    std::unique_ptr<SubexpressionStatistic> ended(subexpressions.Pop());
-    *count = ended->count;
+    const SubexpressionStatistic ended = subexpressions.Pop();
+    *count = ended.count;
     SubexpressionStatistic* outer = subexpressions.Top();
     if (expected != -1) {
-        if (ended->count != expected)
-            return Report<Message::Operator_Count>(ended->count < expected ? "many" : "few");
+        if (ended.count != expected)
+            return Report<Message::Operator_Count>(ended.count < expected ? "many" : "few");
         if (outer)
-            outer->count += ended->count;
+            outer->count += ended.count;
     }
-    Pass_On_Mixed_Type(*ended);
+    Pass_On_Mixed_Type(ended);
     if (!outer)
         return Report<Message::Too_Few_Operands>();
     return PARSER_OK;
@@ -249,7 +245,7 @@ ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int 
     Push_Statistic(SUBEXPRESSION_CALL); // gathers the finished arguments
     Push_Statistic(SUBEXPRESSION_CALL); // counts the current one
     open_calls.Push(New_Call(name, length));
-    operators.Push(new Operator{OPERATOR_CALL, priority_bias, 0, 0});
+    operators.Push({OPERATOR_CALL, priority_bias, 0, 0});
     priority_bias = Wrapping_Sum(priority_bias, call_bias);
     return PARSER_OK;
 }
