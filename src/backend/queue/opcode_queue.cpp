@@ -6,8 +6,6 @@
 #include "core/text_length.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 #include <utility>
 
 OpcodeQueue::OpcodeQueue(CompilerParser* parser, _OpcodeQueueType type) : parser(parser), type(type) {
@@ -27,11 +25,11 @@ OpcodeQueue* OpcodeQueue::Replace(OpcodeQueue* queue, _OpcodeQueueType wanted) {
     if (queue->type == wanted)
         return queue;
     OpcodeQueue* successor = std::exchange(queue->spare, nullptr);
-    if (successor)
-        successor->Renew();
+    if (successor && wanted == OPCODE_QUEUE_QUEUE)
+        static_cast<OpcodeQueueQueue*>(successor)->Renew();
     else if (wanted == OPCODE_QUEUE_QUEUE)
         successor = new OpcodeQueueQueue(queue->parser);
-    else
+    else if (!successor)
         successor = new OpcodeQueueOutput(queue->parser);
     successor->spare = queue;
     return successor;
@@ -87,9 +85,6 @@ void OpcodeQueueOutput::Queue_Variable_Instruction(int is_pop, int ident, Variab
 void OpcodeQueueOutput::Flush() {
 }
 
-void OpcodeQueueOutput::Renew() {
-}
-
 void QueuedOpcode::Output(CompilerParser* parser) {
     parser->Force_LineNo(line);
 }
@@ -130,17 +125,20 @@ void QueuedOpcode_Variable::Output(CompilerParser* parser) {
 }
 
 void Record_Memory::Take_All_Back() {
-    blocks.clear();
-    block_size = sizeof first_block;
-    free = first_block;
-    end = std::end(first_block);
+    if (current.owned) {
+        full.clear();
+        current = {nullptr, first_block, first_block};
+        limit = std::end(first_block);
+    }
+    current.end = current.begin;
 }
 
 void Record_Memory::Add_Block(std::size_t size) {
-    block_size = std::max(2 * block_size, size);
-    blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(block_size));
-    free = blocks.back().get();
-    end = free + block_size;
+    size = std::max(size, 2 * static_cast<std::size_t>(limit - current.begin));
+    auto block = std::make_unique_for_overwrite<std::byte[]>(size);
+    std::byte* const begin = block.get();
+    full.push_back(std::exchange(current, {std::move(block), begin, begin}));
+    limit = begin + size;
 }
 
 OpcodeQueueQueue::OpcodeQueueQueue(CompilerParser* parser) : OpcodeQueue(parser, OPCODE_QUEUE_QUEUE) {
@@ -153,68 +151,59 @@ void OpcodeQueueQueue::Clear_RHS() {
 }
 
 void OpcodeQueueQueue::Queue_Generated_Label(ParserLabelType type, int number) {
-    Append<QueuedOpcode_Label>(parser->Line(), type, number);
+    records.Append<QueuedOpcode_Label>(0, parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
-    Append<QueuedOpcode_With_Label>(opcode, parser->Line(), type, number);
+    records.Append<QueuedOpcode_With_Label>(0, opcode, parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
                                                              int immediate) {
-    Append<QueuedOpcode_With_Label_and_Immediate>(opcode, parser->Line(), type, number, immediate);
+    records.Append<QueuedOpcode_With_Label_and_Immediate>(0, opcode, parser->Line(), type, number, immediate);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, double value) {
-    Append<QueuedOpcode_Double>(opcode, parser->Line(), value);
+    records.Append<QueuedOpcode_Double>(0, opcode, parser->Line(), value);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
-    Append<QueuedOpcode_Integer>(opcode, parser->Line(), first, second);
+    records.Append<QueuedOpcode_Integer>(0, opcode, parser->Line(), first, second);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
     length = Text_Length(text, length);
-    char* copy = static_cast<char*>(memory.Take(static_cast<std::size_t>(length) + 1));
-    std::memcpy(copy, text, static_cast<std::size_t>(length));
-    copy[length] = '\0';
-    Append<QueuedOpcode_Text>(opcode, parser->Line(), copy, length, lower);
+    records.Append<QueuedOpcode_Text>(static_cast<std::size_t>(length) + 1, opcode, parser->Line(), text,
+                                      length, lower);
 }
 
 void OpcodeQueueQueue::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                                   int by_reference) {
-    Append<QueuedOpcode_Variable>(parser->Line(), is_pop, ident, scope, alias, by_reference);
+    records.Append<QueuedOpcode_Variable>(0, parser->Line(), is_pop, ident, scope, alias, by_reference);
 }
 
 void OpcodeQueueQueue::Flush() {
     if (!rhs)
         Make_Accesses_Writable();
-    for (QueuedOpcode* entry = first; entry;)
-        entry = parser->Output_Run(entry);
-    Delete_All();
+    records.For_Each_Block(
+        [&](QueuedOpcode* entry, const QueuedOpcode* end) {
+            while (entry != end)
+                entry = parser->Output_Run(entry, end);
+        },
+        true);
+    records.Take_All_Back();
     parser->Unforce_LineNo();
 }
 
 // One change anywhere makes every access writable, those included that have nothing to do with it.
 void OpcodeQueueQueue::Make_Accesses_Writable() {
-    for (QueuedOpcode* entry = first; entry; entry = entry->next)
-        entry->opcode = Writable_Access(entry->opcode);
+    records.For_Each_Block([](QueuedOpcode* entry, const QueuedOpcode* end) {
+        for (; entry != end; entry = entry->Next())
+            entry->opcode = Writable_Access(entry->opcode);
+    });
 }
 
 void OpcodeQueueQueue::Renew() {
-    Delete_All();
+    records.Take_All_Back();
     rhs = 1;
-}
-
-template <typename Record, typename... Fields>
-void OpcodeQueueQueue::Append(Fields... fields) {
-    QueuedOpcode* entry = new (memory.Take(sizeof(Record))) Record(fields...);
-    *link = entry;
-    link = &entry->next;
-}
-
-void OpcodeQueueQueue::Delete_All() {
-    first = nullptr;
-    link = &first;
-    memory.Take_All_Back();
 }

@@ -7,9 +7,11 @@
 #include "backend/instructions/opcode.h"
 #include "value/variable_scope.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <vector>
 
 class CompilerParser;
@@ -58,9 +60,6 @@ class OpcodeQueue {
     _OpcodeQueueType type;
 
   private:
-    // Back to the state of a new queue.
-    virtual void Renew() = 0;
-
     // The queue of the other type, owned; null while there was none. Without it a page of code takes at least
     // 6.3 % more instructions, counted as recycled_memory.h tells.
     OpcodeQueue* spare = nullptr;
@@ -83,53 +82,46 @@ class OpcodeQueueOutput : public OpcodeQueue {
     void Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                     int by_reference) override;
     void Flush() override;
-
-  private:
-    void Renew() override;
 };
 
-// What a back end may write by itself when it is handed a run of records.
-enum Plain_Operand : int {
-    PLAIN_NOT,    // nothing: the record makes its call
-    PLAIN_ALONE,  // the head of the row
-    PLAIN_NUMBER, // and QueuedOpcode_Integer::first
-    PLAIN_TEXT,   // and QueuedOpcode_Text::text, which is short and written as it is
+// The class of a record, as far as a back end may write it by itself.
+enum Queued_Kind : unsigned char {
+    QUEUED_CALL,    // whatever it is, it makes its call
+    QUEUED_NUMBERS, // QueuedOpcode_Integer
+    QUEUED_TEXT,    // QueuedOpcode_Text
 };
 
 // One call of a queue operation, with the line on which it was made. It lives in the memory of its queue,
 // which drops all of them at once: nothing that a record holds may need a destructor.
 class QueuedOpcode {
   public:
-    QueuedOpcode(int opcode, int line) : opcode(opcode), line(line) {}
-    QueuedOpcode(int opcode, int line, const Opcode_Info* row, Plain_Operand plain)
-        : opcode(opcode), line(line), row(row), plain(row ? plain : PLAIN_NOT) {}
+    QueuedOpcode(int opcode, int line, Queued_Kind kind = QUEUED_CALL)
+        : opcode(opcode), line(line), kind(kind) {}
     virtual ~QueuedOpcode() = default;
 
     // Makes the call on the back end, with the parser forced to the line of the record.
     virtual void Output(CompilerParser* parser);
 
+    // Where the next record starts, behind what belongs to this one.
+    QueuedOpcode* Next() {
+        return reinterpret_cast<QueuedOpcode*>(reinterpret_cast<std::byte*>(this) + size);
+    }
+
     int opcode; // 0 where the operation has none
     int line;
-    QueuedOpcode* next = nullptr;
-    const Opcode_Info* row = nullptr; // of a plain record
-    Plain_Operand plain = PLAIN_NOT;
+    unsigned size = 0; // set by the queue
+    Queued_Kind kind;
 };
 
 class QueuedOpcode_Integer : public QueuedOpcode {
   public:
     QueuedOpcode_Integer(int opcode, int line, int first, int second)
-        : QueuedOpcode_Integer(opcode, line, first, second, Find_Plain_Opcode(opcode)) {}
+        : QueuedOpcode(opcode, line, QUEUED_NUMBERS), first(first), second(second) {}
 
     void Output(CompilerParser* parser) override;
 
     int first;
     int second;
-
-  private:
-    QueuedOpcode_Integer(int opcode, int line, int first, int second, const Opcode_Info* row)
-        : QueuedOpcode(opcode, line, row,
-                       row && row->operands == Operand_Form::NONE ? PLAIN_ALONE : PLAIN_NUMBER),
-          first(first), second(second) {}
 };
 
 class QueuedOpcode_Double : public QueuedOpcode {
@@ -178,16 +170,13 @@ class QueuedOpcode_Label : public QueuedOpcode {
 
 class QueuedOpcode_Text : public QueuedOpcode {
   public:
-    // The text of a plain record is no longer than that.
-    static constexpr int plain_length = 12;
-
-    // The text is the queue's copy, with a final NUL.
-    QueuedOpcode_Text(int opcode, int line, const char* text, int length, int lower)
-        : QueuedOpcode(opcode, line,
-                       opcode == OPCODE_PUSHI && length <= plain_length && !lower ? &Opcode_Row(opcode)
-                                                                                  : nullptr,
-                       PLAIN_TEXT),
-          text(text), length(length), lower(lower) {}
+    // Copies the text, with a final NUL, to the place behind the record.
+    QueuedOpcode_Text(int opcode, int line, const char* source, int length, int lower)
+        : QueuedOpcode(opcode, line, QUEUED_TEXT), length(length), lower(lower) {
+        char* copy = reinterpret_cast<char*>(this + 1);
+        *std::copy_n(source, length, copy) = '\0';
+        text = copy;
+    }
 
     void Output(CompilerParser* parser) override;
 
@@ -211,30 +200,50 @@ class QueuedOpcode_Variable : public QueuedOpcode {
     int by_reference;
 };
 
-// The memory of the records of a queue. What fits into the first block costs no allocation; further blocks
-// grow, and go when the queue is emptied.
+// The records of a queue, one behind the other. What fits into the first block costs no allocation; further
+// blocks grow, and go when the queue is emptied.
 class Record_Memory {
   public:
-    void* Take(std::size_t size) {
-        size = (size + alignment - 1) / alignment * alignment;
-        if (static_cast<std::size_t>(end - free) < size) [[unlikely]]
+    // Makes a record with so many bytes behind it.
+    template <typename Record, typename... Fields>
+    void Append(std::size_t extra, Fields... fields) {
+        const std::size_t size = (sizeof(Record) + extra + alignment - 1) / alignment * alignment;
+        if (static_cast<std::size_t>(limit - current.end) < size) [[unlikely]]
             Add_Block(size);
-        void* const taken = free;
-        free += size;
-        return taken;
+        (new (current.end) Record(fields...))->size = size;
+        current.end += size;
+    }
+    // Calls the function with the first record of each block and the end of its last one. Records that are
+    // appended meanwhile are left out. With Discard a full block goes as soon as the function has had it.
+    template <typename Function>
+    void For_Each_Block(Function function, bool discard = false) {
+        for (std::size_t i = 0; i < full.size(); ++i) {
+            function(full[i].First(), full[i].Last_End());
+            if (discard)
+                full[i].owned.reset();
+        }
+        function(current.First(), current.Last_End());
     }
     void Take_All_Back();
 
   private:
-    static constexpr std::size_t alignment = alignof(double);
+    static constexpr std::size_t alignment = alignof(QueuedOpcode);
+
+    struct Block {
+        std::unique_ptr<std::byte[]> owned; // null for the first block
+        std::byte* begin;
+        std::byte* end; // of what is used
+
+        QueuedOpcode* First() const { return reinterpret_cast<QueuedOpcode*>(begin); }
+        QueuedOpcode* Last_End() const { return reinterpret_cast<QueuedOpcode*>(end); }
+    };
 
     void Add_Block(std::size_t size);
 
     alignas(alignment) std::byte first_block[4096];
-    std::byte* free = first_block;
-    std::byte* end = std::end(first_block);
-    std::vector<std::unique_ptr<std::byte[]>> blocks;
-    std::size_t block_size = sizeof first_block; // of the latest
+    std::vector<Block> full; // ahead of the current one
+    Block current{nullptr, first_block, first_block};
+    std::byte* limit = std::end(first_block); // of the current block
 };
 
 // Keeps the instructions of one expression until it is complete: only then is it known whether the expression
@@ -256,17 +265,13 @@ class OpcodeQueueQueue : public OpcodeQueue {
                                     int by_reference) override;
     void Flush() override;
 
+    // Back to the state of a new queue.
+    void Renew();
+
   private:
-    void Renew() override;
-
-    template <typename Record, typename... Fields>
-    void Append(Fields... fields);
     void Make_Accesses_Writable();
-    void Delete_All();
 
-    Record_Memory memory;
-    QueuedOpcode* first = nullptr;
-    QueuedOpcode** link = &first; // where the next record goes
+    Record_Memory records;
     int rhs = 1; // 1 while the expression is only read, 0 once something in it changes a value
 };
 

@@ -49,7 +49,7 @@ class FileCompilerParser : public CompilerParser {
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
     // The file about to be compiled is the last one.
     void Last_File() override;
-    QueuedOpcode* Output_Run(QueuedOpcode* first) override;
+    QueuedOpcode* Output_Run(QueuedOpcode* first, const QueuedOpcode* end) override;
     void Output_Pushed_Constant(int ident, int opcode) override;
 
     // Engine that brought each minor file version, by that version.

@@ -33,16 +33,32 @@ void Write_Plain(CompilerOutput* output, const Opcode_Info& row, int first) {
         item.Number(first);
 }
 
-char* Put_Plain(char* target, const QueuedOpcode& record) {
-    static_assert(Opcode_Info::head_size + QueuedOpcode_Text::plain_length <= Assembly_Item::plain_limit);
-    target = Assembly_Item::Put_Head(target, *record.row);
-    if (record.plain == PLAIN_NUMBER)
-        return Assembly_Item::Put_Number(target, static_cast<const QueuedOpcode_Integer&>(record).first);
-    if (record.plain == PLAIN_TEXT) {
+constexpr int longest_plain_number = 12;
+static_assert(Opcode_Info::head_size + longest_plain_number <= Assembly_Item::plain_limit);
+
+// The row of a record that is all plain text: a plain instruction, or a short number as it is spelled. Null
+// for all others.
+const Opcode_Info* Plain_Row(const QueuedOpcode& record) {
+    switch (record.kind) {
+    case QUEUED_NUMBERS: return Find_Plain_Opcode(record.opcode);
+    case QUEUED_TEXT: break;
+    case QUEUED_CALL: return nullptr;
+    }
+    const auto& pushed = static_cast<const QueuedOpcode_Text&>(record);
+    const bool plain =
+        pushed.opcode == OPCODE_PUSHI && pushed.length <= longest_plain_number && !pushed.lower;
+    return plain ? &Opcode_Row(OPCODE_PUSHI) : nullptr;
+}
+
+char* Put_Plain(char* target, const QueuedOpcode& record, const Opcode_Info& row) {
+    target = Assembly_Item::Put_Head(target, row);
+    if (record.kind == QUEUED_TEXT) {
         const auto& pushed = static_cast<const QueuedOpcode_Text&>(record);
         return std::copy_n(pushed.text, pushed.length, target);
     }
-    return target;
+    if (row.operands == Operand_Form::NONE)
+        return target;
+    return Assembly_Item::Put_Number(target, static_cast<const QueuedOpcode_Integer&>(record).first);
 }
 
 } // namespace
@@ -120,18 +136,21 @@ void FileCompilerParser::Output_Pushed_Constant(int ident, int opcode) {
 }
 
 // Plain records of one line go out together.
-QueuedOpcode* FileCompilerParser::Output_Run(QueuedOpcode* first) {
-    if (first->plain == PLAIN_NOT)
-        return CompilerParser::Output_Run(first);
+QueuedOpcode* FileCompilerParser::Output_Run(QueuedOpcode* first, const QueuedOpcode* end) {
+    const Opcode_Info* row = Plain_Row(*first);
+    if (!row)
+        return CompilerParser::Output_Run(first, end);
     const int line = first->line;
     Force_LineNo(line);
     QueuedOpcode* entry = first;
-    const auto goes_on = [&] { return entry && entry->plain != PLAIN_NOT && entry->line == line; };
-    while (goes_on()) {
+    while (row) {
         char* position = output->Reserve(CompilerOutput::item_limit);
         const char* const last_start = position + CompilerOutput::item_limit - Assembly_Item::plain_limit;
-        for (; position <= last_start && goes_on(); entry = entry->next)
-            position = Put_Plain(position, *entry);
+        while (row && position <= last_start) {
+            position = Put_Plain(position, *entry, *row);
+            entry = entry->Next();
+            row = entry != end && entry->line == line ? Plain_Row(*entry) : nullptr;
+        }
         output->Commit(position);
     }
     return entry;

@@ -43,8 +43,8 @@ int SilentCompilerParser::Output_Fragment(StringOutput*) {
 void SilentCompilerParser::Output_Directive_Quoted_String(const char*, int, ExpressionState) {
 }
 
-QueuedOpcode* SilentCompilerParser::Output_Run(QueuedOpcode* first) {
-    return CompilerParser::Output_Run(first);
+QueuedOpcode* SilentCompilerParser::Output_Run(QueuedOpcode* first, const QueuedOpcode* end) {
+    return CompilerParser::Output_Run(first, end);
 }
 
 void SilentCompilerParser::Output_Pushed_Constant(int ident, int opcode) {

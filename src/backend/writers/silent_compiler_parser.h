@@ -30,7 +30,7 @@ class SilentCompilerParser : public FileCompilerParser {
     int Output_Fragment(StringOutput* fragment) override;
     void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) override;
     // One instruction at a time, for the descendants that look at each.
-    QueuedOpcode* Output_Run(QueuedOpcode* first) override;
+    QueuedOpcode* Output_Run(QueuedOpcode* first, const QueuedOpcode* end) override;
     void Output_Pushed_Constant(int ident, int opcode) override;
 };
 

@@ -65,9 +65,9 @@ void CompilerParser::Flush_Opcode_Queue() {
     complete->Flush();
 }
 
-QueuedOpcode* CompilerParser::Output_Run(QueuedOpcode* first) {
+QueuedOpcode* CompilerParser::Output_Run(QueuedOpcode* first, const QueuedOpcode*) {
     first->Output(this);
-    return first->next;
+    return first->Next();
 }
 
 void CompilerParser::Output_Pushed_Constant(int ident, int opcode) {

@@ -185,9 +185,9 @@ class CompilerParser : public Parser {
     virtual int Output_Fragment(StringOutput* fragment) = 0;
     virtual void Output_Directive_Quoted_String(const char* text, int length, ExpressionState state) = 0;
     virtual void Last_File();
-    // Writes the record, and as many as it can of those behind it; answers the first that is left. A back end
-    // that writes plain records by itself forces their line first.
-    virtual QueuedOpcode* Output_Run(QueuedOpcode* first);
+    // Writes the record, and as many as it can of those behind it up to end; answers the first that is left.
+    // A back end that writes plain records by itself forces their line first.
+    virtual QueuedOpcode* Output_Run(QueuedOpcode* first, const QueuedOpcode* end);
     // Writes pushc and, behind it, an instruction without operands.
     virtual void Output_Pushed_Constant(int ident, int opcode);
 
