@@ -21,9 +21,11 @@ template <class T>
 class Recycled_Memory {
   public:
     static void* Take() {
-        if (!kept)
+        if (kept)
+            return std::exchange(kept, kept->next);
+        if (fresh == fresh_end)
             Take_Block();
-        return std::exchange(kept, kept->next);
+        return fresh++;
     }
     static void Give_Back(void* memory) {
         if (memory)
@@ -37,11 +39,12 @@ class Recycled_Memory {
     };
     static constexpr int cells_of_block = 256;
     static inline Cell* kept = nullptr;
+    static inline Cell* fresh = nullptr; // the rest of the last block, not touched yet
+    static inline Cell* fresh_end = nullptr;
 
     static void Take_Block() {
-        auto* cells = static_cast<Cell*>(::operator new(cells_of_block * sizeof(Cell)));
-        for (int i = cells_of_block; i > 0;)
-            Give_Back(cells + --i);
+        fresh = static_cast<Cell*>(::operator new(cells_of_block * sizeof(Cell)));
+        fresh_end = fresh + cells_of_block;
     }
 };
 
