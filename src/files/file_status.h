@@ -26,10 +26,16 @@ class File_Stamp {
         return !S_ISCHR(status.st_mode) || status.st_rdev != makedev(1, 3);
     }
 
+    bool Is(const struct stat& file) const { return is_known && Same_File(status, file); }
+
     // Whether the path leads to another file now, or the file has been written to.
     bool Is_Changed(const char* path) const {
         struct stat now;
-        if (!is_known || !S_ISREG(status.st_mode) || stat(path, &now) != 0)
+        return stat(path, &now) == 0 && Is_Changed(now);
+    }
+    // The same for what has been found now.
+    bool Is_Changed(const struct stat& now) const {
+        if (!is_known || !S_ISREG(status.st_mode))
             return false;
         return !Same_File(status, now) || status.st_size != now.st_size ||
                status.st_mtim.tv_sec != now.st_mtim.tv_sec || status.st_mtim.tv_nsec != now.st_mtim.tv_nsec;

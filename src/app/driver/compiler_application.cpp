@@ -162,8 +162,9 @@ void CompilerApplication::Source_Error(const String& path, const char* reason) {
     Path_Error("read", path.text(), reason);
 }
 
-bool CompilerApplication::Is_Output(const char* path) const {
-    return output_file && Same_File(output_path, path);
+bool CompilerApplication::Is_Output(const File_Stamp& file) const {
+    struct stat output;
+    return output_file && output_file->Stat(&output) && file.Is(output);
 }
 
 // A device or a pipe that -o names is not the run's own and stays. A file is emptied first: under other

@@ -10,6 +10,7 @@
 class ExternalCallManager;
 class File;
 class FileCompilerParser;
+class File_Stamp;
 class FileOutput;
 
 // Bits of the pedantic checks; the order of their keywords on the command line.
@@ -61,8 +62,8 @@ class CompilerApplication : public ConsoleApplication {
 
     // Prints that a source can't be relied on.
     void Source_Error(const String& path, const char* reason);
-    // Whether the path leads to the output of this run.
-    bool Is_Output(const char* path) const;
+    // Whether it tells of the output of this run.
+    bool Is_Output(const File_Stamp& file) const;
 
     // Hands over the parser of the last run, with all tables that it has made; null without one, and when its
     // end was part of the run. It may be deleted as long as the application lives.

@@ -13,6 +13,10 @@
 #include <cstring>
 #include <memory>
 
+namespace {
+constexpr const char* is_the_output = "it is the output";
+}
+
 // INTERPRET holds for one tag only.
 ParserStatus CompilerParser::Open_Include(int) {
     include_interpret = 1;
@@ -29,8 +33,6 @@ ParserStatus CompilerParser::Generate_Include(int) {
     // The current file is not among them: one that includes itself is met at the second nesting.
     if (Is_Suspended(name))
         return Fatal<Message::Include_Recursive>();
-    if (application->Is_Output(name.text()))
-        return Report<Message::Include_Not_Opened>(name, "it is the output");
     return include_interpret ? Include_Source(name) : Include_Text(name);
 }
 
@@ -38,6 +40,8 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
     auto included = std::make_unique<Tokenizer>(application->filemanager());
     if (!included->Open(name))
         return Report<Message::Include_Not_Opened>(name, included->lasterror);
+    if (application->Is_Output(included->Opened()))
+        return Report<Message::Include_Not_Opened>(name, is_the_output);
     Enter_Included_File(included.release());
     return Start_Of_File();
 }
@@ -45,6 +49,8 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
 ParserStatus CompilerParser::Include_Text(const String& name) {
     FileManager* manager = application->filemanager();
     const File_Stamp stamp(name.text());
+    if (application->Is_Output(stamp))
+        return Report<Message::Include_Not_Opened>(name, is_the_output);
     if (stamp.Is_Stream())
         return Report<Message::Include_Not_Opened>(name, std::strerror(ESPIPE));
     std::unique_ptr<File> file(manager->Open(name.text(), FILE_MODE_READ));

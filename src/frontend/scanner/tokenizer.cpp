@@ -175,7 +175,8 @@ bool Tokenizer::File_Activate() {
     }
     if (!Map_File())
         return false;
-    if (!File_Changed())
+    struct stat now;
+    if (!file->Stat(&now) || !opened.Is_Changed(now))
         return true;
     lasterror = file_changed;
     Use_No_Text();

@@ -82,6 +82,8 @@ class Tokenizer {
     [[nodiscard]] bool File_Activate();
     // Gives the file and its mapping up while an included file is read.
     void File_Deactivate();
+    // What the path led to when it was opened.
+    const File_Stamp& Opened() const { return opened; }
     // Whether the file is no longer the one that was opened; what has been read may be of both.
     bool File_Changed() const { return file && opened.Is_Changed(filename.text()); }
 
