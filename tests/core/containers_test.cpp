@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -42,14 +43,13 @@ TEST(Containers, Owners_Delete_What_They_Discard) {
             EXPECT_EQ(list.Entries(), 0);
             list.Insert(made("a"), LIST_LAST);
             list.Insert(nullptr, LIST_LAST);
-            table.Insert(made("a"));
-            table.Insert(made("b"));
-            const std::unique_ptr<Word> removed(table.Remove("b", -1));
-            for (int i = 0; i < 3; ++i)
-                stack.Push(made("a"));
+            for (const char* key : {"a", "b", "c"}) {
+                table.Insert(made(key));
+                stack.Push(made(key));
+            }
             stack.Peek();
-            const std::unique_ptr<Word> popped(stack.Pop()); // what stood above is gone
-            EXPECT_EQ(held.use_count(), 7);
+            const std::unique_ptr<Word> removed(table.Remove("b", -1)), popped(stack.Pop());
+            EXPECT_EQ(held.use_count(), 8); // what stood above is gone
         }
     }
     EXPECT_EQ(held.use_count(), 1);
@@ -69,10 +69,10 @@ struct Watched_Tree : SplayTree<int, int> {
 // Users' data depend on what a removal leaves, and so on every rotation ahead of it.
 TEST(SplayTree, Shapes_That_Searches_And_Removals_Leave) {
     int numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
-    const std::string cases[][2] = {
+    const std::pair<std::string, std::string> cases[] = {
         // Digits are inserted, then searched behind '?' and removed behind '-'. Ascending keys hang to the
-        // left; a
-        // search folds its path to half the length; of equal keys the new one comes behind.
+        // left;
+        // a search folds its path to half the length; of equal keys the new one comes behind.
         // clang-format off
         {"1234567", "(((((((1)2)3)4)5)6)7)"}, {"1234567?1", "(1(((2(3))4(5))6(7)))"},
         {"7654321?7", "(((1)2((3)4((5)6)))7)"}, {"12?0", "(1(2))"}, {"21?3", "((1)2)"}, {"575", "((5)5(7))"},
@@ -87,21 +87,19 @@ TEST(SplayTree, Shapes_That_Searches_And_Removals_Leave) {
     for (const auto& [script, shape] : cases) {
         Watched_Tree tree(0);
         char operation = '+';
-        for (const char c : script) {
-            int* const e = &numbers[c % 8];
-            if (!std::isdigit(c))
-                operation = c;
-            else if (operation == '+')
-                tree.Insert(e);
-            else
-                operation == '?' ? tree.Find(*e) : tree.Remove(*e);
-        }
+        for (const char c : script)
+            switch (int* const e = &numbers[c % 8]; std::isdigit(c) ? operation : 0) {
+            case '+': tree.Insert(e); break;
+            case '?': tree.Find(*e); break;
+            case '-': tree.Remove(*e); break;
+            default: operation = c;
+            }
         EXPECT_EQ(tree.Shape(), shape) << script;
     }
 }
 
-// Both sides of the limit between the walks by recursion, which copy in the order of keys, and those by a
-// stack, which copy the root, then what is right of it, then what is left; and a shape too deep to recurse.
+// On both sides of the limit between the walks by recursion, which copy in the order of keys, and those by a
+// stack, which copy the root, then what is right of it, then what is left; and too deep to recurse.
 TEST(SplayTree, Walks_Trees_Of_Any_Size) {
     for (const int size : {0, 1, 99, 100, 400000}) {
         Watched_Tree tree(1);
@@ -113,17 +111,16 @@ TEST(SplayTree, Walks_Trees_Of_Any_Size) {
         if (size == 99 || size == 100) {
             EXPECT_EQ(copy.Root(), size == 99 ? 98 : 0); // what was copied last
         }
-        for (const Watched_Tree* walked : {&tree, &copy}) {
+        for (Watched_Tree* walked : {&tree, &copy}) { // the copy's elements are its own
             List<int> list(0);
             walked->AppendToList(list);
             int k = 0;
             for (int* e = list.First(); e; e = list.Next())
                 ASSERT_EQ(*e, k++);
             EXPECT_EQ(k, size);
-            if (walked == &tree)
-                tree.Dump(); // the copy's elements are its own
+            walked->Dump();
+            EXPECT_EQ(walked->Entries(), 0);
         }
-        EXPECT_EQ(tree.Entries(), 0);
     }
     int shared = 5;
     Watched_Tree guest(0);
