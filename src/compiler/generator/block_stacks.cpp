@@ -28,7 +28,7 @@ ParserStatus CompilerParser::Jump_In_Block(int tag) {
 
 int CompilerParser::Open_Block(Stack<Resolution_Info>* stack) {
     const int label = Take_Label();
-    stack->Push(new Resolution_Info(label, Linenumber(), Shared_File()));
+    stack->Push(new Resolution_Info(label, Linenumber(), Source_Name()));
     return label;
 }
 
@@ -51,7 +51,7 @@ ParserStatus CompilerParser::Check_State_Empty(Stack<Resolution_Info>* stack, co
                                                ParserStatus status) {
     while (stack->Top()) {
         const std::unique_ptr<Resolution_Info> block(stack->Pop());
-        Note_At<Message::Block_Unclosed>(block->line, block->file.get(), tag_word, tag_word);
+        Note_At<Message::Block_Unclosed>(block->line, block->file, tag_word, tag_word);
         status = PARSER_ERROR;
     }
     return status;
@@ -61,7 +61,7 @@ ParserStatus CompilerParser::Check_State_Empty(Stack<Ifdef_Resolution_Info>* sta
     while (stack->Top()) {
         const std::unique_ptr<Ifdef_Resolution_Info> block(stack->Pop());
         const char* tag_word = Tag_Word(block->negated ? Tag::Ifndef : Tag::Ifdef);
-        Note_At<Message::Block_Unclosed>(block->line, block->file.get(), tag_word, tag_word);
+        Note_At<Message::Block_Unclosed>(block->line, block->file, tag_word, tag_word);
         status = PARSER_ERROR;
     }
     return status;

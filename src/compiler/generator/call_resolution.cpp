@@ -19,7 +19,7 @@ ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
 const Function_Resolution_Info* CompilerParser::Definition_Of(Function_Resolution_Info* call) {
     Function_Resolution_Info* first = call->First();
     if (!first->definition)
-        first->definition = defined_functions.Find(first->Name().text(), first->Name().length());
+        first->definition = defined_functions.Find(first->name.text(), first->name.length());
     return first->definition;
 }
 
@@ -30,39 +30,39 @@ const Function_Resolution_Info* CompilerParser::Definition_Of(Function_Resolutio
 ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
     int expected = 0;
     bool mismatched = false;
-    for (Function_Resolution_Info* call = call_list.First(); call; call = call_list.Next()) {
-        const String& name = call->Name();
-        if (const Function_Resolution_Info* definition = Definition_Of(call)) {
+    for (const Function_Call& call : call_list) {
+        const String& name = call.function->name;
+        if (const Function_Resolution_Info* definition = Definition_Of(call.function)) {
             expected = definition->parameters;
         } else if (ExternalCall* external = Find_External(external_calls, name)) {
             expected = external->record->parameter_count;
         } else if (!unresolved_functions.Find(name.text(), name.length())) {
-            expected = call->parameters;
+            expected = call.parameters;
             status = Declare_Unresolved_Function(call);
         }
         if (status != PARSER_OK && !mismatched)
             continue;
-        if (call->parameters != expected) {
+        if (call.parameters != expected) {
             mismatched = true;
-            status = Report_At<Message::Function_Arity>(call->line, call->file.get(), name, expected,
-                                                        call->parameters);
+            status =
+                Report_At<Message::Function_Arity>(call.line, call.file, name, expected, call.parameters);
         }
     }
     return status;
 }
 
 // The stub of an undefined function numbers its parameters from 1.
-ParserStatus CompilerParser::Declare_Unresolved_Function(Function_Resolution_Info* call) {
-    unresolved_functions.Insert(call);
-    Generate_Function_Directive(call->Name().text(), call->Name().length(), FUNCTION_UNRESOLVED, -1, -1,
-                                ACCESS_UNSET);
-    for (int number = 1; number <= call->parameters; ++number) {
+ParserStatus CompilerParser::Declare_Unresolved_Function(const Function_Call& call) {
+    const String& called = call.function->name;
+    unresolved_functions.Insert(call.function);
+    Generate_Function_Directive(called.text(), called.length(), FUNCTION_UNRESOLVED, -1, -1, ACCESS_UNSET);
+    for (int number = 1; number <= call.parameters; ++number) {
         char name[sizeof "param" + 10] = "param";
         char* end = std::to_chars(name + sizeof "param" - 1, std::end(name), number).ptr;
         Output_Parameter_Directive(name, static_cast<int>(end - name), number, 1);
     }
     Output_End_Function_Directive();
-    return Report_At<Message::Function_Undefined>(call->line, call->file.get(), call->Name());
+    return Report_At<Message::Function_Undefined>(call.line, call.file, called);
 }
 
 // Walks what was called, calls that stand only in filters included.
@@ -70,7 +70,7 @@ void CompilerParser::Declare_External_Functions() {
     for (Function_Resolution_Info* call = called_functions.First(); call; call = called_functions.Next()) {
         if (Definition_Of(call))
             continue;
-        const String& name = call->Name();
+        const String& name = call->name;
         ExternalCall* external = Find_External(external_calls, name);
         if (!external)
             continue;

@@ -14,7 +14,6 @@
 #include "compiler/records/constant_table.h"
 #include "compiler/records/resolution_info.h"
 #include "core/hash_table.h"
-#include "core/list.h"
 #include "core/stack.h"
 #include "frontend/scanner/attribute_lookup.h"
 #include "frontend/scanner/operator_lookup.h"
@@ -25,11 +24,14 @@
 #include "value/variable.h"
 
 #include <array>
+#include <deque>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 class CompilerOutput;
 class ExternalCallManager;
@@ -234,7 +236,8 @@ class CompilerParser : public Parser {
 
     // source_frame.cpp
     const String* Current_File() const;
-    const Shared_Name& Shared_File(); // the same for records
+    const String* Source_Name(); // the same for records, which it outlives
+    int Source_Constant();       // its number
     void Set_File_Ident(std::string_view file);
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);
@@ -243,7 +246,7 @@ class CompilerParser : public Parser {
     // call_resolution.cpp
     const Function_Resolution_Info* Definition_Of(Function_Resolution_Info* call); // null when there is none
     ParserStatus Resolve_Calls(ParserStatus status);
-    ParserStatus Declare_Unresolved_Function(Function_Resolution_Info* call);
+    ParserStatus Declare_Unresolved_Function(const Function_Call& call);
     void Declare_External_Functions();
     void Generate_Function_Directive(const char* name, int length, int kind, int stdout_level,
                                      int error_level, int access);
@@ -286,9 +289,11 @@ class CompilerParser : public Parser {
     void Queue_Value_Copy();
 
     // function_calls.cpp
-    Function_Resolution_Info* New_Call(const char* name, int length);
+    Function_Resolution_Info* Find_Called(const char* name, int length);
+    void Open_Call(const char* name, int length);
     ParserStatus Output_Pending_Call();
-    ParserStatus Record_Call(Function_Resolution_Info* call);
+    ParserStatus Record_Call(Pending_Call& call);
+    void Record_Spelling(Pending_Call& call);
 
     // What a tag does at one of its events. The id comes along because current_tag is -1 while a closing
     // tag is handled.
@@ -527,15 +532,14 @@ class CompilerParser : public Parser {
     Value_Stack<Operator> operators;
 
     // Functions.
-    // Every call; owns the records.
-    HashTable<Function_Resolution_Info> referenced_functions{1, 1, table_bucket_bits, table_initial_slots};
+    Function_Records referenced_functions; // every spelling called
     // The first call of each name.
     HashTable<Function_Resolution_Info> called_functions{0, 1, table_bucket_bits, table_initial_slots};
     // Those that were reported as undefined.
     HashTable<Function_Resolution_Info> unresolved_functions{0, 1, table_bucket_bits, table_initial_slots};
     HashTable<Function_Resolution_Info> defined_functions{1, 1, table_bucket_bits, table_initial_slots};
-    Stack<Function_Resolution_Info> open_calls{1}; // closing parenthesis still to come
-    List<Function_Resolution_Info> call_list{0};   // in source order
+    std::vector<Pending_Call> open_calls;
+    std::deque<Function_Call> call_list; // in source order
 
     // Open blocks.
     int next_label = 1;
@@ -580,10 +584,13 @@ class CompilerParser : public Parser {
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
     std::string scratch_name;                    // the last one made, for its room
-    Shared_Name shared_file{nullptr};            // the current file's name, as the last record had it
+    std::map<std::string, String> source_names;  // of records
+    const String* source_name = nullptr;         // the current file's among them, null while not asked for
+    int source_constant = -1;                    // of the current file's name, -1 while not asked for
 
     // Of the tables that are never emptied.
     Recent_Names recent_globals;
+    Recent_Names recent_calls; // places in referenced_functions
     // One more than the number of each constant of one byte, 0 for none. Without it a page of code takes
     // 2.1 % more instructions, counted as recycled_memory.h tells.
     std::array<int, 256> byte_constants{};

@@ -28,7 +28,7 @@ ParserStatus CompilerParser::Process_IFDEF(int tag) {
     const bool defined = application && application->Is_Defined(name ? name : "", length);
     const bool enclosed_by_false = Inside_False_Block();
     const bool generating = defined != negated && !enclosed_by_false;
-    ifdef_stack.Push(new Ifdef_Resolution_Info(Linenumber(), Shared_File(), generating, negated));
+    ifdef_stack.Push(new Ifdef_Resolution_Info(Linenumber(), Source_Name(), generating, negated));
     if (generating || enclosed_by_false)
         return PARSER_OK;
     Suspend_Generation();

@@ -5,7 +5,7 @@
 #include "backend/instructions/engine_version.h"
 #include "frontend/scanner/operator_lookup.h"
 
-FilterParser::FilterParser(CompilerParser* parent, HashTable<Function_Resolution_Info>* names,
+FilterParser::FilterParser(CompilerParser* parent, Function_Records* names,
                            HashTable<Function_Resolution_Info>* calls)
     : CompilerParser(nullptr, nullptr, nullptr, -1, -1, START_EXPRESSION, nullptr, nullptr, nullptr),
       parent(parent), names(names), calls(calls) {
@@ -23,9 +23,9 @@ ParserStatus FilterParser::Expression_Operator(int id, int priority, int operand
 ParserStatus FilterParser::Expression_StartFunctionCall(const char* name, int length, int dynamic) {
     const ParserStatus status = CompilerParser::Expression_StartFunctionCall(name, length, dynamic);
     if (!dynamic && status == PARSER_OK && !calls->Find(name, length)) {
-        auto* call = new Function_Resolution_Info(-1, name, length, Shared_File());
+        auto* call = new Function_Resolution_Info(-1, name, length, nullptr);
+        names->Keep(call);
         calls->Insert(call);
-        names->Insert(call);
     }
     return status;
 }

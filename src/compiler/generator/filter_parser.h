@@ -12,8 +12,7 @@
 // The parent makes one at its first check and owns it; Set_Tokenizer gives it the next text.
 class FilterParser : public CompilerParser {
   public:
-    FilterParser(CompilerParser* parent, HashTable<Function_Resolution_Info>* names,
-                 HashTable<Function_Resolution_Info>* calls);
+    FilterParser(CompilerParser* parent, Function_Records* names, HashTable<Function_Resolution_Info>* calls);
 
     ParserStatus Expression_Operator(int id, int priority, int operands, int type, int flags) override;
     ParserStatus Expression_StartFunctionCall(const char* name, int length, int dynamic) override;
@@ -52,8 +51,9 @@ class FilterParser : public CompilerParser {
 
   private:
     CompilerParser* parent;
-    HashTable<Function_Resolution_Info>* names; // every call of the parent; owns the records
-    HashTable<Function_Resolution_Info>* calls; // the first call of each name
+    // Of the parent: the records of calls, and the first call of each name.
+    Function_Records* names;
+    HashTable<Function_Resolution_Info>* calls;
 };
 
 #endif

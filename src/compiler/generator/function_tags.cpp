@@ -51,7 +51,7 @@ ParserStatus CompilerParser::Generate_Function(int) {
     if (!Generating())
         return Discard_Function(name);
     const int length = Length_Of(name);
-    auto made = std::make_unique<Function_Resolution_Info>(Linenumber(), name.data(), length, Shared_File());
+    auto made = std::make_unique<Function_Resolution_Info>(Linenumber(), name.data(), length, Source_Name());
     if (defined_functions.Find_Or_Insert(made.get()) != made.get())
         return Report<Message::Function_Redefined>(name);
     Function_Resolution_Info* definition = made.release(); // the table's now

@@ -29,7 +29,7 @@ ParserStatus CompilerParser::Generate_If(int tag) {
         chain = before->chain == no_chain ? before->label : before->chain;
     }
     const int label = Take_Label();
-    if_stack.Push(new If_Resolution_Info(label, Linenumber(), Shared_File(), chain));
+    if_stack.Push(new If_Resolution_Info(label, Linenumber(), Source_Name(), chain));
     opcode_queue->Queue_Opcode_With_Label(OPCODE_JMP_EQ, LABEL_START, label);
     return PARSER_OK;
 }

@@ -38,7 +38,7 @@ ParserStatus CompilerParser::Generate_Smtp(int tag) {
         return Report<Message::Smtp_Requires_From>();
     const int label = Take_Label();
     (void)attribute_values->Output_SMTP(label); // a version report stands by itself
-    smtp_block = std::make_unique<Resolution_Info>(label, Linenumber(), Shared_File());
+    smtp_block = std::make_unique<Resolution_Info>(label, Linenumber(), Source_Name());
     return PARSER_OK;
 }
 

@@ -131,7 +131,7 @@ ParserStatus CompilerParser::Output_Operator(Operator* op) {
 // A name that is written to, and an argument that may be passed by reference, need access that can create
 // elements.
 bool CompilerParser::Needs_Writable_Access() {
-    return expression_type == ATTREXPR_TARGET || open_calls.Top();
+    return expression_type == ATTREXPR_TARGET || !open_calls.empty();
 }
 
 int CompilerParser::Element_Opcode() {
@@ -213,8 +213,8 @@ ParserStatus CompilerParser::Close_Call() {
         return Report<Message::Operator_Count>(last < 0 ? "many" : "few");
     int earlier = 0;
     const ParserStatus status = end_subexpression(&earlier, -1);
-    if (Function_Resolution_Info* call = open_calls.Top())
-        call->parameters = earlier + last;
+    if (!open_calls.empty())
+        open_calls.back().parameters = earlier + last;
     Count_Value();
     priority_bias = Wrapping_Sum(priority_bias, -call_bias);
     const ParserStatus flush_status = Flush_Operator_Queue_Until(OPERATOR_CALL);
@@ -244,7 +244,7 @@ ParserStatus CompilerParser::Expression_StartFunctionCall(const char* name, int 
         return Push_Dynamic_Call(name, length);
     Push_Statistic(SUBEXPRESSION_CALL); // gathers the finished arguments
     Push_Statistic(SUBEXPRESSION_CALL); // counts the current one
-    open_calls.Push(New_Call(name, length));
+    Open_Call(name, length);
     operators.Push({OPERATOR_CALL, priority_bias, 0, 0});
     priority_bias = Wrapping_Sum(priority_bias, call_bias);
     return PARSER_OK;

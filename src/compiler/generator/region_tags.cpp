@@ -25,7 +25,7 @@ ParserStatus CompilerParser::Generate_Capture(int) {
     Queue(OPCODE_CAPTURE);
     status = Output_Version(file_version_major, FILE_VERSION_CAPTURE);
     capture_stack.Push(
-        new Capture_Resolution_Info(next_label, Linenumber(), Shared_File(), saved_capture_flags));
+        new Capture_Resolution_Info(next_label, Linenumber(), Source_Name(), saved_capture_flags));
     return status;
 }
 
@@ -46,7 +46,7 @@ ParserStatus CompilerParser::Generate_Lockfile(int tag) {
     if (!Is_Given<Tag::Lockfile, Attribute::File>())
         return Report<Message::Lockfile_Requires_File>();
     attribute_values->Output(Slots(tag), 0);
-    lockfile_stack.Push(new Resolution_Info(next_label, Linenumber(), Shared_File()));
+    lockfile_stack.Push(new Resolution_Info(next_label, Linenumber(), Source_Name()));
     Queue(OPCODE_LOCKFILE);
     return PARSER_OK;
 }
@@ -65,7 +65,7 @@ ParserStatus CompilerParser::Generate_Asynchronous(int tag) {
     if (async_block)
         return Report<Message::Block_Nested>(Tag_Word(tag));
     const int label = Take_Label();
-    async_block = std::make_unique<Resolution_Info>(label, Linenumber(), Shared_File());
+    async_block = std::make_unique<Resolution_Info>(label, Linenumber(), Source_Name());
     if (!Is_Given<Tag::Asynchronous, Attribute::Isolation>()) {
         const ParserStatus status = Output_Version(file_version_major, FILE_VERSION_ASYNCHRONOUS);
         opcode_queue->Queue_Opcode_With_Label(OPCODE_ASYNC, LABEL_END, label);

@@ -16,6 +16,8 @@ ParserStatus CompilerParser::Start_Of_File() {
 
 void CompilerParser::Set_File_Ident(std::string_view file) {
     digested_file = file;
+    source_name = nullptr;
+    source_constant = -1;
     unsigned char digest[16];
     MD5Encoder().Encode(reinterpret_cast<const unsigned char*>(file.data()),
                         static_cast<unsigned>(file.size()), digest);
@@ -23,19 +25,29 @@ void CompilerParser::Set_File_Ident(std::string_view file) {
 }
 
 void CompilerParser::Queue_Source_File() {
+    Queue(OPCODE_SOURCEFILE, Source_Constant());
+}
+
+int CompilerParser::Source_Constant() {
+    if (source_constant != -1 && Generating())
+        return source_constant;
     const String* file = Current_File();
     const int ident = Generate_String_Directive(file->text(), file->length(), EXPRESSION_STATE_TEXT);
-    Queue(OPCODE_SOURCEFILE, ident);
+    if (Generating())
+        source_constant = ident;
+    return ident;
 }
 
 const String* CompilerParser::Current_File() const {
     return &tokenizer->filename;
 }
 
-const Shared_Name& CompilerParser::Shared_File() {
-    if (shared_file.get()->view() != Current_File()->view())
-        shared_file = Shared_Name(Current_File());
-    return shared_file;
+const String* CompilerParser::Source_Name() {
+    if (!source_name) {
+        const String& file = *Current_File();
+        source_name = &source_names.try_emplace(std::string(file.view()), file).first->second;
+    }
+    return source_name;
 }
 
 ParserStatus CompilerParser::End_Of_File(ParserStatus status) {
@@ -67,8 +79,7 @@ ParserStatus CompilerParser::Check_Open_Blocks(ParserStatus status) {
 ParserStatus CompilerParser::Check_Single_Block(const Resolution_Info* block, int tag, ParserStatus status) {
     if (!block)
         return status;
-    return Report_At<Message::Single_Block_Unclosed>(block->line, block->file.get(), Tag_Word(tag),
-                                                     Tag_Word(tag));
+    return Report_At<Message::Single_Block_Unclosed>(block->line, block->file, Tag_Word(tag), Tag_Word(tag));
 }
 
 void CompilerParser::Output_LineNo() {

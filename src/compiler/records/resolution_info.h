@@ -8,35 +8,25 @@
 
 #include <memory>
 #include <string_view>
-
-// The name of a source file, of which all records of the file have the same copy.
-class Shared_Name {
-  public:
-    // Copies the name, which may be null.
-    Shared_Name(const String* name) : name(std::make_shared<const String>(name ? *name : String())) {}
-
-    const String* get() const { return name.get(); }
-
-  private:
-    std::shared_ptr<const String> name;
-};
+#include <vector>
 
 // A block that a tag has opened and none has closed yet. The stack of its family owns it.
 class Resolution_Info {
   public:
-    Resolution_Info(int label, int line, Shared_Name file);
+    // The name of the file has to live as long as the record; it may be null.
+    Resolution_Info(int label, int line, const String* file);
     virtual ~Resolution_Info();
     Resolution_Info(const Resolution_Info&) = delete;
     Resolution_Info& operator=(const Resolution_Info&) = delete;
 
     int label; // number of the block's labels, 0 where the block takes none
     int line;  // source line of the opening tag
-    Shared_Name file;
+    const String* file;
 };
 
 class If_Resolution_Info : public Resolution_Info {
   public:
-    If_Resolution_Info(int label, int line, Shared_Name file, int chain);
+    If_Resolution_Info(int label, int line, const String* file, int chain);
 
     // Notes the use of the else clause; 1 when it was used before.
     int Set_Else_Used();
@@ -47,7 +37,7 @@ class If_Resolution_Info : public Resolution_Info {
 
 class Ifdef_Resolution_Info : public Resolution_Info {
   public:
-    Ifdef_Resolution_Info(int line, Shared_Name file, int generating, int negated);
+    Ifdef_Resolution_Info(int line, const String* file, int generating, int negated);
 
     int generating; // 1 when this condition and those of all enclosing blocks hold
     int negated;    // 1 for TnIFNDEF
@@ -55,41 +45,67 @@ class Ifdef_Resolution_Info : public Resolution_Info {
 
 class Capture_Resolution_Info : public Resolution_Info {
   public:
-    Capture_Resolution_Info(int label, int line, Shared_Name file, int saved_flags);
+    Capture_Resolution_Info(int label, int line, const String* file, int saved_flags);
 
     int saved_flags; // output flags to go back to, -1 when the tag changed none
 };
 
-// A function: its definition, or one call of it. There may be a million calls, so that their records share
-// what they can.
+// A function: its definition, or the first call of it under one spelling.
 class Function_Resolution_Info final : public Resolution_Info {
   public:
     // A length of -1 takes the name up to its NUL.
-    // Another call of the same function may be given, of which the name is kept when it is spelled so.
-    Function_Resolution_Info(int line, const char* name, int length, Shared_Name file,
-                             Function_Resolution_Info* first = nullptr);
+    Function_Resolution_Info(int line, const char* name, int length, const String* file);
 
     static void* operator new(std::size_t) { return Recycled_Memory<Function_Resolution_Info>::Take(); }
     static void operator delete(void* memory) {
         Recycled_Memory<Function_Resolution_Info>::Give_Back(memory);
     }
 
-    // As the source has it.
-    const String& Name() const { return first && !own_name.capacity() ? first->own_name : own_name; }
-    // The record that stands for all calls of the function.
+    // The record of a call that stands for all spellings of the name.
     Function_Resolution_Info* First() { return first ? first : this; }
 
-    int parameters = 0;              // declared, or given in the call
-    Function_Resolution_Info* first; // the first call of the function, null for that one
-    const Function_Resolution_Info* definition =
-        nullptr; // of the first call, once it was looked for and found
+    String name;                               // as the source has it
+    int parameters = 0;                        // declared, or given in the call
+    int number = 0;                            // of a call: its place in the Function_Records
+    Function_Resolution_Info* first = nullptr; // the first call, null for that one
+    // Of the first call, once it was looked for and found.
+    const Function_Resolution_Info* definition = nullptr;
+};
+
+// The records of calls, numbered as they come.
+class Function_Records {
+  public:
+    // Takes the record over.
+    void Keep(Function_Resolution_Info* function) {
+        function->number = static_cast<int>(records.size());
+        records.emplace_back(function);
+    }
+    Function_Resolution_Info* Record(int number) const {
+        return records[static_cast<std::size_t>(number)].get();
+    }
 
   private:
-    String own_name; // unassigned while that of the first call serves
+    std::vector<std::unique_ptr<Function_Resolution_Info>> records;
+};
+
+// One call of a function. There may be a million of them.
+struct Function_Call {
+    Function_Resolution_Info* function; // by its spelling here
+    const String* file;
+    int line;
+    int parameters;
+};
+
+// A call whose closing parenthesis is still to come.
+struct Pending_Call {
+    Function_Resolution_Info* function;
+    std::unique_ptr<Function_Resolution_Info> spelling; // that record, when it was made for this call
+    int line;
+    int parameters = 0;
 };
 
 inline std::string_view Hash_Key(const Function_Resolution_Info& function) {
-    return function.Name().view();
+    return function.name.view();
 }
 
 template <>
