@@ -7,10 +7,6 @@
 #include "value/variable_list.h"
 #include "value_fixture.h"
 
-#include <map>
-#include <optional>
-#include <random>
-
 class VariableHashTest : public ValueTest {
   protected:
     static Variable* Named(const char* name, const char* value) { return new Variable(name, -1, value, -1); }
@@ -130,82 +126,6 @@ TEST_F(VariableHashTest, Copies_Share_Names_Not_Variables) {
               "3");
     system.Push(); // left open, with something saved
     system.SetVariable(Named("a", "5"));
-}
-
-// Scopes are of the table with them; what they recorded is put back in this order.
-void Agree_With_A_Model(VariableHash& real, bool scoped) {
-    using Content = std::optional<std::string>;
-    std::mt19937 random{7};
-    std::map<std::string, int> slots;
-    std::vector<Content> contents;
-    std::vector<std::vector<std::pair<int, Content>>> scopes;
-    auto store = [&](const std::string& name, const Content& content) {
-        const auto [place, is_new] = slots.try_emplace(name, static_cast<int>(contents.size()));
-        if (is_new)
-            contents.emplace_back();
-        if (!scopes.empty())
-            scopes.back().emplace_back(place->second, contents[place->second]);
-        contents[place->second] = content;
-    };
-    for (int step = 0; step < 5000; ++step) {
-        const std::string name = "name" + std::to_string(random() % 40);
-        const std::string value = std::to_string(step);
-        const auto place = slots.find(name);
-        Content* there = place == slots.end() ? nullptr : &contents[place->second];
-        const bool has_value = there && *there;
-        switch (random() % 9) {
-        case 0:
-            real.SetVariable(new Variable(name.c_str(), -1, value.c_str(), -1)), store(name, value);
-            break;
-        case 1:
-            if (!scopes.empty() || !there)
-                real.Insert(name.c_str(), -1), store(name, std::nullopt);
-            break;
-        case 2:
-            real.SetVariable(name.c_str(), -1, value.c_str(), -1);
-            has_value ? void(*there = value) : store(name, value); // in place, which no scope takes back
-            break;
-        case 3:
-            Look(real, name.c_str(), 1);
-            if (there && !has_value)
-                store(name, "");
-            break;
-        case 4:
-            if (there)
-                real.SetVariable_Reference(place->second, VariableHold(new Variable("", 0, step)).get()),
-                    store(name, value);
-            break;
-        case 5:
-            EXPECT_EQ(real.ClearVariable(name.c_str(), -1), has_value);
-            if (has_value)
-                *there = "";
-            break;
-        case 6:
-            real.Push();
-            scopes.resize(scopes.size() + scoped);
-            break;
-        default:
-            EXPECT_EQ(real.Pop(), !scopes.empty());
-            if (scopes.empty())
-                break;
-            for (const auto& [slot, content] : scopes.back())
-                contents[slot] = content;
-            scopes.pop_back();
-        }
-        const auto now = slots.find(name);
-        ASSERT_EQ(Look(real, name.c_str()),
-                  now == slots.end() ? "none" : contents[now->second].value_or("-"));
-        ASSERT_EQ(real.Entries(), static_cast<int>(contents.size()));
-    }
-}
-
-TEST_F(VariableHashTest, Random_Operations_Agree_With_A_Model) {
-    ClonedVariableHash clone(nullptr, &dictionary, table, true); // holds its variables itself
-    Agree_With_A_Model(clone, false);
-    EXPECT_EQ(clone.RealIdentity(), &clone);
-    EXPECT_EQ(table.Entries(), 0);
-    Agree_With_A_Model(table, false);
-    Agree_With_A_Model(system, true);
 }
 
 // A table as a part of an image: what it writes to its section, and reads from there.
