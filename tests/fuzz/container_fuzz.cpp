@@ -5,7 +5,7 @@
 #include "core/splay_tree.h"
 #include "core/stack.h"
 #include "core/string.h"
-#include "script.h"
+#include "input.h"
 
 #include <list>
 #include <memory>
@@ -27,20 +27,20 @@ std::string_view Hash_Key(const Word& word) {
 int numbers[64];
 
 // Text and capacity as the rules have them. Neither shows that long texts have spare room underneath.
-void Try_String(Script script) {
+void Try_String(Input input) {
     std::string text;
     String s;
     int capacity = 0;
-    while (script.More() && text.size() < 100000) {
-        const std::string piece(script.Below(60), "ab"[script.Below(2)]), before = text;
-        const int len = static_cast<int>(piece.size()), room = script.Between(0, 29);
-        const std::size_t size = text.size(), part = std::min<std::size_t>(size, script.Below(100));
+    while (input.More() && text.size() < 100000) {
+        const std::string piece(input.Below(60), "ab"[input.Below(2)]), before = text;
+        const int len = static_cast<int>(piece.size()), room = input.Between(0, 29);
+        const std::size_t size = text.size(), part = std::min<std::size_t>(size, input.Below(100));
         const auto kept = static_cast<unsigned>(size - part);
         const auto array = [&] {
             return static_cast<char*>(std::memcpy(new char[len + room], piece.data(), len));
         };
         bool stores = true; // with a NUL behind the text, and the capacity that this takes
-        switch (script.Below(40)) {
+        switch (input.Below(40)) {
         case 0: s.assign(piece.data(), len), text = piece; break;
         case 1: s.assign(nullptr, 5), s.assign('c'), text = "c"; break;
         case 2: s.assign_nocopy(nullptr, 3, 10), text = "", capacity = 0; break;
@@ -90,7 +90,7 @@ void Try_String(Script script) {
 }
 
 // Beside a list with a cursor, which is at the end for none.
-void Try_List(Script script) {
+void Try_List(Input input) {
     using Walk = int* (List<int>::*)();
     const Walk walks[] = {&List<int>::First, &List<int>::Last, &List<int>::Next, &List<int>::Previous};
     int entries = 0;
@@ -99,12 +99,12 @@ void Try_List(Script script) {
     auto current = model.end();
     const auto ahead_of = [&](auto at) { return at == model.begin() ? model.end() : std::prev(at); };
     const auto behind = [&](auto at) { return at == model.end() ? at : std::next(at); };
-    while (script.More()) {
-        const auto p = static_cast<ListPosition>(script.Below(4)); // the last one is none
+    while (input.More()) {
+        const auto p = static_cast<ListPosition>(input.Below(4)); // the last one is none
         const auto at = std::vector{model.begin(), current, ahead_of(model.end()), model.end()}[p];
         const bool linked = model.empty() || at != model.end();
-        int* const e = &script.One_Of(numbers);
-        const unsigned choice = script.Below(8);
+        int* const e = &input.One_Of(numbers);
+        const unsigned choice = input.Below(8);
         if (choice < 2) {
             ++entries;
             CHECK((list.Insert(e, p) != nullptr) == linked);
@@ -130,19 +130,19 @@ void Try_List(Script script) {
     }
 }
 
-void Try_Stack(Script script) {
+void Try_Stack(Input input) {
     Stack<int> stack(0);
     std::vector<int*> model;
     int cursor = -1; // index in the model, -1 for below the bottom
-    while (script.More()) {
-        const unsigned choice = script.Below(5);
+    while (input.More()) {
+        const unsigned choice = input.Below(5);
         if (choice == 3) {
             cursor = std::max(cursor - 1, -1);
             CHECK(stack.Peek() == (cursor < 0 ? nullptr : model[cursor]));
             continue;
         }
         if (choice < 2) {
-            model.push_back(&script.One_Of(numbers));
+            model.push_back(&input.One_Of(numbers));
             CHECK(stack.Push(model.back())->element == model.back());
         } else if (choice == 2) {
             CHECK(stack.Top() == (model.empty() ? nullptr : model.back()));
@@ -160,7 +160,7 @@ void Try_Stack(Script script) {
 
 // Beside slots in the order of insertion that are searched one by one.
 template <class T>
-void Try_Table(Script script, int case_insensitive, int bucket_bits) {
+void Try_Table(Input input, int case_insensitive, int bucket_bits) {
     using Table = HashTable<T>;
     T* (Table::*const walks[])() = {&Table::First, &Table::Last, &Table::Previous, &Table::Next};
     Table table(0, case_insensitive, bucket_bits, 4);
@@ -168,9 +168,9 @@ void Try_Table(Script script, int case_insensitive, int bucket_bits) {
     std::vector<std::unique_ptr<T>> made;
     int cursor = 0;
     bool behind = false;
-    while (script.More()) {
-        std::string key = script.Text(4, std::string_view("abcABC_\0", 8));
-        if (!slots.empty() && script.Below(4) == 0)
+    while (input.More()) {
+        std::string key = input.Text(4, std::string_view("abcABC_\0", 8));
+        if (!slots.empty() && input.Below(4) == 0)
             key = Hash_Key(*slots.back());
         const auto len = static_cast<int>(key.size());
         made.push_back(std::make_unique<T>(key.data(), len));
@@ -180,7 +180,7 @@ void Try_Table(Script script, int case_insensitive, int bucket_bits) {
         };
         const auto found = std::find_if(slots.begin(), slots.end(), same_key);
         T* const expected = found == slots.end() ? nullptr : *found;
-        const unsigned choice = script.Below(256);
+        const unsigned choice = input.Below(256);
         if (choice == 0) {
             table.Dump();
             slots.clear();
@@ -205,7 +205,7 @@ void Try_Table(Script script, int case_insensitive, int bucket_bits) {
         if (behind)
             cursor = std::min(cursor, size); // what comes takes the slots of what went
         if (choice % 3 == 0) {
-            const unsigned move = choice ? std::min(script.Below(9), 3u) : 0;
+            const unsigned move = choice ? std::min(input.Below(9), 3u) : 0;
             const int from[] = {0, size - 1, std::min(cursor, size) - 1, behind ? cursor : cursor + 1};
             for (cursor = from[move]; cursor >= 0 && cursor < size && !slots[cursor];)
                 cursor += move % 3 ? -1 : 1;
@@ -214,7 +214,7 @@ void Try_Table(Script script, int case_insensitive, int bucket_bits) {
             cursor = std::clamp(cursor, -1, size);
         }
         CHECK(table.Current() == (cursor >= 0 && cursor < size ? slots[cursor] : nullptr));
-        const int index = script.Between(-1, 63);
+        const int index = input.Between(-1, 63);
         CHECK(table.Index(index) == (index >= 0 && index < size ? slots[index] : nullptr));
         CHECK(table.Entries() == size);
     }
@@ -245,16 +245,16 @@ std::vector<int> In_Order(const Open_Tree& tree) {
 }
 
 // Beside a set of keys, up to the first removal that loses order.
-void Try_Tree(Script script) {
+void Try_Tree(Input input) {
     Open_Tree tree(1);
     std::set<int> model;
-    while (script.More()) {
-        const int key = script.Between(0, 199);
+    while (input.More()) {
+        const int key = input.Between(0, 199);
         const auto low = model.lower_bound(key), high = model.upper_bound(key);
         const auto is = [&](const int* e, auto at) {
             return e ? at != model.end() && *e == *at : at == model.end();
         };
-        switch (script.Below(8)) {
+        switch (input.Below(8)) {
         case 0: {
             CHECK(is(tree.Find(key), low == high ? model.end() : low));
             const bool known = low != high && tree.Root_Is_Of_The_Known_Case();
@@ -285,17 +285,17 @@ void Try_Tree(Script script) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Script script(data, size);
-    switch (script.Below(9)) {
-    case 0: Try_List(script); break;
-    case 1: Try_Stack(script); break;
-    case 2: Try_Table<Word>(script, 1, 12); break;
-    case 3: Try_Table<Word>(script, 0, 12); break;
-    case 4: Try_Table<Word>(script, 0, 0); break;
-    case 5: Try_Table<String>(script, 1, 12); break;
-    case 6: Try_Table<String>(script, 0, 2); break; // equals where they meet in a bucket
-    case 7: Try_String(script); break;
-    default: Try_Tree(script);
+    Input input(data, size);
+    switch (input.Below(9)) {
+    case 0: Try_List(input); break;
+    case 1: Try_Stack(input); break;
+    case 2: Try_Table<Word>(input, 1, 12); break;
+    case 3: Try_Table<Word>(input, 0, 12); break;
+    case 4: Try_Table<Word>(input, 0, 0); break;
+    case 5: Try_Table<String>(input, 1, 12); break;
+    case 6: Try_Table<String>(input, 0, 2); break; // equals where they meet in a bucket
+    case 7: Try_String(input); break;
+    default: Try_Tree(input);
     }
     return 0;
 }

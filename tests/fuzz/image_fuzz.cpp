@@ -1,11 +1,11 @@
-// An image written from a script comes back; with bytes of it changed it is refused, or answers all questions
+// An image written from an input comes back; with bytes of it changed it is refused, or answers all questions
 // and comes back as well.
 #include "files/unix_file_manager.h"
 #include "image/dictionary.h"
 #include "image/function_table.h"
 #include "image/segment_manager.h"
 #include "image/tagged_file.h"
-#include "script.h"
+#include "input.h"
 
 #include <climits>
 #include <fstream>
@@ -53,23 +53,23 @@ std::unique_ptr<Parts> Read(const std::string& image) {
     return Take(parts->functions, file) && names && segments ? std::move(parts) : nullptr;
 }
 
-void Fill(Script& script, Parts& parts) {
+void Fill(Input& input, Parts& parts) {
     const std::string_view letters = "abcABC";
-    for (unsigned left = script.Below(8); left > 0; --left) {
-        const std::string name = script.Text(3, letters) + "f", list = script.Text(9, "ab , var");
-        Function* const added = parts.functions.Function_Add(script.Between(-1, 9), 2, name.c_str(), -1,
-                                                             list.c_str(), -1, script.Between(0, 1));
+    for (unsigned left = input.Below(8); left > 0; --left) {
+        const std::string name = input.Text(3, letters) + "f", list = input.Text(9, "ab , var");
+        Function* const added = parts.functions.Function_Add(input.Between(-1, 9), 2, name.c_str(), -1,
+                                                             list.c_str(), -1, input.Between(0, 1));
         CHECK(parts.functions.Function_At(added->index) == added);
         CHECK(parts.functions.Function_Get(name.c_str(), -1)->index <= added->index);
         parts.names.Entry_Add("end", 3); // behind parameters without a name
     }
-    for (unsigned left = script.Below(4); left > 0; --left)
-        for (Segment* const segment = parts.segments.Segment_Add(); script.Below(8) > 0;)
-            segment->Write_Word(script.Between(0, 300), static_cast<std::uint16_t>(script.Below(1 << 16)));
+    for (unsigned left = input.Below(4); left > 0; --left)
+        for (Segment* const segment = parts.segments.Segment_Add(); input.Below(8) > 0;)
+            segment->Write_Word(input.Between(0, 300), static_cast<std::uint16_t>(input.Below(1 << 16)));
 }
 
 // Any of the four bytes at any offset, so that every field gets the values at its limits.
-void Damage(Script& script, std::string& image) {
+void Damage(Input& input, std::string& image) {
     const int limits[] = {0,
                           1,
                           29,
@@ -86,12 +86,12 @@ void Damage(Script& script, std::string& image) {
                           INT_MAX - 32,
                           INT_MAX,
                           -1};
-    const std::size_t at = script.Below(static_cast<unsigned>(image.size()));
+    const std::size_t at = input.Below(static_cast<unsigned>(image.size()));
     const auto value =
-        static_cast<unsigned>(script.One_Of(limits)) + static_cast<unsigned>(script.Between(-1, 1));
-    if (script.Below(16) == 0)
+        static_cast<unsigned>(input.One_Of(limits)) + static_cast<unsigned>(input.Between(-1, 1));
+    if (input.Below(16) == 0)
         image.resize(at);
-    for (std::size_t i = at, width = script.Between(1, 4); i < image.size() && i < at + width; ++i)
+    for (std::size_t i = at, width = input.Between(1, 4); i < image.size() && i < at + width; ++i)
         image[i] = static_cast<char>(value >> 8 * (i - at));
 }
 
@@ -116,13 +116,13 @@ void Use(Parts& parts) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Script script(data, size);
+    Input input(data, size);
     Parts parts;
-    Fill(script, parts);
+    Fill(input, parts);
     std::string image = parts.Written();
-    const unsigned changes = script.Below(8);
+    const unsigned changes = input.Below(8);
     for (unsigned i = 0; i < changes && !image.empty(); ++i)
-        Damage(script, image);
+        Damage(input, image);
     const std::unique_ptr<Parts> read = Read(image);
     CHECK(read || changes > 0);
     if (!read)

@@ -1,6 +1,6 @@
 // Conversions beside those of the C library, the C++ library and libmpdec.
 #include "app/services/tarn_application.h"
-#include "script.h"
+#include "input.h"
 
 #include <bit>
 #include <cerrno>
@@ -160,20 +160,20 @@ void Try_Double(double value) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
-    Script script(data, size);
-    while (script.More())
-        switch (script.Below(4)) {
-        case 0: Try_Text(script.Text(200)); break;
-        case 1: Try_Text(script.Text(20, "0123456789.-+eExXaAfFnNiIty ")); break;
+    Input input(data, size);
+    while (input.More())
+        switch (input.Below(4)) {
+        case 0: Try_Text(input.Text(200)); break;
+        case 1: Try_Text(input.Text(20, "0123456789.-+eExXaAfFnNiIty ")); break;
         case 2: {
             std::uint64_t bits = 0;
             for (int i = 0; i < 4; ++i)
-                bits = bits << 16 | script.Below(1 << 16);
+                bits = bits << 16 | input.Below(1 << 16);
             Try_Double(std::bit_cast<double>(bits));
             break;
         }
         default: {
-            const int number = static_cast<int>(script.Below(1 << 16) << 16 | script.Below(1 << 16));
+            const int number = static_cast<int>(input.Below(1 << 16) << 16 | input.Below(1 << 16));
             CHECK(Text(App::itos, number, 0) == std::to_string(number));
             Try_Decimal(Decimal(App::itompd(nullptr, number)).get());
         }

@@ -1,6 +1,6 @@
 // Paths and scope prefixes of names, beside a list of elements and a list of patterns.
 #include "files/unix_file_path.h"
-#include "script.h"
+#include "input.h"
 #include "value/variable_hash.h"
 
 #include <cstring>
@@ -79,11 +79,11 @@ bool Is(const char* text, const std::string& expected) {
 }
 
 // The elements cut the text, the spans mend it: so in any order.
-void Ask(Script& script, UNIXFilePath& path, const Model& model) {
+void Ask(Input& input, UNIXFilePath& path, const Model& model) {
     const int count = static_cast<int>(model.elements.size());
-    const int first = script.Between(-1, count), last = script.Between(-1, count);
+    const int first = input.Between(-1, count), last = input.Between(-1, count);
     const bool inside = first >= 0 && first < count;
-    switch (script.Below(5)) {
+    switch (input.Below(5)) {
     case 0: CHECK(inside ? Is(path.Element(first), model.elements[first].name) : !path.Element(first)); break;
     case 1:
         if (inside && last < count && first <= last)
@@ -103,31 +103,31 @@ void Ask(Script& script, UNIXFilePath& path, const Model& model) {
     }
 }
 
-std::string Pieces(Script& script, const std::vector<const char*>& pieces) {
+std::string Pieces(Input& input, const std::vector<const char*>& pieces) {
     std::string text;
-    for (unsigned left = script.Below(14); left > 0; --left)
-        text += script.One_Of(pieces);
+    for (unsigned left = input.Below(14); left > 0; --left)
+        text += input.One_Of(pieces);
     return text;
 }
 
-void Try_Paths(Script& script) {
+void Try_Paths(Input& input) {
     const std::vector<const char*> pieces = {"a", "b", ".", "..", "/", "/", "/../", "//", "/./"};
-    const std::string text = Pieces(script, pieces), tail = Pieces(script, pieces);
+    const std::string text = Pieces(input, pieces), tail = Pieces(input, pieces);
     UNIXFilePath path(text.empty() ? nullptr : text.c_str()), joined(text.c_str(), tail.c_str()),
         copy(joined);
     const Model model(text), long_model(text + "/" + tail), copied(long_model.Collapsed());
     for (int i = 0; i < 16; ++i) {
-        Ask(script, path, model);
-        Ask(script, joined, long_model);
-        Ask(script, copy, copied);
+        Ask(input, path, model);
+        Ask(input, joined, long_model);
+        Ask(input, copy, copied);
         const int own = static_cast<int>(model.kept.size()), other = static_cast<int>(long_model.kept.size());
-        const int skip = script.Between(0, 3);
+        const int skip = input.Between(0, 3);
         CHECK(path.Contains(joined) == (own <= other && model.Agrees(long_model, own)));
         CHECK(path.Matches(joined, skip) == (own == other && model.Agrees(long_model, own - skip)));
     }
 }
 
-void Try_Scope(Script& script) {
+void Try_Scope(Input& input) {
     static const struct {
         int scope, alias, name; // alias and name by the number of their group, 0 for none
         std::regex pattern;
@@ -142,9 +142,9 @@ void Try_Scope(Script& script) {
         {3, 1, 2, std::regex("()database\\.(..+)", std::regex::icase)},
         {5, 0, 1, std::regex("(.*)")},
     };
-    while (script.More()) {
+    while (input.More()) {
         const std::string text =
-            Pieces(script, {"l", "LOCAL", "g", "Global", "s", "system", "d", "D", "database", "x", ".", "."});
+            Pieces(input, {"l", "LOCAL", "g", "Global", "s", "system", "d", "D", "database", "x", ".", "."});
         std::smatch match;
         const auto* const rule = std::find_if(std::begin(rules), std::end(rules), [&](const auto& r) {
             return std::regex_match(text, match, r.pattern);
@@ -152,7 +152,7 @@ void Try_Scope(Script& script) {
         const char *name = nullptr, *alias = nullptr;
         int name_length = 0, alias_length = 0;
         const int len = static_cast<int>(text.size());
-        CHECK(VariableHash::Scope(text.c_str(), script.Below(2) ? -1 : len, &name, &name_length, &alias,
+        CHECK(VariableHash::Scope(text.c_str(), input.Below(2) ? -1 : len, &name, &name_length, &alias,
                                   &alias_length) == rule->scope);
         CHECK(std::string(name, name_length) == match[rule->name]);
         CHECK(rule->alias ? std::string(alias, alias_length) == match[rule->alias] : !alias);
@@ -162,11 +162,11 @@ void Try_Scope(Script& script) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Script script(data, size);
-    if (script.Below(8) == 0)
-        Try_Scope(script);
+    Input input(data, size);
+    if (input.Below(8) == 0)
+        Try_Scope(input);
     else
-        while (script.More())
-            Try_Paths(script);
+        while (input.More())
+            Try_Paths(input);
     return 0;
 }

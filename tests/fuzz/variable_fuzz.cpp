@@ -1,7 +1,7 @@
 // Variables, aggregates and tables of variables beside models of them. The first byte chooses which.
 #include "app/services/tarn_application.h"
 #include "image/dictionary.h"
-#include "script.h"
+#include "input.h"
 #include "value/aggregate.h"
 #include "value/cloned_variable_hash.h"
 #include "value/immutable_variable.h"
@@ -104,16 +104,16 @@ void Delete(Variable& variable, int number, bool collapse) {
     variable.DeleteElement(number, collapse);
 }
 
-void Change(Script& script, Pair& to, const Pair& from) {
+void Change(Input& input, Pair& to, const Pair& from) {
     Variable& real = *to.real;
     Model& model = to.model;
-    const int number = script.Between(0, 12);
-    const int start = script.Between(0, 8);
-    const int count = script.Between(-1, 6);
-    const bool flag = script.Below(2);
+    const int number = input.Between(0, 12);
+    const int start = input.Between(0, 8);
+    const int count = input.Between(-1, 6);
+    const bool flag = input.Below(2);
     const Model copied = flag ? from.model : Model::Scalar(std::to_string(number));
     const VariableHold copy(flag ? new Variable(*from.real) : new Variable("", 0, copied.text.c_str(), -1));
-    switch (script.Between(0, 8)) {
+    switch (input.Between(0, 8)) {
     case 0:
         real.SetValue(*copy);
         model = copied;
@@ -155,13 +155,13 @@ void Change(Script& script, Pair& to, const Pair& from) {
     }
 }
 
-void Compare(Script& script, Variable& real, const Model& model) {
+void Compare(Input& input, Variable& real, const Model& model) {
     CHECK(Text(real) == model.Text());
     CHECK(real.aggregatetype() == model.type);
     CHECK(real.ElementsUsed() == static_cast<int>(model.elements.size()));
     CHECK(real.Max() == model.Max());
     CHECK(real.Min() == model.Min());
-    const int number = script.Between(0, 12);
+    const int number = input.Between(0, 12);
     CHECK((real.Element(number, 0) != nullptr) == model.elements.contains({number, ""}));
     const auto next = model.elements.lower_bound({number + 1, ""});
     const int next_number = next == model.elements.end() ? 0 : next->first.first;
@@ -171,13 +171,13 @@ void Compare(Script& script, Variable& real, const Model& model) {
     CHECK(real.Previous(number) == (model.type == AGGREGATE_STRUCTURE ? -1 : previous));
 }
 
-void Try_Elements(Script script) {
+void Try_Elements(Input input) {
     Pair pairs[3], locked{VariableHold(new ImmutableVariable), {}};
     pairs[2].real.reset(new ReferenceVariable("r", 1, VariableHold(new Variable).get()));
-    for (int step = 0; script.More(); ++step) {
-        Pair& to = script.One_Of(pairs);
-        Change(script, to, script.One_Of(pairs));
-        Compare(script, *to.real, to.model);
+    for (int step = 0; input.More(); ++step) {
+        Pair& to = input.One_Of(pairs);
+        Change(input, to, input.One_Of(pairs));
+        Compare(input, *to.real, to.model);
         if (step % 16 == 0) { // what is locked stays as it is, whatever is done to it
             static_cast<ImmutableVariable&>(*locked.real).Unlock();
             locked.real->SetValue(*to.real);
@@ -185,8 +185,8 @@ void Try_Elements(Script script) {
             locked.model = to.model;
         }
         const Model kept = locked.model;
-        Change(script, locked, to);
-        Compare(script, *locked.real, locked.model = kept);
+        Change(input, locked, to);
+        Compare(input, *locked.real, locked.model = kept);
         if (to.model.Text().size() > 200) {
             step % 2 ? to.real->SetNULL() : to.real->Convert_Aggregate(AGGREGATE_NONE);
             to.model = Model();
@@ -204,7 +204,7 @@ std::string Look(VariableHash& table, const char* name, int create = 0) {
 }
 
 // Scopes are of the table with them; what they recorded is put back in this order.
-void Try_Table(Script script, VariableHash& real, bool scoped) {
+void Try_Table(Input input, VariableHash& real, bool scoped) {
     using Content = std::optional<std::string>;
     std::map<std::string, int> slots;
     std::vector<Content> contents;
@@ -217,13 +217,13 @@ void Try_Table(Script script, VariableHash& real, bool scoped) {
             scopes.back().emplace_back(place->second, contents[place->second]);
         contents[place->second] = content;
     };
-    for (int step = 0; script.More(); ++step) {
-        const std::string name = "name" + std::to_string(script.Below(20));
+    for (int step = 0; input.More(); ++step) {
+        const std::string name = "name" + std::to_string(input.Below(20));
         const std::string value = std::to_string(step);
         const auto place = slots.find(name);
         Content* there = place == slots.end() ? nullptr : &contents[place->second];
         const bool has_value = there && *there;
-        switch (script.Below(9)) {
+        switch (input.Below(9)) {
         case 0:
             real.SetVariable(new Variable(name.c_str(), -1, value.c_str(), -1)), store(name, value);
             break;
@@ -273,23 +273,23 @@ void Try_Table(Script script, VariableHash& real, bool scoped) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
-    Script script(data, size);
+    Input input(data, size);
     UserVariableHash table;
     Dictionary dictionary;
-    switch (script.Below(8)) {
-    case 0: Try_Table(script, table, false); break;
+    switch (input.Below(8)) {
+    case 0: Try_Table(input, table, false); break;
     case 1: { // holds its variables itself
         ClonedVariableHash clone(nullptr, &dictionary, table, true);
-        Try_Table(script, clone, false);
+        Try_Table(input, clone, false);
         CHECK(clone.RealIdentity() == &clone && table.Entries() == 0);
         break;
     }
     case 2: {
         SystemVariableHash system(&dictionary, 4, 0);
-        Try_Table(script, system, true);
+        Try_Table(input, system, true);
         break;
     }
-    default: Try_Elements(script);
+    default: Try_Elements(input);
     }
     return 0;
 }

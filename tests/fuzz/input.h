@@ -1,6 +1,6 @@
-// The bytes of an input, read as the choices of a script, and the check of what it leads to.
-#ifndef FUZZ_SCRIPT_H
-#define FUZZ_SCRIPT_H
+// The bytes of an input, read as the choices that a target makes, and the check of what it leads to.
+#ifndef FUZZ_INPUT_H
+#define FUZZ_INPUT_H
 
 #include <algorithm>
 #include <cstdint>
@@ -15,9 +15,9 @@
                  : (std::fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition), std::abort()))
 
 // Every choice takes a byte, two where a byte is too small; the first is made when there are no more.
-class Script {
+class Input {
   public:
-    Script(const std::uint8_t* data, std::size_t size) : left(reinterpret_cast<const char*>(data), size) {}
+    Input(const std::uint8_t* data, std::size_t size) : left(reinterpret_cast<const char*>(data), size) {}
 
     bool More() const { return !left.empty(); }
     // 0 up to below the limit, which is 65536 at most.

@@ -1,0 +1,300 @@
+// Responses, proxies and URLs over a scripted connection, beside what the whole of the peer's words means.
+#include "input.h"
+#include "network/http_response_stream.h"
+#include "network/network_support.h"
+
+#include <memory>
+#include <regex>
+#include <vector>
+
+namespace {
+
+using namespace std::string_literals;
+
+// The words of a peer, from the beginning.
+struct Words {
+    std::string left;
+
+    bool Take(std::size_t count, std::string& words) {
+        words = left.substr(0, count);
+        left.erase(0, count);
+        return words.size() == count;
+    }
+    bool Line(std::string& line) {
+        const std::size_t end = left.find('\n');
+        return end != left.npos && Take(end + 1, line);
+    }
+};
+
+std::string Stripped(const std::string& text) {
+    const std::size_t first = text.find_first_not_of(" \t\r\n"), last = text.find_last_not_of(" \t\r\n");
+    return first == text.npos ? "" : text.substr(first, last - first + 1);
+}
+
+struct Response {
+    int status = -1, length = -1;
+    bool chunked = false;
+    std::vector<std::string> headers; // line, name and value of each
+    std::string body, error;
+
+    explicit Response(Words words) { Take(words); }
+
+  private:
+    void Take(Words& words) {
+        std::string line;
+        if (!words.Line(line))
+            return Fail("line broken off");
+        Add(Stripped(line));
+        status = Number(headers[0].substr(std::min(headers[0].find(' '), headers[0].size())), 10);
+        do {
+            if (!words.Line(line))
+                return Fail("line broken off");
+            Take_Header(line);
+        } while (line != "\n" && line != "\r\n");
+        if (chunked)
+            return Take_Chunks(words);
+        words.Take(length < 0 ? words.left.size() : length, body);
+    }
+
+    void Fail(const char* text) { error = text; }
+    // -1 for what no int holds.
+    static int Number(const std::string& text, int base) {
+        const long number = std::strtol(text.c_str(), nullptr, base);
+        return number < INT_MIN || number > INT_MAX ? -1 : static_cast<int>(number);
+    }
+    void Add(const std::string& line) {
+        const std::size_t colon = std::min(line.find(':'), line.size());
+        headers.insert(headers.end(), {line, Stripped(line.substr(0, colon)),
+                                       Stripped(line.substr(std::min(colon + 1, line.size())))});
+    }
+    void Take_Header(const std::string& line) {
+        if (line == "\n" || line == "\r\n")
+            return;
+        Add(Stripped(line));
+        const std::string name = Lower(headers.end()[-2]), value = Lower(headers.back());
+        if (name == "transfer-encoding")
+            chunked = value == "chunked", length = -1;
+        else if (name == "content-length" && !chunked)
+            length = std::max(Number(value, 10), -1);
+    }
+    static std::string Lower(std::string text) {
+        std::transform(text.begin(), text.end(), text.begin(),
+                       [](unsigned char c) { return std::tolower(c); });
+        return text;
+    }
+    void Take_Chunks(Words& words) {
+        std::string line, chunk;
+        for (bool first = true;; first = false) {
+            if (!words.Line(line))
+                return Fail("line broken off");
+            const int size = Number(line, 16);
+            if (size < 0)
+                return Fail("Invalid chunk size");
+            if (size == 0 && first)
+                return;
+            const bool whole = words.Take(size, chunk);
+            body += chunk;
+            if (!whole)
+                return;
+            if (!words.left.starts_with("\r\n"))
+                return Fail("Invalid chunk terminator");
+            words.Take(2, line);
+            if (size == 0)
+                return;
+        }
+    }
+};
+
+void Try_Response(Input& input, Script& script) {
+    const char* const pieces[] = {"HTTP/1.1 200 OK\r\n",
+                                  "HTTP/1.0 ",
+                                  "404",
+                                  "\r\n",
+                                  "\n",
+                                  "\r\n\r\n",
+                                  " ",
+                                  ":",
+                                  "Content-Length: ",
+                                  "content-length:9\r\n",
+                                  "Transfer-Encoding: Chunked\r\n",
+                                  "transfer-encoding:",
+                                  "chunked",
+                                  "gzip",
+                                  "0",
+                                  "1\r\n.\r\n",
+                                  "3;x=y\r\nabc\r\n",
+                                  "1A",
+                                  "7FFFFFFF",
+                                  "2147483648",
+                                  "-1",
+                                  "0\r\n\r\n",
+                                  "\r\n0\r\n",
+                                  "x"};
+    while (input.More())
+        script.incoming += input.One_Of(pieces);
+    Network_Application application;
+    HTTPResponseStream stream(new Scripted_Connection(&application, script), 5);
+    const Response expected({script.incoming});
+    std::string body;
+    char buffer[9];
+    int count = stream.Read_Headers() ? 1 : -1;
+    while (count > 0 && (count = stream.Read(buffer, script.step % 9 + 1)) > 0)
+        body.append(buffer, count);
+    CHECK(count == 0 ? expected.error.empty() : stream.error().view() == expected.error);
+    // A read that meets a fault behind its bytes keeps them.
+    CHECK(count == 0 ? body == expected.body : expected.body.starts_with(body));
+    CHECK(stream.total_read() == static_cast<int>(expected.body.size()));
+    CHECK(stream.status() == expected.status && stream.content_length() == expected.length);
+    auto text = expected.headers.begin();
+    for (auto* header = stream.headers().First(); header; header = stream.headers().Next())
+        for (const String* seen : {&header->line, &header->name, &header->value})
+            CHECK(text != expected.headers.end() && seen->view() == *text++);
+    CHECK(text == expected.headers.end());
+    stream.Close();
+}
+
+// What goes wrong, and what was sent until then.
+std::string Proxy4(const std::string& user, Words words, int limit, std::string& sent) {
+    std::string answer;
+    sent = "\4\1\1\xbb\x7f\0\0\1"s + user + '\0';
+    if (limit == 0)
+        return "SOCKS4: Connect error: peer is gone";
+    if (!words.Take(8, answer))
+        return "SOCKS4: Connect read error: ";
+    if (answer[0] != 0)
+        return "SOCKS4: Unexpected version";
+    return answer[1] == 'Z' ? ""
+                            : "SOCKS4: Failed to connect to host (" + std::to_string(answer[1] & 0xff) + ")";
+}
+
+std::string Proxy5(const std::string& user, const std::string& password, Words words, std::size_t limit,
+                   std::string& sent) {
+    const bool named = !user.empty() && !password.empty();
+    std::string answer;
+    const auto no = [&](const char* text) { return "SOCKS5: "s + text; };
+    const auto fails = [&](const std::string& text) { return sent.size() >= limit || (sent += text, false); };
+    if (user.size() > 255 || password.size() > 255)
+        return no("Username / password must be 255 characters or less");
+    if (fails(named ? "\5\2\0\2"s : "\5\1\0"s))
+        return no("Greeting write error: peer is gone");
+    if (!words.Take(2, answer))
+        return no("Greeting read error: ");
+    if (answer[0] != 5)
+        return no("Unexpected version");
+    if (answer[1] == 2) {
+        if (fails('\1' + (static_cast<char>(user.size()) + user) + static_cast<char>(password.size()) +
+                  password))
+            return no("Client authentication write error: peer is gone");
+        if (!words.Take(2, answer))
+            return no("Client authentication read error: ");
+        if (answer[0] != 1)
+            return no("Unexpected version");
+        if (answer[1] != 0)
+            return no("Authentication failed");
+    } else if (answer[1] != 0)
+        return no("No acceptable authentication methods");
+    if (fails("\5\1\0\3\6a.test\1\xbb"s))
+        return no("Client connection request error: peer is gone");
+    if (!words.Take(4, answer))
+        return no("Client connection response error: ");
+    if (answer[0] != 5)
+        return no("Unexpected version");
+    if (answer[1] != 0)
+        return answer[1] == 2   ? no("Connection not allowed by ruleset")
+               : answer[1] == 4 ? no("Host unreachable")
+                                : no("Failed to connect to host (") + std::to_string(answer[1] & 0xff) + ")";
+    if (answer[2] != 0)
+        return no("Unexpected response packet");
+    if (answer[3] != 1 && answer[3] != 4)
+        return no("Unexpected address type");
+    return words.Take(answer[3] == 4 ? 18 : 6, answer) ? "" : no("Client connection response error");
+}
+
+void Try_Proxy(Input& input, Script& script) {
+    const std::string user(input.Below(3) * 128, 'u'), password(input.Below(3) * 128, 'p');
+    const char* const pieces[] = {"\5", "\2", "\1", "\4", "Z", "....", "\xff"};
+    script.write_limit = input.Below(4) ? INT_MAX : input.Between(0, 40);
+    while (input.More())
+        script.incoming += input.Below(3) ? std::string(1, '\0') : input.One_Of(pieces);
+    Network_Application application;
+    application.texts = {{CONFIG_SOCKS_USER, user.c_str()}, {CONFIG_SOCKS_PASSWORD, password.c_str()}};
+    UNIXNetworkManager manager(&application);
+    Scripted_Connection connection(&application, script);
+    std::string sent, error;
+    int done;
+    if (script.step % 8 == 0) {
+        error = Proxy4(user, {script.incoming}, script.write_limit, sent);
+        done = manager.SOCKS4_Connect(&connection, "127.0.0.1", 443, 5);
+    } else {
+        error = Proxy5(user, password, {script.incoming}, script.write_limit, sent);
+        done = manager.SOCKS5_Connect(&connection, "a.test", 443, 5);
+    }
+    // Behind a colon the connection may say why.
+    CHECK(done == error.empty() && done == manager.error().view().empty() &&
+          manager.error().view().starts_with(error));
+    CHECK(sent.substr(0, script.write_limit) == script.written);
+}
+
+struct Scripted_Manager : UNIXNetworkManager {
+    Scripted_Manager(TarnApplication* application, Script& script)
+        : UNIXNetworkManager(application), script(script) {}
+    NetworkConnection* TCP_Connect(const char* host, int number, int) override {
+        target = host, port = number;
+        return new Scripted_Connection(application, script);
+    }
+
+    Script& script;
+    std::string target;
+    int port = 0;
+};
+
+void Try_URL(Input& input, Script& script) {
+    const char* const pieces[] = {"http://", "HTTP:", "//",   "/",  "[", "]", "[::1]",
+                                  ":",       "?",     "host", "80", "8", "x"};
+    std::string url;
+    for (unsigned left = input.Below(12); left > 0; --left)
+        url += input.One_Of(pieces);
+    Network_Application application;
+    Scripted_Manager manager(&application, script);
+    static const std::regex form("([^:]*)://(\\[[^\\]]*\\]|(?!\\[)[^:/?]*)(?::([^/?]*))?(?:/(.*)|(\\?.*)?)");
+    std::smatch match;
+    const bool sound = std::regex_match(url, match, form);
+    const char* texts[4];
+    int lengths[4];
+    CHECK(manager.SplitURL(url.c_str(), input.Below(2) ? -1 : static_cast<int>(url.size()), &texts[0],
+                           &lengths[0], &texts[1], &lengths[1], &texts[2], &lengths[2], &texts[3],
+                           &lengths[3]) == sound);
+    const std::string path = match[4].matched ? match[4].str() : match[5].str();
+    const std::string parts[] = {match[1], match[2], match[3], path};
+    for (int i = 0; i < 4; ++i)
+        CHECK(!sound || (i == 2 && !match[3].matched) ? !texts[i]
+                                                      : std::string(texts[i], lengths[i]) == parts[i]);
+    const std::unique_ptr<NetworkConnection> connection(
+        manager.OpenURL("GET", url.c_str(), "", "", 0, "", "", "", "", "", "", "", 0, 1, 5, 0));
+    CHECK(!connection == !(sound && String(parts[0].c_str()).matches("http", 0)));
+    if (!connection)
+        return;
+    const bool bare = parts[1].size() >= 2 && parts[1][0] == '[';
+    int error;
+    const int port = parts[2].empty() ? 80 : TarnApplication::stoi(parts[2].c_str(), -1, &error);
+    CHECK(manager.target == (bare ? parts[1].substr(1, parts[1].size() - 2) : parts[1]) &&
+          manager.port == port);
+    CHECK(script.written == "GET /" + path + " HTTP/1.0\r\nHost: " + parts[1] +
+                                (parts[2].empty() ? "" : ":" + std::to_string(port)) + "\r\n\r\n");
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    const unsigned choice = input.Below(3);
+    Script script{.step = input.Between(1, 255)};
+    if (choice == 0)
+        Try_Response(input, script);
+    else if (choice == 1)
+        Try_Proxy(input, script);
+    else
+        Try_URL(input, script);
+    CHECK(script.open == 0);
+    return 0;
+}
