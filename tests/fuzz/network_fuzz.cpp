@@ -135,84 +135,84 @@ void Try_Response(Input& input, Script& script) {
     Network_Application application;
     HTTPResponseStream stream(new Scripted_Connection(&application, script), 5);
     const Response expected({script.incoming});
-    std::string body;
-    char buffer[9];
-    int count = stream.Read_Headers() ? 1 : -1;
-    while (count > 0 && (count = stream.Read(buffer, script.step % 9 + 1)) > 0)
-        body.append(buffer, count);
-    CHECK(count == 0 ? expected.error.empty() : stream.error().view() == expected.error);
-    // A read that meets a fault behind its bytes keeps them.
-    CHECK(count == 0 ? body == expected.body : expected.body.starts_with(body));
-    CHECK(stream.total_read() == static_cast<int>(expected.body.size()));
-    CHECK(stream.status() == expected.status && stream.content_length() == expected.length);
-    auto text = expected.headers.begin();
-    for (auto* header = stream.headers().First(); header; header = stream.headers().Next())
-        for (const String* seen : {&header->line, &header->name, &header->value})
-            CHECK(text != expected.headers.end() && seen->view() == *text++);
-    CHECK(text == expected.headers.end());
+    for (int round = 0; round < 2; ++round, script.position = 0) {
+        std::string body;
+        char buffer[9];
+        int count = stream.Read_Headers() ? 1 : -1;
+        while (count > 0 && (count = stream.Read(buffer, script.step % 9 + 1)) > 0)
+            body.append(buffer, count);
+        CHECK(count == 0 ? expected.error.empty() : stream.error().view() == expected.error);
+        // A read that meets a fault behind its bytes keeps them.
+        CHECK(count == 0 ? body == expected.body : expected.body.starts_with(body));
+        CHECK(stream.total_read() == static_cast<int>(expected.body.size()));
+        CHECK(stream.status() == expected.status && stream.content_length() == expected.length);
+        auto text = expected.headers.begin();
+        for (auto* header = stream.headers().First(); header; header = stream.headers().Next())
+            for (const String* seen : {&header->line, &header->name, &header->value})
+                CHECK(text != expected.headers.end() && seen->view() == *text++);
+        CHECK(text == expected.headers.end());
+    }
     stream.Close();
 }
 
-// What goes wrong, and what was sent until then.
-std::string Proxy4(const std::string& user, Words words, int limit, std::string& sent) {
-    std::string answer;
-    sent = "\4\1\1\xbb\x7f\0\0\1"s + user + '\0';
-    if (limit == 0)
-        return "SOCKS4: Connect error: peer is gone";
-    if (!words.Take(8, answer))
-        return "SOCKS4: Connect read error: ";
-    if (answer[0] != 0)
-        return "SOCKS4: Unexpected version";
-    return answer[1] == 'Z' ? ""
-                            : "SOCKS4: Failed to connect to host (" + std::to_string(answer[1] & 0xff) + ")";
-}
+// Both sides of an exchange, up to the first thing that goes wrong.
+struct Talk {
+    Words words;
+    std::size_t limit; // of what the peer takes
+    std::string sent = {}, heard = {}, error = {};
 
-std::string Proxy5(const std::string& user, const std::string& password, Words words, std::size_t limit,
-                   std::string& sent) {
-    const bool named = !user.empty() && !password.empty();
-    std::string answer;
-    const auto no = [&](const char* text) { return "SOCKS5: "s + text; };
-    const auto fails = [&](const std::string& text) { return sent.size() >= limit || (sent += text, false); };
-    if (user.size() > 255 || password.size() > 255)
-        return no("Username / password must be 255 characters or less");
-    if (fails(named ? "\5\2\0\2"s : "\5\1\0"s))
-        return no("Greeting write error: peer is gone");
-    if (!words.Take(2, answer))
-        return no("Greeting read error: ");
-    if (answer[0] != 5)
-        return no("Unexpected version");
-    if (answer[1] == 2) {
-        if (fails('\1' + (static_cast<char>(user.size()) + user) + static_cast<char>(password.size()) +
-                  password))
-            return no("Client authentication write error: peer is gone");
-        if (!words.Take(2, answer))
-            return no("Client authentication read error: ");
-        if (answer[0] != 1)
-            return no("Unexpected version");
-        if (answer[1] != 0)
-            return no("Authentication failed");
-    } else if (answer[1] != 0)
-        return no("No acceptable authentication methods");
-    if (fails("\5\1\0\3\6a.test\1\xbb"s))
-        return no("Client connection request error: peer is gone");
-    if (!words.Take(4, answer))
-        return no("Client connection response error: ");
-    if (answer[0] != 5)
-        return no("Unexpected version");
-    if (answer[1] != 0)
-        return answer[1] == 2   ? no("Connection not allowed by ruleset")
-               : answer[1] == 4 ? no("Host unreachable")
-                                : no("Failed to connect to host (") + std::to_string(answer[1] & 0xff) + ")";
-    if (answer[2] != 0)
-        return no("Unexpected response packet");
-    if (answer[3] != 1 && answer[3] != 4)
-        return no("Unexpected address type");
-    return words.Take(answer[3] == 4 ? 18 : 6, answer) ? "" : no("Client connection response error");
-}
+    bool Must(bool good, const std::string& text) {
+        if (!good)
+            error = text;
+        return good;
+    }
+    bool Say(const std::string& text, const std::string& failure) {
+        return Must(sent.size() < limit, failure + ": peer is gone") && (sent += text, true);
+    }
+    bool Hear(std::size_t count, const std::string& failure) {
+        return Must(words.Take(count, heard), failure);
+    }
+    bool Hear_Yes(const std::string& version, char answer, const std::string& refusal) {
+        return Must(heard[0] == version.back(), "Unexpected version") && Must(heard[1] == answer, refusal);
+    }
+    std::string Code() const { return "Failed to connect to host (" + std::to_string(heard[1] & 0xff) + ")"; }
+
+    bool With_4(const std::string& user) {
+        return Say("\4\1\1\xbb\x7f\0\0\1"s + user + '\0', "Connect error") &&
+               Hear(8, "Connect read error: ") && Hear_Yes("\0"s, 'Z', Code());
+    }
+    bool With_5(const std::string& user, const std::string& password, const std::string& address) {
+        const bool named = !user.empty() && !password.empty();
+        return Must(user.size() < 256 && password.size() < 256,
+                    "Username / password must be 255 characters or less") &&
+               Say(named ? "\5\2\0\2"s : "\5\1\0"s, "Greeting write error") &&
+               Hear(2, "Greeting read error: ") &&
+               Hear_Yes("\5", heard[1] == 2 ? 2 : 0, "No acceptable authentication methods") &&
+               (heard[1] == 0 || (Say('\1' + (static_cast<char>(user.size()) + user) +
+                                          static_cast<char>(password.size()) + password,
+                                      "Client authentication write error") &&
+                                  Hear(2, "Client authentication read error: ") &&
+                                  Hear_Yes("\1", 0, "Authentication failed"))) &&
+               Say("\5\1\0"s + address + "\1\xbb", "Client connection request error") &&
+               Hear(4, "Client connection response error: ") &&
+               Hear_Yes("\5", 0,
+                        heard[1] == 2   ? "Connection not allowed by ruleset"
+                        : heard[1] == 4 ? "Host unreachable"
+                                        : Code()) &&
+               Must(heard[2] == 0, "Unexpected response packet") &&
+               Must(heard[3] == 1 || heard[3] == 4, "Unexpected address type") &&
+               Hear(heard[3] == 4 ? 18 : 6, "Client connection response error");
+    }
+};
 
 void Try_Proxy(Input& input, Script& script) {
-    const std::string user(input.Below(3) * 128, 'u'), password(input.Below(3) * 128, 'p');
+    const unsigned lengths[] = {0, 1, 255, 256};
+    const std::string user(input.One_Of(lengths), 'u'), password(input.One_Of(lengths), 'p');
     const char* const pieces[] = {"\5", "\2", "\1", "\4", "Z", "....", "\xff"};
+    const std::pair<const char*, std::string> hosts[] = {{"a.test", "\3\6a.test"},
+                                                         {"127.0.0.1", "\1\x7f\0\0\1"s},
+                                                         {"::1", "\4" + std::string(15, '\0') + "\1"}};
+    const auto& [host, address] = input.One_Of(hosts);
     script.write_limit = input.Below(4) ? INT_MAX : input.Between(0, 40);
     while (input.More())
         script.incoming += input.Below(3) ? std::string(1, '\0') : input.One_Of(pieces);
@@ -220,19 +220,15 @@ void Try_Proxy(Input& input, Script& script) {
     application.texts = {{CONFIG_SOCKS_USER, user.c_str()}, {CONFIG_SOCKS_PASSWORD, password.c_str()}};
     UNIXNetworkManager manager(&application);
     Scripted_Connection connection(&application, script);
-    std::string sent, error;
-    int done;
-    if (script.step % 8 == 0) {
-        error = Proxy4(user, {script.incoming}, script.write_limit, sent);
-        done = manager.SOCKS4_Connect(&connection, "127.0.0.1", 443, 5);
-    } else {
-        error = Proxy5(user, password, {script.incoming}, script.write_limit, sent);
-        done = manager.SOCKS5_Connect(&connection, "a.test", 443, 5);
-    }
+    Talk talk{{script.incoming}, static_cast<std::size_t>(script.write_limit)};
+    const bool old = script.step % 8 == 0,
+               done = old ? talk.With_4(user) : talk.With_5(user, password, address);
+    CHECK(done == (old ? manager.SOCKS4_Connect(&connection, "127.0.0.1", 443, 5)
+                       : manager.SOCKS5_Connect(&connection, host, 443, 5)));
     // Behind a colon the connection may say why.
-    CHECK(done == error.empty() && done == manager.error().view().empty() &&
-          manager.error().view().starts_with(error));
-    CHECK(sent.substr(0, script.write_limit) == script.written);
+    const std::string error = done ? "" : (old ? "SOCKS4: " : "SOCKS5: ") + talk.error;
+    CHECK(done == manager.error().view().empty() && manager.error().view().starts_with(error));
+    CHECK(talk.sent.substr(0, talk.limit) == script.written);
 }
 
 struct Scripted_Manager : UNIXNetworkManager {
@@ -261,9 +257,10 @@ void Try_URL(Input& input, Script& script) {
     const bool sound = std::regex_match(url, match, form);
     const char* texts[4];
     int lengths[4];
-    CHECK(manager.SplitURL(url.c_str(), input.Below(2) ? -1 : static_cast<int>(url.size()), &texts[0],
-                           &lengths[0], &texts[1], &lengths[1], &texts[2], &lengths[2], &texts[3],
-                           &lengths[3]) == sound);
+    const std::string longer = url + (input.Below(2) ? "" : "]:/?x");
+    const int length = longer.size() > url.size() ? static_cast<int>(url.size()) : -1;
+    CHECK(manager.SplitURL(longer.c_str(), length, &texts[0], &lengths[0], &texts[1], &lengths[1], &texts[2],
+                           &lengths[2], &texts[3], &lengths[3]) == sound);
     const std::string path = match[4].matched ? match[4].str() : match[5].str();
     const std::string parts[] = {match[1], match[2], match[3], path};
     for (int i = 0; i < 4; ++i)

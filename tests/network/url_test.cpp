@@ -34,16 +34,6 @@ struct Manager : testing::Test {
     Scripted_Manager manager{&application, script};
 };
 
-TEST_F(Manager, Splits_A_URL_Of_A_Length) {
-    const char *protocol, *host, *port, *path;
-    int lengths[4];
-    ASSERT_TRUE(manager.SplitURL("ftp://host/path", 12, &protocol, &lengths[0], &host, &lengths[1], &port,
-                                 &lengths[2], &path, &lengths[3]));
-    EXPECT_EQ(std::string(protocol, lengths[0]) + std::string(host, lengths[1]), "ftphost");
-    EXPECT_EQ(std::string(path, lengths[3]), "p");
-    EXPECT_FALSE(port);
-}
-
 struct Request {
     const char* url;
     const char* expected; // the request with its line ends as '|', or why there is none
