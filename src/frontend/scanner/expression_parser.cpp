@@ -42,17 +42,26 @@ void ExpressionParser::Collect(const char* token, int length) {
 }
 
 // White space is passed where it stands: all that it does is to end an operand.
-ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, const char* token, int length,
-                                              Tokenizer* tokenizer, ParserState* state) {
-    while (type != TOKEN_RBRACE && type != TOKEN_EOF) {
-        ParserStatus status = Process_Expression_Fragment(type, token, length, tokenizer, state);
+ParserStatus ExpressionParser::Process_Tokens(Tokenizer_TokenType& type, Tokenizer* tokenizer,
+                                              ParserState* state) {
+    ParserStatus status = PARSER_OK;
+    while (status == PARSER_OK && *state == STATE_EXPRESSION) {
+        const Tokenizer::Dotted_Name name =
+            scan_state == SCAN_IDLE ? tokenizer->Next_Name() : Tokenizer::Dotted_Name{};
+        if (name.length != 0) {
+            status = Take_Name(name, tokenizer);
+            continue;
+        }
+        const char* token;
+        int length;
+        type = tokenizer->Get_Next_Token(&token, length);
+        if (type == TOKEN_RBRACE || type == TOKEN_EOF)
+            break;
+        status = Process_Expression_Fragment(type, token, length, tokenizer, state);
         if (status == PARSER_OK && *state == STATE_EXPRESSION && tokenizer->Skip_Space())
             status = Take_Space();
-        if (status != PARSER_OK || *state != STATE_EXPRESSION)
-            return status;
-        type = tokenizer->Get_Next_Token(&token, length);
     }
-    return PARSER_OK;
+    return status;
 }
 
 ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType type, const char* token,
@@ -76,21 +85,12 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
 // dotted name, and the parenthesis that makes it a call, are taken at once; by its tokens it would end up in
 // the same state.
 ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, Tokenizer* tokenizer) {
+    operand_is_plain = false;
     if (scan_state == SCAN_IDLE) {
-        const _OperatorLookup* word = operator_lookup.Lookup(token, length);
-        if (word && (word->id == OPERATOR_FMT || word->id == OPERATOR_SUBSTR))
-            return parser->Report<Message::Operator_Obsolete>(
-                std::string_view(token, static_cast<std::size_t>(length)));
-        if (word) {
-            operand_seen = 0;
-            return Hand_On(*word, 0);
-        }
+        if (const _OperatorLookup* word = operator_lookup.Lookup(token, length))
+            return Take_Word(*word, token);
         tokenizer->Read_Dotted_Name(length);
-        if (tokenizer->Take('('))
-            return parser->Expression_StartFunctionCall(token, length, 0);
-        operand = {token, static_cast<std::size_t>(length)};
-        scan_state = SCAN_NAME;
-        return tokenizer->Skip_Space() ? Expression_Flush() : PARSER_OK;
+        return Take_Whole_Name(token, length, tokenizer);
     }
     Collect(token, length);
     if (scan_state == SCAN_CALL_DOT)
@@ -98,6 +98,34 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, To
     else if (scan_state != SCAN_CALL_NAME && scan_state != SCAN_MEMBER)
         scan_state = SCAN_NAME;
     return PARSER_OK;
+}
+
+// The same without the tokens, for a name that the tokenizer has seen whole.
+ParserStatus ExpressionParser::Take_Name(const Tokenizer::Dotted_Name& name, Tokenizer* tokenizer) {
+    if (const _OperatorLookup* word = operator_lookup.Lookup(name.text, name.first_length)) {
+        tokenizer->Pass(name.first_length);
+        const ParserStatus status = Take_Word(*word, name.text);
+        return status == PARSER_OK && tokenizer->Skip_Space() ? Take_Space() : status;
+    }
+    tokenizer->Pass(name.length);
+    operand_is_plain = true;
+    return Take_Whole_Name(name.text, name.length, tokenizer);
+}
+
+ParserStatus ExpressionParser::Take_Word(const _OperatorLookup& word, const char* token) {
+    if (word.id == OPERATOR_FMT || word.id == OPERATOR_SUBSTR)
+        return parser->Report<Message::Operator_Obsolete>(
+            std::string_view(token, static_cast<std::size_t>(word.length)));
+    operand_seen = 0;
+    return Hand_On(word, 0);
+}
+
+ParserStatus ExpressionParser::Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer) {
+    if (tokenizer->Take('('))
+        return parser->Expression_StartFunctionCall(name, length, 0);
+    operand = {name, static_cast<std::size_t>(length)};
+    scan_state = SCAN_NAME;
+    return tokenizer->Skip_Space() ? Expression_Flush() : PARSER_OK;
 }
 
 // A name directly in front of the literal is not flushed, and so comes behind it.
@@ -277,7 +305,7 @@ ParserStatus ExpressionParser::Expression_Flush() {
 }
 
 ParserStatus ExpressionParser::Flush_Name() {
-    if (operand.find('\\') != operand.npos) {
+    if (!operand_is_plain && operand.find('\\') != operand.npos) {
         text = String(operand.data(), Length());
         text.gsub("\\", nullptr);
         operand = text.view();

@@ -4,11 +4,11 @@
 #include "core/string.h"
 #include "frontend/scanner/operator_lookup.h"
 #include "frontend/scanner/parser_types.h"
+#include "frontend/scanner/tokenizer.h"
 
 #include <string_view>
 
 class Parser;
-class Tokenizer;
 
 // ExpressionParser groups the tokens between braces into operands and operators and calls the Expression_
 // operations of its parser, in source order. It knows no precedence: the numbers of an operator come from the
@@ -30,10 +30,9 @@ class ExpressionParser {
     // state may be null.
     ParserStatus Process_Expression_Fragment(Tokenizer_TokenType type, const char* token, int length,
                                              Tokenizer* tokenizer, ParserState* state);
-    // Takes a token and all that follow, up to the closing brace, the end of the text, or what the scanner
-    // has to look at first: a report, or another state. The type is then that of the last token drawn.
-    ParserStatus Process_Tokens(Tokenizer_TokenType& type, const char* token, int length,
-                                Tokenizer* tokenizer, ParserState* state);
+    // Draws and takes tokens up to the closing brace, the end of the text, or what the scanner has to look at
+    // first: a report, or another state. The type is then that of the last token drawn.
+    ParserStatus Process_Tokens(Tokenizer_TokenType& type, Tokenizer* tokenizer, ParserState* state);
     // Hands on the operand that is being collected, if any.
     ParserStatus Expression_Flush();
     // Reads the call that follows the ] of [file].function(arguments), entered at the dot. The arguments are
@@ -57,6 +56,9 @@ class ExpressionParser {
     int Length() const { return static_cast<int>(operand.size()); } // of the operand
     void Collect(const char* token, int length);
     ParserStatus Take_Identifier(const char* token, int length, Tokenizer* tokenizer);
+    ParserStatus Take_Name(const Tokenizer::Dotted_Name& name, Tokenizer* tokenizer);
+    ParserStatus Take_Word(const _OperatorLookup& word, const char* token);
+    ParserStatus Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer);
     ParserStatus Take_String(Tokenizer* tokenizer);
     ParserStatus Take_Operator(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
     ParserStatus Take_Number(const char* token, int length);
@@ -87,7 +89,8 @@ class ExpressionParser {
     String text;     // takes an operand that is no slice of the source
     int paren_depth; // within the states behind a ] that a dot follows
 
-    std::string_view operand; // that is being collected: a slice of the source, or all of text
+    std::string_view operand;      // that is being collected: a slice of the source, or all of text
+    bool operand_is_plain = false; // a name that is known to hold no backslash
 };
 
 #endif

@@ -234,6 +234,8 @@ class Parser {
     void Start_Bare_Value(const Scan& scan);
     void Close_Tag(Scan& scan);
     void Open_Expression(Scan& scan);
+    void Read_Expression(Scan& scan);
+    void End_Expression(Scan& scan);
     void Close_Expression(Scan& scan);
     void End_Bare_Text(Scan& scan);
     void End_Bare_Value(Scan& scan);

@@ -231,10 +231,9 @@ void Parser::Open_Expression(Scan& scan) {
         if (!capture_expression) {
             tokenizer->in_expression = 1;
             state = STATE_EXPRESSION;
-            if (scan.status != PARSER_OK)
-                return;
-            Draw(scan);
-            return State_Expression(scan);
+            if (scan.status == PARSER_OK)
+                Read_Expression(scan);
+            return;
         }
         capture_expression = 0;
         Reset_Output(); // a call text that was cut short captures the wrong expression
@@ -244,10 +243,23 @@ void Parser::Open_Expression(Scan& scan) {
     scan.status = std::max(scan.status, Process_Quoted_String('"', scan.text, scan.length));
 }
 
+// Behind a report.
 void Parser::State_Expression(Scan& scan) {
-    scan.status = expression_parser->Process_Tokens(scan.type, scan.text, scan.length, tokenizer, &state);
-    if (scan.status != PARSER_OK || state != STATE_EXPRESSION)
-        return;
+    if (scan.type == TOKEN_RBRACE || scan.type == TOKEN_EOF)
+        return End_Expression(scan);
+    scan.status =
+        expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length, tokenizer, &state);
+    if (scan.status == PARSER_OK && state == STATE_EXPRESSION)
+        Read_Expression(scan);
+}
+
+void Parser::Read_Expression(Scan& scan) {
+    scan.status = expression_parser->Process_Tokens(scan.type, tokenizer, &state);
+    if (scan.status == PARSER_OK && state == STATE_EXPRESSION)
+        End_Expression(scan);
+}
+
+void Parser::End_Expression(Scan& scan) {
     if (scan.type == TOKEN_RBRACE) {
         if (start_state == START_FILE) {
             state = STATE_EXPRESSION_END;

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cerrno>
 #include <climits>
 #include <cstring>
@@ -71,10 +72,6 @@ constexpr Byte_Table byte_traits = [] {
     return table;
 }();
 
-unsigned First_Token(char byte) {
-    return token_first_bytes[static_cast<unsigned char>(byte)];
-}
-
 bool Has_Trait(char byte, Byte_Trait trait) {
     return byte_traits[static_cast<unsigned char>(byte)] & trait;
 }
@@ -112,6 +109,48 @@ Text_Run Find_End_Of_Text(const char* at, const char* end) {
     for (; at < end && *at != '<' && *at != '\0'; ++at)
         line_feeds += *at == '\n';
     return {at, line_feeds};
+}
+
+// Sixteen bytes, in which nearly every name ends: one bit for each place.
+class Name_Window {
+  public:
+    static constexpr int size = 16;
+
+    explicit Name_Window(const char* text)
+        : bytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))),
+          starts(Range(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 'z') | Places_Of('_')),
+          identifiers(starts | Range(bytes, '0', '9')) {}
+
+    unsigned Places_Of(char byte) const { return Bits(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte))); }
+
+  private:
+    static unsigned Bits(__m128i places) { return static_cast<unsigned>(_mm_movemask_epi8(places)); }
+    static unsigned Range(__m128i in, char first, char last) {
+        return Bits(_mm_and_si128(_mm_cmpgt_epi8(in, _mm_set1_epi8(static_cast<char>(first - 1))),
+                                  _mm_cmplt_epi8(in, _mm_set1_epi8(static_cast<char>(last + 1)))));
+    }
+
+    const __m128i bytes;
+
+  public:
+    const unsigned starts;      // letters and _
+    const unsigned identifiers; // digits too
+};
+
+// Behind the bytes that go on in an identifier, by the rule of tags or that of expressions.
+const char* End_Of_Name_Bytes(const char* at, const char* end, bool in_expression) {
+    for (; end - at >= Name_Window::size; at += Name_Window::size) {
+        const Name_Window window(at);
+        unsigned places = window.identifiers;
+        if (!in_expression)
+            places |= window.Places_Of('-') | window.Places_Of(':') | window.Places_Of('\\');
+        if (const int length = std::countr_one(places); length < Name_Window::size)
+            return at + length;
+    }
+    const Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
+    while (at < end && Has_Trait(*at, name_byte))
+        ++at;
+    return at;
 }
 
 const char* Behind_Last_Line_Feed(const char* begin, const char* end) {
@@ -268,9 +307,18 @@ Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_lengt
     return TOKEN_OTHER;
 }
 
+Tokenizer::Dotted_Name Tokenizer::Short_Name(const char* text) {
+    const Name_Window window(text);
+    const unsigned dots = window.Places_Of('.') & window.starts >> 1;
+    const int length = std::countr_one(window.identifiers | dots);
+    if (length >= name_window - 1 || text[length] == '\\')
+        return {};
+    return {text, std::countr_one(window.identifiers), length};
+}
+
 void Tokenizer::Read_Dotted_Name(int& token_length) {
     while (!peek_text && length - position > 1 && buffer[position] == '.' &&
-           First_Token(buffer[position + 1]) == (TOKEN_IDENT | VARYING_LENGTH)) {
+           Starts_Name(buffer[position + 1])) {
         const int end = static_cast<int>(End_Of_Identifier(buffer + position + 2) - buffer);
         token_length += end - position;
         position = end;
@@ -362,10 +410,8 @@ const char* Tokenizer::End_Of_Number(const char* at) const {
 // In an expression a backslash takes the byte behind it, whatever that is.
 inline const char* Tokenizer::End_Of_Identifier(const char* at) const {
     const char* end = buffer + identifier_limit;
-    const Byte_Trait name_byte = in_expression ? EXPRESSION_NAME_BYTE : TAG_NAME_BYTE;
     for (;;) {
-        while (at < end && Has_Trait(*at, name_byte))
-            ++at;
+        at = End_Of_Name_Bytes(at, end, in_expression);
         if (!in_expression || at == end || *at != '\\')
             return at;
         at += std::min<long>(2, end - at);

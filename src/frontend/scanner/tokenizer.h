@@ -68,6 +68,22 @@ class Tokenizer {
     // Extends an identifier that was just read over what continues a dotted name: any number of dots that are
     // directly followed by an identifier.
     void Read_Dotted_Name(int& token_length);
+
+    // A dotted name of an expression, and the length of the identifier that it begins with.
+    struct Dotted_Name {
+        const char* text;
+        int first_length;
+        int length;
+    };
+    // Looks at the dotted name that comes next. Answers a length of 0 when there is none, and also for one
+    // that is long, holds a backslash or stands close to the end of the text: the tokens tell of these.
+    Dotted_Name Next_Name() const {
+        if (peek_text || bare_expression || length - position < name_window || !Starts_Name(buffer[position]))
+            return {};
+        return Short_Name(buffer + position);
+    }
+    // Passes bytes of what Next_Name has looked at.
+    void Pass(int count) { position += count; }
     // Reads to the first terminator, which belongs to the slice, over pairs of the escape and another byte.
     // The answer is TOKEN_OTHER, TOKEN_UNTERMINATED when the text ended first, or that of
     // Check_Buffer_Fullness when nothing was left at all.
@@ -115,6 +131,12 @@ class Tokenizer {
     int identifier_limit; // length, or what it was before the text was made to end early
     File_Stamp opened;
 
+    static constexpr int name_window = 16;
+
+    static bool Starts_Name(char byte) {
+        return token_first_bytes[static_cast<unsigned char>(byte)] == (TOKEN_IDENT | VARYING_LENGTH);
+    }
+    static Dotted_Name Short_Name(const char* text);
     bool Map_File();
     void Use_No_Text();
     void Note_Line_Feed(const char* behind);
