@@ -40,26 +40,23 @@ TEST_F(ElementsTest, No_Element_Goes_Beyond_The_Highest_Index) {
 // which it is read, follow from the shape that every step before has left.
 TEST_F(ElementsTest, Each_Step_Leaves_Its_Shape) {
     const struct {
-        const char* inserted; // as they come, 1 with the value a
+        std::string inserted; // as they come, 1 with the value a
         int position;         // inserted at or, if negative, merged from within the array
-        int looked_up;
-        int deleted;
+        int looked_up, deleted;
         const char* text;
     } cases[] = {
         {"3241", 4, 4, 2, "a,v,d,c"}, {"3241", 0, 4, 2, "a,d,v,c"}, {"54123", -5, 3, 4, "e,a,b,d,e"}};
-    for (const auto& c : cases) {
+    for (const auto& [inserted, position, looked_up, deleted, text] : cases) {
         VariableHold array = New();
-        for (const char* digit = c.inserted; *digit; ++digit) {
-            const char letter = static_cast<char>('a' + *digit - '1');
-            array->Element(*digit - '0', 1)->SetValue(&letter, 1);
-        }
-        if (c.position < 0)
-            array->MergeElements(array.get(), -c.position, 1, 1, true);
-        (void)array->Element(c.looked_up, 0);
-        array->DeleteElement(c.deleted, false);
-        if (c.position >= 0)
-            array->InsertElement(c.position, New("v").get());
-        EXPECT_EQ(Text(array), c.text);
+        for (const char digit : inserted)
+            array->Element(digit - '0', 1)->SetValue(&"abcde"[digit - '1'], 1);
+        if (position < 0)
+            array->MergeElements(array.get(), -position, 1, 1, true);
+        (void)array->Element(looked_up, 0);
+        array->DeleteElement(deleted, false);
+        if (position >= 0)
+            array->InsertElement(position, New("v").get());
+        EXPECT_EQ(Text(array), text);
     }
 }
 
