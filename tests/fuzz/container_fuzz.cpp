@@ -202,10 +202,10 @@ void Try_Table(Input input, int case_insensitive, int bucket_bits) {
             CHECK(table.Find(e) == expected);
         }
         const int size = static_cast<int>(slots.size());
-        if (behind)
-            cursor = std::min(cursor, size); // what comes takes the slots of what went
+        if (behind && choice > 0)
+            cursor = std::min(cursor, size); // what comes takes the slots of what was removed
         if (choice % 3 == 0) {
-            const unsigned move = choice ? std::min(input.Below(9), 3u) : 0;
+            const unsigned move = std::min(input.Below(9), 3u);
             const int from[] = {0, size - 1, std::min(cursor, size) - 1, behind ? cursor : cursor + 1};
             for (cursor = from[move]; cursor >= 0 && cursor < size && !slots[cursor];)
                 cursor += move % 3 ? -1 : 1;

@@ -82,9 +82,9 @@ class PartsTest : public ImageTest {
 
 TEST(DictionaryDataBlock, Shares_What_It_Has) {
     const std::pair<std::string, int> cases[] = {
-        {"abc", 0},  {"", 0},    {"xabcx", 3}, {"abcx", 0}, // across two texts
-        {"abcd", 8}, {"xa", 3},  {"bcdx", -1},              // no room
-        {"dd", 12},                                         // fills the block
+        {"abc", 0},  {"abc", 0}, {"", 0},      {"xabcx", 3}, {"abcx", 0}, // across two texts
+        {"abcd", 8}, {"xa", 3},  {"bcdx", -1},                            // no room
+        {"dd", 12},                                                       // fills the block
         {"cdd", 10}, {"ee", -1},
     };
     DictionaryDataBlock block(14);
