@@ -316,8 +316,8 @@ TEST_F(PartsTest, Damaged_Chains_End) {
         ASSERT_TRUE(Read(read, {"func", patch(section)}));
         EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "1 sum(4: a 0/0 b 1/1)");
         EXPECT_EQ(read.Function_Get("zzzz", -1), nullptr);
-        Function* const added = read.Function_Add("mi", -1, 0);
-        EXPECT_EQ(read.Function_Get("MI", -1), added);
+        Function* const added = read.Function_Add("zzzz", -1, 0);
+        EXPECT_EQ(read.Function_Get("ZZZZ", -1), added);
     }
 }
 

@@ -187,8 +187,12 @@ TEST_F(VariableHashImageTest, Damaged_Table_Is_Refused) {
     EXPECT_FALSE(Load(table, {"vars", Patch{3, 0x7ffffff}(Table(0).second)})); // more than the file has
     EXPECT_EQ(Look(table, "max"), "-");
     const std::string bytes = Table(0).second;
-    ASSERT_TRUE(Load(table, {"vars", Patch{25, 9}(bytes)})); // a link to no slot ends its chain
-    EXPECT_EQ(Saved(table), Image({{"vars", Patch{25, -1}(bytes)}}));
+    for (const auto& [link, taken] :
+         {std::pair(9, -1), {3, 3}}) { // to no slot, which ends its chain, and back
+        ASSERT_TRUE(Load(table, {"vars", Patch{25, link}(bytes)}));
+        EXPECT_EQ(Look(table, "other"), "none");
+        EXPECT_EQ(Saved(table), Image({{"vars", Patch{25, taken}(bytes)}}));
+    }
 }
 
 TEST_F(VariableHashImageTest, View_Knows_Names_By_Its_Own_Numbers) {
