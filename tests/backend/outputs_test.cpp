@@ -178,14 +178,17 @@ TEST(FileOutput, Goes_On_After_Interruptions_And_Keeps_The_First_Failure) {
         const std::unique_ptr<File> file(
             manager.Open(path.c_str(), FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE));
         FileOutput output(file.get(), 4);
-        write_steps = {-EINTR, 1, -EINTR, 1, 8, end, -ENOSPC};
+        output.SetFlags(OUTPUT_COMPRESS_FULL);
+        write_steps = {-EINTR, 1, -EINTR, 1, 5, 9, end, -ENOSPC};
         output.Write("ab", 2);
-        EXPECT_EQ(output.Write("0123456789abcdef", 16), 16);
+        output.Write("long ", 5);
+        output.Write_Compressed(" 0123456789", 11);
         output.Write("ghij", 4);
         EXPECT_EQ(output.Flush(), -1);
         EXPECT_STREQ(output.error().text(), end ? strerror(EFBIG) : "");
         EXPECT_TRUE(output.failed() && write_steps.size() == 1);
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(std::ifstream(path).rdbuf()), {}), "ab01234567");
+        std::ifstream written(path);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(written), {}), "ablong 012345678");
     }
     write_steps.clear();
     std::remove(path.c_str());

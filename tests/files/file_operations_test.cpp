@@ -187,6 +187,7 @@ class Disturbed_Manager : public UNIXFileManager {
 TEST_F(File_Operations, Neither_Empty_Nor_Make_What_They_Refuse) {
     SKIP_UNLESS_ROOT();
     Link("./f", "root/to_f");
+    Link("./to_f", "root/to_link");
     Link("none", "root/new");
     Disturbed_Manager disturbed(&application, *manager);
     disturbed.SecurityOptions(links);
@@ -195,12 +196,17 @@ TEST_F(File_Operations, Neither_Empty_Nor_Make_What_They_Refuse) {
         disturbed.victim = At("root/f");
         EXPECT_FALSE(see(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)));
         EXPECT_EQ(disturbed.error().view(), other_file_message);
+        Own("root/f", 0);
+        EXPECT_FALSE(disturbed.Exists(data, "to_f", &observed.exists));
         EXPECT_FALSE(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)); // theirs from the start
         EXPECT_TRUE(!disturbed.Copy(data, "aside", data, "to_f") && Get("root/f") == "root/f");
         disturbed.victim.clear();
         Own("root/f", 0);
         EXPECT_TRUE(see(disturbed.Open(data, "to_f", mode | FILE_MODE_TRUNCATE)) && Get("root/f").empty());
     }
+    disturbed.victim = At("root/to_f");
+    EXPECT_FALSE(see(disturbed.Open(data, "to_link", FILE_MODE_READ)));
+    EXPECT_EQ(disturbed.error().view(), other_file_message);
     Own("root/new");
     EXPECT_FALSE(disturbed.Open(data, "new", FILE_MODE_WRITE | FILE_MODE_CREATE));
     EXPECT_FALSE(disturbed.TouchFile(data, "new") || fs::exists(At("root/none")));
@@ -236,6 +242,8 @@ TEST_F(File_Operations, Count_Open_Files_And_Keep_Them_From_Children) {
     fs::rename(At("root/l"), At("root/d/g"));
     EXPECT_EQ(third->Length(), -1);
     EXPECT_EQ(third->error().view(), link_message);
+    manager->MaxFiles(1);
+    EXPECT_FALSE(manager->Copy(data, "f", data, "aside")); // which takes two
 }
 
 TEST_F(File_Operations, Do_What_They_Say) {

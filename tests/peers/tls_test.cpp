@@ -199,6 +199,7 @@ TEST_F(TLS, Survives_The_Server) {
     const std::jthread serving([this] { Serve(); });
     EXPECT_EQ(Connect({}), "- -\n");
     char byte = 0;
+    ERR_raise(ERR_LIB_USER, 1);
     EXPECT_EQ(connection->Read(&byte, 0, patience) + connection->Read(&byte, 1, patience), 0);
     EXPECT_STREQ(connection->error().text(), "SSL Read Error: The remote server closed the connection");
     String line;
