@@ -15,8 +15,9 @@ FILES = {
     "good.tn": "Hi",
     "bad.tn": "<TnELSE>",
     "function.tn": '<TnFUNCTION NAME="f">a</TnFUNCTION>',
-    "bare.tn": "<TnEXIT NONE=1a>",
+    "certvalue.tn": '<TnCALL ACTION="u" METHOD="m" CERTVALUE="v"></TnCALL>',
     "flags.tn": '<TnCALL ACTION="u" METHOD="m" FLAGS="f"></TnCALL>',
+    "pin.tn": '<TnCALL ACTION="u" METHOD="m" PIN-ALGORITHM="a" PIN-DIGEST="d"></TnCALL>',
     "unscoped.tn": '<TnEVAL EXPR="{a}">',
     "warned.tn": '<TnEVAL NONE="1" EXPR="{1}"><TARN ERROROUTPUTLEVEL="syntax">',
     "large.tn": '<TnINCLUDE FILE="large" INTERPRET="off">',
@@ -31,7 +32,6 @@ ELSE = "bad.tn:1: CE_122: TnELSE without TnIF"
 LOST = "function.tn:1: CW_17: Text will not be output"
 FIRST = "warned.tn:1: CW_1: Unknown attribute name NONE"
 UPPER = 'warned.tn:1: CW_51: Value "syntax" has no effect in compiled Tarn Script for the "ERROROUTPUTLEVEL" attribute'
-BARE = 'bare.tn:1: CW_1: Unknown attribute name NONE\nbare.tn:1: CE_182: "1a" is not a valid unquoted numeric constant'
 UNSCOPED = 'unscoped.tn:1: C{}: Unscoped variable "a"'
 
 # Options and sources, and what is said.
@@ -64,7 +64,6 @@ FAILING = [
     ("huge.tn", "huge.tn:1: CE_186: TnINCLUDE cannot open file 'huge': File too large"),
     ("-w all bad.tn", ELSE),
     ("-w all -X 1 -W 1 warned.tn", FIRST),
-    ("bare.tn", BARE),
     ("-C 5.31 flags.tn", "flags.tn:1: CE_224: Engine version 5.31 does not support the FLAGS attribute to TnCALL"),
     ("-P lock,SCOPE unscoped.tn", UNSCOPED.format("E_189")),
     ("-P ALL unscoped.tn", UNSCOPED.format("E_189")),
@@ -75,7 +74,9 @@ PASSING = [
     ("-oignored a.out good.tn", "", "a.out"),
     ("-AfFo a.out -o b.out good.tn", "", "b.out"),
     ("-C 4 good.tn", "", "output.tna"),
+    ("-C 5.24 certvalue.tn", "", "output.tna"),
     ("-C 5.32 flags.tn", "", "output.tna"),
+    ("-C 5.33 pin.tn", "", "output.tna"),
     ("-C nan good.tn", "", "output.tna"),
     ("-O 99999999999999999999 good.tn", "", "output.tna"),
     ("-L good.tn good.tn", "", "output.tna"),
