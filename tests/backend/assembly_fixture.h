@@ -9,6 +9,14 @@
 #include <utility>
 #include <vector>
 
+// The pieces as one text; they are gone then.
+inline std::string Take_All(std::vector<std::string>& pieces) {
+    std::string all;
+    for (const std::string& piece : std::exchange(pieces, {}))
+        all += piece;
+    return all;
+}
+
 // Keeps each piece that reaches the sink.
 class Recording_Output : public CompilerOutput {
   public:
@@ -19,13 +27,7 @@ class Recording_Output : public CompilerOutput {
         return length;
     }
     // All that was written since it was asked for.
-    std::string Written() {
-        Flush();
-        std::string all;
-        for (const std::string& piece : std::exchange(pieces, {}))
-            all += piece;
-        return all;
-    }
+    std::string Written() { return Flush(), Take_All(pieces); }
 
     std::vector<std::string> pieces;
 };

@@ -80,13 +80,7 @@ struct Model {
             Flush();
     }
 
-    std::string Written() {
-        Flush();
-        std::string all;
-        for (const std::string& piece : std::exchange(pieces, {}))
-            all += piece;
-        return all;
-    }
+    std::string Written() { return Flush(), Take_All(pieces); }
 
     std::size_t capacity;
     std::string waiting = "";
