@@ -12,11 +12,7 @@ constexpr char secret[] = "secret of others";
 constexpr long secret_time = 86400;
 constexpr int secret_mode = S_IFREG | 0711;
 
-// Below the root, a file and a directory change places with a stranger's links out of it to own targets, and
-// with each other, while every contained operation is tried. Nothing outside may be changed, and nothing of
-// it may be seen. RACE_TRIES in the environment makes it long.
-class Containment_Race : public File_Tree, public testing::WithParamInterface<int> {
-  protected:
+struct Containment_Race : File_Tree, testing::WithParamInterface<int> {
     // The times of change of all that is outside, which tell of each touch.
     std::string Outside() const {
         std::string state;
@@ -27,40 +23,43 @@ class Containment_Race : public File_Tree, public testing::WithParamInterface<in
         }
         return state;
     }
-
-    static void Exchange(const std::stop_token& end, int root, std::atomic<int>& swaps) {
-        const char* const pairs[][2] = {{"f", "to_file"}, {"d", "to_directory"}, {"f", "d"}};
-        for (unsigned i = 1; !end.stop_requested(); i = i * 1664525 + 1013904223) {
-            const auto& [a, b] = pairs[(i >> 16) % std::size(pairs)];
-            swaps += renameat2(root, a, root, b, RENAME_EXCHANGE) == 0;
-        }
-    }
 };
 
+// Below the root, a file and a directory change places with a stranger's links out of it to own targets, and
+// with each other, while every contained operation is tried. Nothing outside may be changed, and nothing of
+// it may be seen. RACE_TRIES in the environment makes it long.
 TEST_P(Containment_Race, Leads_Nowhere_Outside) {
     if (GetParam() != 0)
         SKIP_UNLESS_ROOT();
     Put("outside/x", secret);
     Put(std::string("outside/") + secret, "");
+    Put("root/f", "own");
     for (const char* directory : {"root/d", "outside/x_"})
         fs::create_directory(directory);
     fs::permissions("outside/x", fs::perms(secret_mode & 0777));
     ASSERT_TRUE(manager->SetModifiedTime("outside/x", secret_time));
-    Put("root/f", "own");
-    Link("../outside/x", "root/to_file");
-    Link("../outside", "root/to_directory");
-    for (const char* name : {"root/to_file", "root/to_directory"})
+    for (const auto& [target, link] :
+         {std::pair("../outside/x", "to_file"), {"../outside", "to_directory"}}) {
+        Link(target, std::string("root/") + link);
         if (geteuid() == 0)
-            Own(name);
+            Own(std::string("root/") + link);
+    }
     ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
     manager->SecurityOptions(GetParam());
 
     const Descriptor root(Open_Path(".", O_RDONLY)), own(Open_Path("d", O_RDONLY));
+    ASSERT_TRUE(root && own);
     const std::string before = Outside();
     const char* const wanted = getenv("RACE_TRIES");
     const int least = wanted ? atoi(wanted) : 70000;
     std::atomic<int> swaps = 0;
-    std::jthread other(Exchange, root.get(), std::ref(swaps));
+    std::jthread other([&](const std::stop_token& end) {
+        const char* const pairs[][2] = {{"f", "to_file"}, {"d", "to_directory"}, {"f", "d"}};
+        for (unsigned i = 1; !end.stop_requested(); i = i * 1664525 + 1013904223) {
+            const auto& [a, b] = pairs[(i >> 16) % std::size(pairs)];
+            swaps += renameat2(root.get(), a, root.get(), b, RENAME_EXCHANGE) == 0;
+        }
+    });
     int done = 0, tries = 0;
     for (; swaps < least || tries < least; ++tries) {
         const File_Operation& operation = file_operations[tries % std::size(file_operations)];
