@@ -114,13 +114,15 @@ class Parser {
     int Line() const { return tokenizer->line + 1; }
 
     // Reports a message: at the current line of the current file, or at a line of a file in the terms of
-    // CompileError. The status has to be handed up.
+    // CompileError. The status has to be handed up. Never inlined, so that the callers, which report next to
+    // never, needn't make room for the text.
     template <Message message, typename... Arguments>
     [[nodiscard]] ParserStatus Report(const Arguments&... arguments) {
         return Report_At<message>(-1, nullptr, arguments...);
     }
     template <Message message, typename... Arguments>
-    [[nodiscard]] ParserStatus Report_At(int line, const String* filename, const Arguments&... arguments) {
+    [[nodiscard, gnu::cold, gnu::noinline]] ParserStatus Report_At(int line, const String* filename,
+                                                                   const Arguments&... arguments) {
         return CompileError(message_code(message), message_text<message>(arguments...), line, filename);
     }
 
