@@ -20,12 +20,6 @@ void ExpressionParser::Start_Of_Expression() {
     Reset();
 }
 
-void ExpressionParser::Reset() {
-    operand = "";
-    scan_state = SCAN_IDLE;
-    dot_count = 0;
-}
-
 // Nearly every operand stands in the source as one piece.
 void ExpressionParser::Collect(const char* token, int length) {
     const std::string_view piece(token, static_cast<std::size_t>(length));
@@ -81,6 +75,18 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
     }
 }
 
+inline ParserStatus ExpressionParser::Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer) {
+    if (tokenizer->Take('('))
+        return parser->Expression_StartFunctionCall(name, length, 0);
+    operand = {name, static_cast<std::size_t>(length)};
+    scan_state = SCAN_NAME;
+    if (!tokenizer->Skip_Space())
+        return PARSER_OK;
+    const ParserStatus status = Flush_Name();
+    Reset();
+    return status;
+}
+
 // A word is an operator only where no operand is being collected: behind one it needs white space in front. A
 // dotted name, and the parenthesis that makes it a call, are taken at once; by its tokens it would end up in
 // the same state.
@@ -101,8 +107,10 @@ ParserStatus ExpressionParser::Take_Identifier(const char* token, int length, To
 }
 
 // The same without the tokens, for a name that the tokenizer has seen whole.
-ParserStatus ExpressionParser::Take_Name(const Tokenizer::Dotted_Name& name, Tokenizer* tokenizer) {
-    if (const _OperatorLookup* word = operator_lookup.Lookup(name.text, name.first_length)) {
+ParserStatus ExpressionParser::Take_Name(Tokenizer::Dotted_Name name, Tokenizer* tokenizer) {
+    const _OperatorLookup* word =
+        name.first_length > 1 ? operator_lookup.Lookup(name.text, name.first_length) : nullptr;
+    if (word) {
         tokenizer->Pass(name.first_length);
         const ParserStatus status = Take_Word(*word, name.text);
         return status == PARSER_OK && tokenizer->Skip_Space() ? Take_Space() : status;
@@ -118,14 +126,6 @@ ParserStatus ExpressionParser::Take_Word(const _OperatorLookup& word, const char
             std::string_view(token, static_cast<std::size_t>(word.length)));
     operand_seen = 0;
     return Hand_On(word, 0);
-}
-
-ParserStatus ExpressionParser::Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer) {
-    if (tokenizer->Take('('))
-        return parser->Expression_StartFunctionCall(name, length, 0);
-    operand = {name, static_cast<std::size_t>(length)};
-    scan_state = SCAN_NAME;
-    return tokenizer->Skip_Space() ? Expression_Flush() : PARSER_OK;
 }
 
 // A name directly in front of the literal is not flushed, and so comes behind it.
@@ -284,7 +284,7 @@ ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, To
     return PARSER_OK;
 }
 
-ParserStatus ExpressionParser::Expression_Flush() {
+ParserStatus ExpressionParser::Send_Operand() {
     ParserStatus status = PARSER_OK;
     switch (scan_state) {
     case SCAN_IDLE:
@@ -300,7 +300,6 @@ ParserStatus ExpressionParser::Expression_Flush() {
     case SCAN_CALL_DOT: status = parser->Report<Message::Internal_External_Function>(); break;
     case SCAN_CALL_NAME: status = parser->Expression_StartFunctionCall(operand.data(), Length(), 1); break;
     }
-    Reset();
     return status;
 }
 

@@ -24,7 +24,11 @@ class ExpressionParser {
 
     void Start_Of_Expression();
     // Drops the operand that is being collected.
-    void Reset();
+    void Reset() {
+        operand = "";
+        scan_state = SCAN_IDLE;
+        dot_count = 0;
+    }
     // Takes the next token. Where the token can't stand in an expression, the rest of the value is read from
     // the tokenizer and the state of the scanner set to what follows. With END_OF_EXPRESSION, tokenizer and
     // state may be null.
@@ -34,7 +38,11 @@ class ExpressionParser {
     // first: a report, or another state. The type is then that of the last token drawn.
     ParserStatus Process_Tokens(Tokenizer_TokenType& type, Tokenizer* tokenizer, ParserState* state);
     // Hands on the operand that is being collected, if any.
-    ParserStatus Expression_Flush();
+    ParserStatus Expression_Flush() {
+        const ParserStatus status = scan_state == SCAN_IDLE ? PARSER_OK : Send_Operand();
+        Reset();
+        return status;
+    }
     // Reads the call that follows the ] of [file].function(arguments), entered at the dot. The arguments are
     // handed on as text, for the code generator to compile; calls of the same form inside them are compiled
     // first, each into a scratch variable that takes its place in the text. Depth numbers these variables.
@@ -56,7 +64,7 @@ class ExpressionParser {
     int Length() const { return static_cast<int>(operand.size()); } // of the operand
     void Collect(const char* token, int length);
     ParserStatus Take_Identifier(const char* token, int length, Tokenizer* tokenizer);
-    ParserStatus Take_Name(const Tokenizer::Dotted_Name& name, Tokenizer* tokenizer);
+    ParserStatus Take_Name(Tokenizer::Dotted_Name name, Tokenizer* tokenizer);
     ParserStatus Take_Word(const _OperatorLookup& word, const char* token);
     ParserStatus Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer);
     ParserStatus Take_String(Tokenizer* tokenizer);
@@ -70,6 +78,7 @@ class ExpressionParser {
     ParserStatus Skip_Expression(const char* token, int length, Tokenizer* tokenizer, ParserState* state);
     ParserStatus Hand_On(const _OperatorLookup& op, int flags);
 
+    ParserStatus Send_Operand();
     ParserStatus Flush_Name();
     ParserStatus Flush_Number();
 

@@ -111,39 +111,45 @@ Text_Run Find_End_Of_Text(const char* at, const char* end) {
     return {at, line_feeds};
 }
 
-// Sixteen bytes, in which nearly every name ends: one bit for each place.
+// The places of kinds of bytes in sixteen of them, in which nearly every name ends. Places are whole bytes of
+// a vector, or a bit each.
 class Name_Window {
   public:
     static constexpr int size = 16;
 
-    explicit Name_Window(const char* text)
-        : bytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))),
-          starts(Range(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 'z') | Places_Of('_')),
-          identifiers(starts | Range(bytes, '0', '9')) {}
+    explicit Name_Window(const char* text) : bytes(_mm_loadu_si128(reinterpret_cast<const __m128i*>(text))) {}
 
-    unsigned Places_Of(char byte) const { return Bits(_mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte))); }
-
-  private:
-    static unsigned Bits(__m128i places) { return static_cast<unsigned>(_mm_movemask_epi8(places)); }
-    static unsigned Range(__m128i in, char first, char last) {
-        return Bits(_mm_and_si128(_mm_cmpgt_epi8(in, _mm_set1_epi8(static_cast<char>(first - 1))),
-                                  _mm_cmplt_epi8(in, _mm_set1_epi8(static_cast<char>(last + 1)))));
+    __m128i Of(char byte) const { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(byte)); }
+    __m128i From(char first, char last) const { return In_Range(bytes, first, last); }
+    __m128i Starts() const { // of identifiers
+        return _mm_or_si128(In_Range(_mm_or_si128(bytes, _mm_set1_epi8(0x20)), 'a', 'z'), Of('_'));
     }
 
-    const __m128i bytes;
+    template <typename... Places>
+    static unsigned Bits(Places... places) {
+        __m128i all = _mm_setzero_si128();
+        ((all = _mm_or_si128(all, places)), ...);
+        return static_cast<unsigned>(_mm_movemask_epi8(all));
+    }
 
-  public:
-    const unsigned starts;      // letters and _
-    const unsigned identifiers; // digits too
+  private:
+    // Moves the range to the end of the signed bytes.
+    static __m128i In_Range(__m128i in, char first, char last) {
+        const int shift = SCHAR_MAX - last;
+        return _mm_cmpgt_epi8(_mm_add_epi8(in, _mm_set1_epi8(static_cast<char>(shift))),
+                              _mm_set1_epi8(static_cast<char>(first + shift - 1)));
+    }
+
+    __m128i bytes;
 };
 
 // Behind the bytes that go on in an identifier, by the rule of tags or that of expressions.
 const char* End_Of_Name_Bytes(const char* at, const char* end, bool in_expression) {
     for (; end - at >= Name_Window::size; at += Name_Window::size) {
         const Name_Window window(at);
-        unsigned places = window.identifiers;
-        if (!in_expression)
-            places |= window.Places_Of('-') | window.Places_Of(':') | window.Places_Of('\\');
+        const unsigned places = in_expression ? Name_Window::Bits(window.Starts(), window.From('0', '9'))
+                                              : Name_Window::Bits(window.Starts(), window.From('0', ':'),
+                                                                  window.Of('-'), window.Of('\\'));
         if (const int length = std::countr_one(places); length < Name_Window::size)
             return at + length;
     }
@@ -309,11 +315,13 @@ Tokenizer_TokenType Tokenizer::Get_Next_Text(const char** text, int& token_lengt
 
 Tokenizer::Dotted_Name Tokenizer::Short_Name(const char* text) {
     const Name_Window window(text);
-    const unsigned dots = window.Places_Of('.') & window.starts >> 1;
-    const int length = std::countr_one(window.identifiers | dots);
+    const __m128i starts = window.Starts();
+    const unsigned identifiers = Name_Window::Bits(starts, window.From('0', '9'));
+    const unsigned dots = Name_Window::Bits(window.Of('.')) & Name_Window::Bits(starts) >> 1;
+    const int length = std::countr_one(identifiers | dots);
     if (length >= name_window - 1 || text[length] == '\\')
         return {};
-    return {text, std::countr_one(window.identifiers), length};
+    return {text, std::countr_one(identifiers), length};
 }
 
 void Tokenizer::Read_Dotted_Name(int& token_length) {
