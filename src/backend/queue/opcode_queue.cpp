@@ -26,7 +26,7 @@ OpcodeQueue* OpcodeQueue::Replace(OpcodeQueue* queue, _OpcodeQueueType wanted) {
         return queue;
     OpcodeQueue* successor = std::exchange(queue->spare, nullptr);
     if (successor && wanted == OPCODE_QUEUE_QUEUE)
-        static_cast<OpcodeQueueQueue*>(successor)->Renew();
+        static_cast<OpcodeQueueQueue*>(successor)->Start_Expression();
     else if (wanted == OPCODE_QUEUE_QUEUE)
         successor = new OpcodeQueueQueue(queue->parser);
     else if (!successor)
@@ -201,9 +201,4 @@ void OpcodeQueueQueue::Make_Accesses_Writable() {
         for (; entry != end; entry = entry->Next())
             entry->opcode = Writable_Access(entry->opcode);
     });
-}
-
-void OpcodeQueueQueue::Renew() {
-    records.Take_All_Back();
-    rhs = 1;
 }

@@ -170,6 +170,9 @@ class QueuedOpcode_Label : public QueuedOpcode {
 
 class QueuedOpcode_Text : public QueuedOpcode {
   public:
+    // A text that is shorter than that may be read with so many bytes.
+    static constexpr int padding = 8;
+
     // Copies the text, with a final NUL, to the place behind the record.
     QueuedOpcode_Text(int opcode, int line, const char* source, int length, int lower)
         : QueuedOpcode(opcode, line, QUEUED_TEXT), length(length), lower(lower) {
@@ -228,6 +231,7 @@ class Record_Memory {
 
   private:
     static constexpr std::size_t alignment = alignof(QueuedOpcode);
+    static_assert(sizeof(QueuedOpcode_Text) % alignment == 0 && alignment >= QueuedOpcode_Text::padding);
 
     struct Block {
         std::unique_ptr<std::byte[]> owned; // null for the first block
@@ -265,8 +269,8 @@ class OpcodeQueueQueue : public OpcodeQueue {
                                     int by_reference) override;
     void Flush() override;
 
-    // Back to the state of a new queue.
-    void Renew();
+    // Takes what comes for an expression that is only read so far.
+    void Start_Expression() { rhs = 1; }
 
   private:
     void Make_Accesses_Writable();

@@ -5,6 +5,8 @@
 #include "backend/instructions/engine_version.h"
 #include "compiler/generator/compiler_parser.h"
 
+struct Opcode_Info;
+
 // FileCompilerParser writes what CompilerParser generates as assembly text. Every item begins with its own
 // line feed and ends without one. The driver makes one, of this class or of one that derives from it, for all
 // source files.
@@ -61,6 +63,7 @@ class FileCompilerParser : public CompilerParser {
 
   private:
     ParserStatus Report_Old_Engine();
+    void Output_Special_Opcode(const Opcode_Info* row, int opcode, int first, int second); // not plain
     void Output_Read_Only_Access(int opcode);
     void Output_Unknown_Opcode(int opcode, int first);
 };

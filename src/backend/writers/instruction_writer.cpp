@@ -6,6 +6,7 @@
 #include "backend/writers/file_compiler_parser.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 namespace {
@@ -33,8 +34,7 @@ void Write_Plain(CompilerOutput* output, const Opcode_Info& row, int first) {
         item.Number(first);
 }
 
-constexpr int longest_plain_number = 12;
-static_assert(Opcode_Info::head_size + longest_plain_number <= Assembly_Item::plain_limit);
+static_assert(Opcode_Info::head_size + QueuedOpcode_Text::padding <= Assembly_Item::plain_limit);
 
 // The row of a record that is all plain text: a plain instruction, or a short number as it is spelled. Null
 // for all others.
@@ -46,7 +46,7 @@ const Opcode_Info* Plain_Row(const QueuedOpcode& record) {
     }
     const auto& pushed = static_cast<const QueuedOpcode_Text&>(record);
     const bool plain =
-        pushed.opcode == OPCODE_PUSHI && pushed.length <= longest_plain_number && !pushed.lower;
+        pushed.opcode == OPCODE_PUSHI && pushed.length < QueuedOpcode_Text::padding && !pushed.lower;
     return plain ? &Opcode_Row(OPCODE_PUSHI) : nullptr;
 }
 
@@ -54,11 +54,12 @@ char* Put_Plain(char* target, const QueuedOpcode& record, const Opcode_Info& row
     target = Assembly_Item::Put_Head(target, row);
     if (record.kind == QUEUED_TEXT) {
         const auto& pushed = static_cast<const QueuedOpcode_Text&>(record);
-        return std::copy_n(pushed.text, pushed.length, target);
+        std::memcpy(target, pushed.text, QueuedOpcode_Text::padding);
+        return target + pushed.length;
     }
-    if (row.operands == Operand_Form::NONE)
-        return target;
-    return Assembly_Item::Put_Number(target, static_cast<const QueuedOpcode_Integer&>(record).first);
+    // Written in any case, and counted where there is one: no branch to foresee.
+    char* end = Assembly_Item::Put_Number(target, static_cast<const QueuedOpcode_Integer&>(record).first);
+    return row.operands == Operand_Form::NONE ? target : end;
 }
 
 } // namespace
@@ -113,6 +114,10 @@ void FileCompilerParser::Output_Opcode(int opcode, int first, int second) {
     const Opcode_Info* row = Find_Opcode(opcode);
     if (row && row->plain)
         return Write_Plain(output, *row, first);
+    Output_Special_Opcode(row, opcode, first, second);
+}
+
+void FileCompilerParser::Output_Special_Opcode(const Opcode_Info* row, int opcode, int first, int second) {
     const Operand_Form form = row ? row->operands : Operand_Form::ENGINE;
     switch (form) {
     case Operand_Form::READ_ONLY: return Output_Read_Only_Access(opcode);

@@ -266,8 +266,11 @@ class CompilerParser : public Parser {
     int Find_In_Table(const char* name, int length, Variable_Scope scope);
 
     // expression_operands.cpp
-    void Push_Statistic(Subexpression_Kind kind);
-    void Count_Value();
+    void Push_Statistic(Subexpression_Kind kind) { subexpressions.Push({0, OPERAND_NONE, kind}); }
+    void Count_Value() {
+        if (SubexpressionStatistic* statistic = subexpressions.Top())
+            ++statistic->count;
+    }
     ParserStatus Output_Remaining_Operators(int* written);
     void Check_Last_Subexpression(int operators_written, ParserStatus* status);
 

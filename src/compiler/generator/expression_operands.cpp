@@ -13,15 +13,6 @@ void CompilerParser::Reset_Expression() {
     conditional_operators = 0;
 }
 
-void CompilerParser::Push_Statistic(Subexpression_Kind kind) {
-    subexpressions.Push({0, OPERAND_NONE, kind});
-}
-
-void CompilerParser::Count_Value() {
-    if (SubexpressionStatistic* statistic = subexpressions.Top())
-        ++statistic->count;
-}
-
 void CompilerParser::Decrement_Stackcount() {
     if (SubexpressionStatistic* statistic = subexpressions.Top())
         --statistic->count;
