@@ -76,6 +76,10 @@ class HashTable {
     void Insert(T* e);
     // The first element with the key of e, which is e itself when there was none: then it is inserted.
     T* Find_Or_Insert(T* e);
+    // The first element with this key. When there is none, make() is called for one with it, which is
+    // inserted; make may answer null, and nothing is inserted then. It must leave the table alone.
+    template <class Make>
+    T* Find_Or_Make(const char* key, int len, Make make);
     // From now on the elements are the caller's to delete.
     void Disown() { own = 0; }
     // The first element with this key, or null.
@@ -220,6 +224,22 @@ T* HashTable<T>::Find_Or_Insert(T* e) {
         return found;
     Append(e, hash, *place);
     return e;
+}
+
+template <class T>
+template <class Make>
+T* HashTable<T>::Find_Or_Make(const char* key, int len, Make make) {
+    Make_Room();
+    const std::string_view text = View(key, len);
+    const int length = Length_Of(text);
+    const std::uint32_t hash = Index_Hash(text);
+    Place* place = Look_Up(hash, [&](T* e) { return Compare(e, text.data(), length); });
+    if (T* found = Find_Element(place))
+        return found;
+    T* made = make();
+    if (made)
+        Append(made, hash, *place);
+    return made;
 }
 
 // Behind the equals at the place that was looked up for it, if there are any.

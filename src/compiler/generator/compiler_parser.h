@@ -264,6 +264,8 @@ class CompilerParser : public Parser {
     // variables.cpp
     HashTable<Variable>* Variables_Of(Variable_Scope scope) const; // null where the scope has no table
     int Find_In_Table(const char* name, int length, Variable_Scope scope);
+    std::string_view Scratch_Key(std::string_view base, int number);
+    void Make_Scratch_Variable(std::string_view base, int number, int ident);
 
     // expression_operands.cpp
     void Push_Statistic(Subexpression_Kind kind) { subexpressions.Push({0, OPERAND_NONE, kind}); }
@@ -523,9 +525,9 @@ class CompilerParser : public Parser {
     HashTable<Variable>* global_variables;
     HashTable<Variable>* system_variables;
     HashTable<Variable> function_variables{1, 1, table_bucket_bits, table_initial_slots};
-    HashTable<Variable>* scratch_variables = &file_scratch_variables; // the scratch table that counts now
-    HashTable<Variable> file_scratch_variables{0, 1, table_bucket_bits, table_initial_slots};
-    HashTable<Variable> function_scratch_variables{0, 1, table_bucket_bits, table_initial_slots};
+    Constant_Table* scratch_variables = &file_scratch_variables; // the scratch table that counts now
+    Constant_Table file_scratch_variables;
+    Constant_Table function_scratch_variables;
     char file_ident[32]; // printable digest of the current source file's name
     AttributeLookup attribute_lookup;
     int next_string_ident = 0;
@@ -586,7 +588,7 @@ class CompilerParser : public Parser {
 
     std::unique_ptr<CompilerOutput> null_output; // in force while output is suspended
     std::optional<std::string> digested_file;    // the name whose digest file_ident is
-    std::string scratch_name;                    // the last one made, for its room
+    std::string scratch_name;                    // made last, or its key, for the room
     std::map<std::string, String> source_names;  // of records
     const String* source_name = nullptr;         // the current file's among them, null while not asked for
     int source_constant = -1;                    // of the current file's name, -1 while not asked for

@@ -23,7 +23,7 @@ bool Can_Start_Name(char c) {
 ParserStatus CompilerParser::Open_Function(int) {
     if (Inside_Function())
         return Report<Message::Function_Nested>();
-    function_scratch_variables.Dump();
+    function_scratch_variables.Clear();
     function_variables.Dump();
     local_variables = &function_variables;
     scratch_variables = &function_scratch_variables;
@@ -145,11 +145,12 @@ ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
     if (!mode.empty() && !Same_Word(mode, "var"))
         return Report<Message::Parameter_Spaces>(parameter);
     const int name_length = Length_Of(name);
-    if (local_variables->Find(name.data(), name_length))
-        return Report<Message::Parameter_Repeated>(name);
     const int ident = local_variables->Entries();
+    local_variables->Find_Or_Make(name.data(), name_length,
+                                  [&] { return new Variable(name.data(), name_length, ident); });
+    if (local_variables->Entries() == ident)
+        return Report<Message::Parameter_Repeated>(name);
     Output_Parameter_Directive(name.data(), name_length, ident, mode.empty());
-    local_variables->Insert(new Variable(name.data(), name_length, ident));
     return PARSER_OK;
 }
 

@@ -5,6 +5,9 @@
 #include "core/integer_text.h"
 #include "core/text_length.h"
 
+#include <algorithm>
+#include <cstring>
+
 HashTable<Variable>* CompilerParser::Variables_Of(Variable_Scope scope) const {
     switch (scope) {
     case SCOPE_LOCAL: return local_variables;
@@ -30,32 +33,52 @@ int CompilerParser::Find_In_Table(const char* name, int length, Variable_Scope s
     HashTable<Variable>* table = Variables_Of(scope);
     if (!table)
         return Generate_String_Directive(name, length, EXPRESSION_STATE_ESCAPED);
-    if (Variable* known = table->Find(name, length))
-        return known->value_integer();
-    if (!Generating())
-        return 0;
-    const int ident = table->Entries();
-    table->Insert(new Variable(name, length, ident));
-    Output_Variable_Directive(saved_output, name, length, ident, scope);
+    const int next = table->Entries();
+    Variable* variable = table->Find_Or_Make(
+        name, length, [&] { return Generating() ? new Variable(name, length, next) : nullptr; });
+    const int ident = variable ? variable->value_integer() : 0;
+    if (table->Entries() != next)
+        Output_Variable_Directive(saved_output, name, length, ident, scope);
     return ident;
 }
 
-// The name holds the digest of the source file, so code of two files never shares such a variable.
+// Code of two files never shares such a variable.
 int CompilerParser::Find_ScratchVariable_Ident(const char* base, int number) {
     if (!Generating())
         return 0;
-    std::string& name = scratch_name;
-    name.assign("__scratch:").append(base).append(1, '_').append(Integer_Text(number).view());
-    name.append(1, ':').append(file_ident, sizeof file_ident);
-    const int length = Length_Of(name);
-    if (Variable* known = scratch_variables->Find(name.data(), length))
-        return known->value_integer();
-    const int ident = local_variables->Entries();
-    auto* variable = new Variable(name.data(), length, ident);
-    local_variables->Insert(variable);
-    scratch_variables->Insert(variable);
-    Output_Variable_Directive(saved_output, name.data(), length, ident, SCOPE_LOCAL);
+    const std::string_view key = Scratch_Key(base, number);
+    const int next = local_variables->Entries();
+    const int ident = scratch_variables->Number_Of(key, next);
+    if (ident == next)
+        Make_Scratch_Variable(base, number, ident);
     return ident;
+}
+
+// Short, since it is all that is looked at for a known variable.
+std::string_view CompilerParser::Scratch_Key(std::string_view base, int number) {
+    const String* source = Source_Name();
+    scratch_name.resize(base.size() + sizeof number + sizeof source);
+    char* end = std::copy(base.begin(), base.end(), scratch_name.data());
+    std::memcpy(end, &number, sizeof number);
+    std::memcpy(end + sizeof number, &source, sizeof source);
+    return scratch_name;
+}
+
+// The name holds the digest of the source file, and signs that no source can spell.
+void CompilerParser::Make_Scratch_Variable(std::string_view base, int number, int ident) {
+    const Integer_Text digits(number);
+    const std::string_view pieces[] = {"__scratch:",  base, "_",
+                                       digits.view(), ":",  {file_ident, sizeof file_ident}};
+    std::size_t size = 0;
+    for (const std::string_view piece : pieces)
+        size += piece.size();
+    scratch_name.resize(size);
+    char* end = scratch_name.data();
+    for (const std::string_view piece : pieces)
+        end = std::copy(piece.begin(), piece.end(), end);
+    const int length = Length_Of(scratch_name);
+    local_variables->Insert(new Variable(scratch_name.data(), length, ident));
+    Output_Variable_Directive(saved_output, scratch_name.data(), length, ident, SCOPE_LOCAL);
 }
 
 String CompilerParser::ScratchVariable_Ident() {

@@ -1,4 +1,4 @@
-// The texts of the string constants, with their numbers.
+// Texts with numbers: those of the string constants, and what tells scratch variables apart.
 #ifndef COMPILER_CONSTANT_TABLE_H
 #define COMPILER_CONSTANT_TABLE_H
 
@@ -15,6 +15,11 @@ class Constant_Table {
     // The number under which the text is known; if it is new, the one that is given, under which it is known
     // from now on.
     int Number_Of(std::string_view text, int number_if_new);
+    // Forgets all texts.
+    void Clear() {
+        if (places_used)
+            *this = Constant_Table();
+    }
 
   private:
     // A place of the index, which is filled by open addressing. Free while the record is 0.
