@@ -2,11 +2,32 @@
 
 #include "backend/outputs/compiler_output.h"
 
+#include "core/string_hash.h"
 #include "core/text_length.h"
 #include "files/file.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+
+namespace {
+
+// Eight letters at a time; answers the end of the copy.
+char* Copy_Lower(const char* text, int length, char* copy) {
+    using string_hash_detail::Ignoring_Case;
+    for (; length >= 8; text += 8, copy += 8, length -= 8) {
+        std::uint64_t word;
+        std::memcpy(&word, text, sizeof word);
+        word = Ignoring_Case::Fold(word);
+        std::memcpy(copy, &word, sizeof word);
+    }
+    return std::transform(text, text + length, copy, [](char byte) {
+        return static_cast<char>(
+            Ignoring_Case::Fold(static_cast<unsigned>(static_cast<unsigned char>(byte))));
+    });
+}
+
+} // namespace
 
 CompilerOutput::CompilerOutput(int capacity) : BufferedOutput(capacity, item_limit) {
 }
@@ -15,14 +36,11 @@ CompilerOutput::~CompilerOutput() = default;
 
 int CompilerOutput::Write_Lower(const char* text, int length) {
     length = Text_Length(text, length);
-    char lower[256];
-    for (int written = 0; written < length;) {
-        const int piece = std::min(length - written, static_cast<int>(sizeof lower));
-        std::transform(text + written, text + written + piece, lower, [](char byte) {
-            return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte | 0x20) : byte;
-        });
-        Write(lower, piece);
-        written += piece;
+    const char* end = text + length;
+    while (text != end) {
+        const int piece = static_cast<int>(std::min<std::ptrdiff_t>(end - text, item_limit));
+        Commit(Copy_Lower(text, piece, Reserve(piece)));
+        text += piece;
     }
     return length;
 }
@@ -82,7 +100,7 @@ int StringOutput::Move_Contents(CompilerOutput* target) {
         target->Write(flushed.text(), flushed.length());
         flushed.truncate(0);
     }
-    target->Write(buffer.get(), fill);
+    target->Put(buffer.get(), fill);
     fill = 0;
     return moved;
 }

@@ -5,6 +5,7 @@
 #include "backend/outputs/output.h"
 #include "core/string.h"
 
+#include <algorithm>
 #include <cassert>
 
 class File;
@@ -45,6 +46,14 @@ class CompilerOutput : public BufferedOutput {
         last_was_space = Is_Space(end[-1]);
         if (fill > capacity) [[unlikely]]
             Flush();
+    }
+
+    // Write, without a call where there is room.
+    void Put(const char* text, int length) {
+        if (Can_Reserve(length))
+            Commit(std::copy_n(text, length, Reserve(length)));
+        else
+            Write(text, length);
     }
 };
 

@@ -18,6 +18,7 @@
 namespace {
 
 constexpr int longest_added_error = 4096;
+constexpr int longest_spare_text = 1024;
 
 bool Is_Digit(char byte) {
     return byte >= '0' && byte <= '9';
@@ -36,26 +37,20 @@ const char* Bytes_Of(const String* text, int* length) {
 
 AttributeValue::AttributeValue()
     : line(0), ident(-1), expression(nullptr), type(ATTREXPR_VALUE), error_code(0), scope(SCOPE_UNSCOPED),
-      member_ident(0), simple_text(nullptr), qualifiers(nullptr), spare_fragment(nullptr) {
+      member_ident(0), simple_text(nullptr), qualifiers(nullptr), spare_fragment(nullptr),
+      spare_text(nullptr) {
 }
 
 AttributeValue::~AttributeValue() {
-    Free_Text();
+    delete simple_text;
+    delete spare_text;
+    delete qualifiers;
     delete expression;
     delete spare_fragment;
 }
 
-void AttributeValue::Reset() {
-    Free_Text();
-    Drop_Fragment();
-    line = 0;
-    ident = -1;
-    type = ATTREXPR_VALUE;
-}
-
 void AttributeValue::Replace(AttributeValue& other) {
-    Free_Text();
-    Drop_Fragment();
+    Drop();
     line = other.line;
     ident = other.ident;
     expression = std::exchange(other.expression, nullptr);
@@ -65,17 +60,19 @@ void AttributeValue::Replace(AttributeValue& other) {
     other.Reset();
 }
 
-void AttributeValue::Free_Text() {
-    delete std::exchange(simple_text, nullptr);
+// Nearly every tag has an expression or a text, and a fragment has a large buffer.
+void AttributeValue::Drop() {
     delete std::exchange(qualifiers, nullptr);
-}
-
-// Nearly every tag has an expression, and a fragment has a large buffer.
-void AttributeValue::Drop_Fragment() {
-    if (!expression)
-        return;
-    delete spare_fragment;
-    spare_fragment = std::exchange(expression, nullptr);
+    if (simple_text) {
+        delete spare_text;
+        spare_text = std::exchange(simple_text, nullptr);
+        if (spare_text->capacity() > longest_spare_text)
+            delete std::exchange(spare_text, nullptr);
+    }
+    if (expression) {
+        delete spare_fragment;
+        spare_fragment = std::exchange(expression, nullptr);
+    }
 }
 
 // Nothing clears the text of an error, so that of this one adds up; but a page of nothing else must not make
@@ -88,7 +85,9 @@ int AttributeValue::Set_Simple_Text(const char* text, int length, AttrExprType n
         return 1;
     }
     type = new_type;
-    simple_text = new String(text, length);
+    if (spare_text)
+        spare_text->assign(text, length);
+    simple_text = spare_text ? std::exchange(spare_text, nullptr) : new String(text, length);
     return 0;
 }
 

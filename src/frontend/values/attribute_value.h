@@ -43,7 +43,13 @@ class AttributeValue {
     AttributeValue& operator=(const AttributeValue&) = delete;
 
     // Frees what the value holds; scope, member_ident and the stored error stay.
-    void Reset();
+    void Reset() {
+        if (simple_text || qualifiers || expression)
+            Drop();
+        line = 0;
+        ident = -1;
+        type = ATTREXPR_VALUE;
+    }
     // Takes over what the other value holds, and resets it.
     void Replace(AttributeValue& other);
     bool Is_Set() const { return simple_text || ident != -1 || expression; }
@@ -115,8 +121,7 @@ class AttributeValue {
         return 1;
     }
 
-    void Free_Text();
-    void Drop_Fragment();
+    void Drop();
     int Check_Scope(CompilerParser* parser, std::string_view text);
     int Output_Index(CompilerParser* parser, std::string_view index, int read_only);
     int Output_Member(CompilerParser* parser, std::string_view name, int read_only);
@@ -128,6 +133,8 @@ class AttributeValue {
     // The last fragment, kept for the next expression; owned, null for none. Without it a page of code takes
     // 8.1 % more instructions, counted as recycled_memory.h tells.
     StringOutput* spare_fragment;
+    // Likewise the last text, unless it is long.
+    String* spare_text;
 };
 
 #endif
