@@ -72,20 +72,9 @@ ParserStatus CompilerParser::Select_Tag_Error(std::string_view name) {
     return PARSER_OK;
 }
 
-// A flag counts also when no value follows its name.
-void CompilerParser::Close_Valueless_Attribute() {
-    const Attribute_Route* route = Route_Of(current_attribute);
-    if (!route)
-        return;
-    switch (route->convert) {
-    case Convert::Constant_Flag:
-    case Convert::Flag:
-    case Convert::Copy_Flag:
-        // A flag that is set already stays as it is.
-        (void)Convert_Value(*route, attribute_values->Element(route->element), nullptr, 0);
-        break;
-    default: break;
-    }
+// A flag that is set already stays as it is.
+void CompilerParser::Set_Flag(const Attribute_Route& route) {
+    (void)Convert_Value(route, attribute_values->Element(route.element), nullptr, 0);
 }
 
 ParserStatus CompilerParser::Attribute_Value(const char* text, int length) {

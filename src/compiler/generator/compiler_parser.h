@@ -327,7 +327,12 @@ class CompilerParser : public Parser {
     ParserStatus Ignore_Unknown_Attribute(std::string_view name);
     ParserStatus Ignore_Unused_Attribute(std::string_view name);
     ParserStatus Select_Tag_Error(std::string_view name);
-    void Close_Valueless_Attribute();
+    // A flag counts also when no value follows its name.
+    void Close_Valueless_Attribute() {
+        if (const Attribute_Route* route = Route_Of(current_attribute); route && Is_Flag(route->convert))
+            Set_Flag(*route);
+    }
+    void Set_Flag(const Attribute_Route& route);
     void Output_Captured_Value(const char* text, int length);
     ParserStatus Check_Value(const Attribute_Route& route, const char* text, int length);
     ParserStatus Store_Value(const Attribute_Route& route, const char* text, int length);

@@ -65,7 +65,3 @@ bool Tag_Has_Attributes(int tag) {
 int Tag_Error_Route() {
     return ATTRIBUTE_FIRST_ROUTE + tag_error_index;
 }
-
-const Attribute_Route* Route_Of(int state) {
-    return state < ATTRIBUTE_FIRST_ROUTE ? nullptr : &attribute_routes[state - ATTRIBUTE_FIRST_ROUTE];
-}

@@ -46,6 +46,10 @@ enum class Convert : unsigned char {
     Tag_Error
 };
 
+constexpr bool Is_Flag(Convert convert) {
+    return convert >= Convert::Constant_Flag && convert <= Convert::Copy_Flag;
+}
+
 struct Attribute_Route {
     int tag;
     int attribute;
@@ -266,6 +270,8 @@ bool Tag_Has_Attributes(int tag);
 // The state of <tagname>_ERROR, which no attribute id stands for.
 int Tag_Error_Route();
 // The route of a state, null for those below ATTRIBUTE_FIRST_ROUTE.
-const Attribute_Route* Route_Of(int state);
+inline const Attribute_Route* Route_Of(int state) {
+    return state < ATTRIBUTE_FIRST_ROUTE ? nullptr : &attribute_routes[state - ATTRIBUTE_FIRST_ROUTE];
+}
 
 #endif

@@ -6,6 +6,8 @@
 #include "core/recycled_memory.h"
 #include "core/string.h"
 
+#include <cassert>
+#include <cstddef>
 #include <memory>
 #include <string_view>
 #include <vector>
@@ -19,9 +21,22 @@ class Resolution_Info {
     Resolution_Info(const Resolution_Info&) = delete;
     Resolution_Info& operator=(const Resolution_Info&) = delete;
 
+    // Blocks of all classes have cells of one size.
+    static void* operator new(std::size_t size) {
+        assert(size <= sizeof(Cell));
+        (void)size;
+        return Recycled_Memory<Cell>::Take();
+    }
+    static void operator delete(void* memory) { Recycled_Memory<Cell>::Give_Back(memory); }
+
     int label; // number of the block's labels, 0 where the block takes none
     int line;  // source line of the opening tag
     const String* file;
+
+  private:
+    struct Cell {
+        alignas(void*) std::byte bytes[32];
+    };
 };
 
 class If_Resolution_Info : public Resolution_Info {
