@@ -71,8 +71,7 @@ TEST(SplayTree, Shapes_That_Searches_And_Removals_Leave) {
     int numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
     const std::pair<std::string, std::string> cases[] = {
         // Digits are inserted, then searched behind '?' and removed behind '-'. Ascending keys hang to the
-        // left;
-        // a search folds its path to half the length; of equal keys the new one comes behind.
+        // left; a search folds its path to half the length; of equal keys the new one comes behind.
         // clang-format off
         {"1234567", "(((((((1)2)3)4)5)6)7)"}, {"1234567?1", "(1(((2(3))4(5))6(7)))"},
         {"7654321?7", "(((1)2((3)4((5)6)))7)"}, {"12?0", "(1(2))"}, {"21?3", "((1)2)"}, {"575", "((5)5(7))"},
