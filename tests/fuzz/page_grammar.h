@@ -93,8 +93,9 @@ class Page_Grammar {
         if (route.element < 0)
             return input.One_Of(words);
         switch (route.convert) {
+        case Convert::Variable_Name: // a warning of it would end the loop's code
+            return input.Below(2) ? "l.a" : expression;
         case Convert::Target_Variable:
-        case Convert::Variable_Name:
         case Convert::Reference_Name: return input.Below(4) ? Name() : expression;
         case Convert::Whole_Name: return "name";
         case Convert::Positive_Number:
