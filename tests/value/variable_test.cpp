@@ -107,7 +107,8 @@ TEST_F(VariableTest, Values_Are_Read_In_Every_Form) {
         {New("4294967297"), "4294967297: text, true 1 4294967297 4294967297"},
 
         {Integer(0), "0: integer, false 0 0 0"}, {Integer(5), "5: integer, true 5 5 5"},
-        {Decimal("0.00"), "0: decimal, false 0 0 0"}, {Decimal("-0.25"), "-0.25: decimal, true 0 -0.25 -0.25"},
+        {Decimal("0.00"), "0: decimal, false 0 0 0"},
+        {Decimal("-0.25"), "-0.25: decimal, true 0 -0.25 -0.25"},
         {Decimal("7.50"), "7.5: decimal, true 7 7.5 7.5"}, // the text is that of the decimal
 
         {New(), ": NULL none, false 0 0 0"}, {New(""), ": NULL text, false 0 0 0"},
