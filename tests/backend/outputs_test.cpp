@@ -110,8 +110,10 @@ void Step(CompilerOutput& output, Model& model, std::mt19937& random, bool compr
     } else if (operation == 2) {
         EXPECT_EQ(output.Write_Lower(text.c_str(), given), size);
         std::replace(text.begin(), text.end(), 'A', 'a');
-        for (std::size_t at = 0; at < text.size(); at += 256)
-            model.Write(text.substr(at, 256));
+        for (std::size_t at = 0; at < text.size(); at += CompilerOutput::item_limit) {
+            const std::string piece = text.substr(at, CompilerOutput::item_limit);
+            model.Compose(piece, piece.size());
+        }
     } else if (operation == 3) {
         const int reserved = output.Can_Reserve(size) ? size : CompilerOutput::item_limit;
         text.resize(std::min(size, reserved));

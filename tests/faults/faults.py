@@ -138,6 +138,10 @@ def main():
         os.chdir(f"{folder}/0")
         if not any(pages[0].run(f"close {number + 1}", "5").status for number in range(pages[0].counts["close"])):
             found.append("no close that fails makes a run fail")
+        pathlib.Path("bad.tn").write_text("<TnELSE>")
+        said = os.popen(f"LD_PRELOAD={FAILING} FAULT='unlink 1+ 1' {TNC} -o /dev/stdout bad.tn 2>&1 >file").read()
+        if said != "bad.tn:1: CE_122: TnELSE without TnIF\n":
+            found.append("a link of the machine would be removed: " + said)
         os.chdir(f"{folder}/{len(pages) - 1}")
         started, tries = time.monotonic(), 1000 if WHOLE else 20
         pages[-1].run()
