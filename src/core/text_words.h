@@ -4,7 +4,6 @@
 
 #include "core/text_search.h"
 
-#include <cctype>
 #include <string_view>
 
 // What isspace says in the locale of C, which is the one in force.
@@ -12,9 +11,22 @@ inline bool Is_Space(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+inline bool Is_Digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 // A letter, a digit or an underscore.
 inline bool Is_Name_Character(char c) {
-    return c == '_' || std::isalnum(static_cast<unsigned char>(c)) != 0;
+    const auto letter = static_cast<unsigned char>((c | 0x20) - 'a');
+    return letter < 26 || Is_Digit(c) || c == '_';
+}
+
+// Whether the text has no other characters.
+inline bool Has_Name_Characters_Only(std::string_view text) {
+    for (const char c : text)
+        if (!Is_Name_Character(c))
+            return false;
+    return true;
 }
 
 // The text without the white space at its ends.

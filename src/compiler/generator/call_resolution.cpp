@@ -2,6 +2,7 @@
 // follow its calls.
 
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 #include "extension/external_call.h"
 #include "extension/external_function.h"
 
@@ -9,8 +10,8 @@
 
 namespace {
 
-ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
-    return manager ? manager->Lookup_External(name.text(), name.length()) : nullptr;
+ExternalCall* Find_External(ExternalCallManager* manager, const std::string& name) {
+    return manager ? manager->Lookup_External(name.data(), Length_Of(name)) : nullptr;
 }
 
 } // namespace
@@ -19,7 +20,7 @@ ExternalCall* Find_External(ExternalCallManager* manager, const String& name) {
 const Function_Resolution_Info* CompilerParser::Definition_Of(Function_Resolution_Info* call) {
     Function_Resolution_Info* first = call->First();
     if (!first->definition)
-        first->definition = defined_functions.Find(first->name.text(), first->name.length());
+        first->definition = defined_functions.Find(first->name.data(), Length_Of(first->name));
     return first->definition;
 }
 
@@ -31,12 +32,12 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
     int expected = 0;
     bool mismatched = false;
     for (const Function_Call& call : call_list) {
-        const String& name = call.function->name;
+        const std::string& name = call.function->name;
         if (const Function_Resolution_Info* definition = Definition_Of(call.function)) {
             expected = definition->parameters;
         } else if (ExternalCall* external = Find_External(external_calls, name)) {
             expected = external->record->parameter_count;
-        } else if (!unresolved_functions.Find(name.text(), name.length())) {
+        } else if (!unresolved_functions.Find(name.data(), Length_Of(name))) {
             expected = call.parameters;
             status = Declare_Unresolved_Function(call);
         }
@@ -53,9 +54,9 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
 
 // The stub of an undefined function numbers its parameters from 1.
 ParserStatus CompilerParser::Declare_Unresolved_Function(const Function_Call& call) {
-    const String& called = call.function->name;
+    const std::string& called = call.function->name;
     unresolved_functions.Insert(call.function);
-    Generate_Function_Directive(called.text(), called.length(), FUNCTION_UNRESOLVED, -1, -1, ACCESS_UNSET);
+    Generate_Function_Directive(called.data(), Length_Of(called), FUNCTION_UNRESOLVED, -1, -1, ACCESS_UNSET);
     for (int number = 1; number <= call.parameters; ++number) {
         char name[sizeof "param" + 10] = "param";
         char* end = std::to_chars(name + sizeof "param" - 1, std::end(name), number).ptr;
@@ -70,11 +71,11 @@ void CompilerParser::Declare_External_Functions() {
     for (Function_Resolution_Info* call = called_functions.First(); call; call = called_functions.Next()) {
         if (Definition_Of(call))
             continue;
-        const String& name = call->name;
+        const std::string& name = call->name;
         ExternalCall* external = Find_External(external_calls, name);
         if (!external)
             continue;
-        Generate_Function_Directive(name.text(), name.length(), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
+        Generate_Function_Directive(name.data(), Length_Of(name), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
         int index = 0;
         for (const _TN_EL_Parameter& parameter : Parameters_Of(*external->record)) {
             const bool by_value = !(parameter.flags & TN_BY_REFERENCE);

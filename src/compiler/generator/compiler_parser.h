@@ -236,8 +236,10 @@ class CompilerParser : public Parser {
 
     // source_frame.cpp
     const String* Current_File() const;
-    const String* Source_Name(); // the same for records, which it outlives
-    int Source_Constant();       // its number
+    // The same for records, which it outlives.
+    const String* Source_Name() { return source_name ? source_name : Keep_Source_Name(); }
+    const String* Keep_Source_Name();
+    int Source_Constant(); // its number
     void Set_File_Ident(std::string_view file);
     void Queue_Source_File();
     ParserStatus Check_Open_Blocks(ParserStatus status);

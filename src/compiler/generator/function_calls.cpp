@@ -12,7 +12,7 @@ Function_Resolution_Info* CompilerParser::Find_Called(const char* name, int leng
     if (const int number = recent_calls.Find(name, length); number != -1)
         return referenced_functions.Record(number);
     Function_Resolution_Info* called = called_functions.Find(name, length);
-    if (called && called->name.view() == View(name, length))
+    if (called && called->name == View(name, length))
         recent_calls.Keep(name, length, called->number);
     return called;
 }
@@ -21,7 +21,7 @@ void CompilerParser::Open_Call(const char* name, int length) {
     Pending_Call& call = open_calls.emplace_back();
     call.line = Linenumber();
     call.function = Find_Called(name, length);
-    if (!call.function || call.function->name.view() != View(name, length)) {
+    if (!call.function || call.function->name != View(name, length)) {
         call.spelling.reset(new Function_Resolution_Info(call.line, name, length, Source_Name()));
         call.function = call.spelling.get();
     }
@@ -37,8 +37,8 @@ ParserStatus CompilerParser::Output_Pending_Call() {
     if (!Generating())
         return PARSER_OK;
     const ParserStatus status = application ? Record_Call(call) : PARSER_OK;
-    const String& name = call.function->name;
-    opcode_queue->Queue_Opcode(OPCODE_CALL, name.text(), name.length(), 1);
+    const std::string& name = call.function->name;
+    opcode_queue->Queue_Opcode(OPCODE_CALL, name.data(), Length_Of(name), 1);
     Queue_Source_File();
     Queue(OPCODE_LINENO, Linenumber());
     return status;
@@ -60,7 +60,7 @@ void CompilerParser::Record_Spelling(Pending_Call& call) {
     call.spelling->parameters = call.parameters;
     Function_Resolution_Info* first = called_functions.Find_Or_Insert(call.spelling.get());
     if (first != call.spelling.get()) {
-        if (first->name.view() == call.spelling->name.view()) {
+        if (first->name == call.spelling->name) {
             call.function = first;
             return;
         }

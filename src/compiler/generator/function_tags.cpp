@@ -13,7 +13,7 @@
 namespace {
 
 bool Can_Start_Name(char c) {
-    return Is_Name_Character(c) && !std::isdigit(static_cast<unsigned char>(c));
+    return Is_Name_Character(c) && !Is_Digit(c);
 }
 
 } // namespace
@@ -70,7 +70,7 @@ ParserStatus CompilerParser::Generate_Function(int) {
 ParserStatus CompilerParser::Check_Function_Name(std::string_view name) {
     if (!name.empty() && !Can_Start_Name(name.front()))
         return Report<Message::Function_Name_Start>(name);
-    if (name.empty() || !std::all_of(name.begin(), name.end(), Is_Name_Character))
+    if (name.empty() || !Has_Name_Characters_Only(name))
         return Report<Message::Function_Name_Characters>(name);
     return PARSER_OK;
 }
@@ -139,7 +139,7 @@ ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
         return Report<Message::Parameter_Blank>();
     auto name_end = std::find_if(parameter.begin(), parameter.end(), Is_Space);
     const std::string_view name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
-    if (!std::all_of(name.begin(), name.end(), Is_Name_Character))
+    if (!Has_Name_Characters_Only(name))
         return Report<Message::Parameter_Characters>(name);
     const std::string_view mode = Trimmed(parameter.substr(name.size()));
     if (!mode.empty() && !Same_Word(mode, "var"))

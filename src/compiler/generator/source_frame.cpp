@@ -42,11 +42,9 @@ const String* CompilerParser::Current_File() const {
     return &tokenizer->filename;
 }
 
-const String* CompilerParser::Source_Name() {
-    if (!source_name) {
-        const String& file = *Current_File();
-        source_name = &source_names.try_emplace(std::string(file.view()), file).first->second;
-    }
+const String* CompilerParser::Keep_Source_Name() {
+    const String& file = *Current_File();
+    source_name = &source_names.try_emplace(std::string(file.view()), file).first->second;
     return source_name;
 }
 

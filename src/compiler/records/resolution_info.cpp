@@ -2,6 +2,8 @@
 
 #include "compiler/records/resolution_info.h"
 
+#include "core/text_length.h"
+
 Resolution_Info::Resolution_Info(int label, int line, const String* file)
     : label(label), line(line), file(file) {
 }
@@ -28,5 +30,5 @@ Capture_Resolution_Info::Capture_Resolution_Info(int label, int line, const Stri
 }
 
 Function_Resolution_Info::Function_Resolution_Info(int line, const char* name, int length, const String* file)
-    : Resolution_Info(0, line, file), name(name, length) {
+    : Resolution_Info(0, line, file), name(View(name, length)) {
 }

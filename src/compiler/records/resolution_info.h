@@ -9,6 +9,7 @@
 #include <cassert>
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -79,7 +80,7 @@ class Function_Resolution_Info final : public Resolution_Info {
     // The record of a call that stands for all spellings of the name.
     Function_Resolution_Info* First() { return first ? first : this; }
 
-    String name;                               // as the source has it
+    std::string name;                          // as the source has it
     int parameters = 0;                        // declared, or given in the call
     int number = 0;                            // of a call: its place in the Function_Records
     Function_Resolution_Info* first = nullptr; // the first call, null for that one
@@ -120,7 +121,7 @@ struct Pending_Call {
 };
 
 inline std::string_view Hash_Key(const Function_Resolution_Info& function) {
-    return function.name.view();
+    return function.name;
 }
 
 template <>

@@ -20,10 +20,6 @@ namespace {
 constexpr int longest_added_error = 4096;
 constexpr int longest_spare_text = 1024;
 
-bool Is_Digit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
-
 bool Is_Separator(char byte) {
     return byte == '[' || byte == ']' || byte == ':';
 }
