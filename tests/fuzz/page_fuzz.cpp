@@ -35,7 +35,7 @@ class Silent_Application : public UNIXCompilerApplication {
         if (*bytes)
             CommandLine_Process_Option('O', bytes);
         for (const char option : {'A', 'f', 'F'})
-            if (choice % 5 == 0)
+            if (choice % 5 == 1)
                 CommandLine_Process_Option(option, nullptr);
         CommandLine_Process_Option(choice % 7 ? 'p' : 'P', choice % 3 ? "lock" : "all");
     }
@@ -77,7 +77,7 @@ Result Compile(const Texts& texts, unsigned choice, Back_End back_end, const cha
     Result result;
     {
         const auto parser = application.Make_Parser(back_end, &output);
-        const int sources = 1 + (choice % 4 == 0);
+        const int sources = 1 + (choice % 5 == 0);
         for (int i = 1; i <= sources && result.whole; ++i) {
             auto* const source = new Tokenizer(application.filemanager());
             delete parser->Set_Tokenizer(source);

@@ -31,7 +31,7 @@ class Page_Grammar {
     static constexpr const char* texts[] = {"text",
                                             "\n",
                                             " <b>bold</b> ",
-                                            "\"a longer text, of 'some' words\"",
+                                            "a longer text, \"of\" 'some' words",
                                             "<a href=\"{l.a}\">",
                                             "&[%element( g.b )%]"};
     static constexpr const char* names[] = {"l.a", "l.b", "g.a", "g.b", "s.a", "x", "d.a", "al.d.b"};
@@ -45,17 +45,10 @@ class Page_Grammar {
     static constexpr int blocks[] = {
         Tag::If,       Tag::While, Tag::For,      Tag::Foreach, Tag::Import,       Tag::Pop,   Tag::Call,
         Tag::Commerce, Tag::Smtp,  Tag::Lockfile, Tag::Capture, Tag::Asynchronous, Tag::Ifdef, Tag::Ifndef};
-    static constexpr int singles[] = {Tag::Eval,      Tag::Assign,    Tag::Hide,
-                                      Tag::Export,    Tag::Do,        Tag::Open,
-                                      Tag::Close,     Tag::Skip,      Tag::Go,
-                                      Tag::Primary,   Tag::Find,      Tag::Setindex,
-                                      Tag::Update,    Tag::Delete,    Tag::Undelete,
-                                      Tag::Add,       Tag::Makeindex, Tag::Pack,
-                                      Tag::Reindex,   Tag::Create,    Tag::Revealstructure,
-                                      Tag::Openview,  Tag::Closeview, Tag::Query,
-                                      Tag::Filter,    Tag::Tarn,      Tag::Commit,
-                                      Tag::Rollback,  Tag::Include,   Tag::Transact,
-                                      Tag::Reference, Tag::Dbcommand, Tag::Exit};
+    // These stand within others alone.
+    static constexpr int parts[] = {
+        Tag::Else,      Tag::Elseif,          Tag::Function,    Tag::Function_Return,
+        Tag::Localized, Tag::Localized_Token, Tag::Assignarray, Tag::Referencearray};
 
     static const char* Word(int attribute) {
         static const std::map<int, const char*> keys = {
@@ -126,9 +119,13 @@ class Page_Grammar {
         return text + ">";
     }
     std::string Tag_Text(int depth) {
-        if (input.Below(2))
-            return Start(input.One_Of(singles));
-        const int tag = input.One_Of(blocks);
+        const auto has = [](const auto& tags, int tag) {
+            return std::count(std::begin(tags), std::end(tags), tag) > 0;
+        };
+        const int tag =
+            input.Below(2) ? input.One_Of(blocks) : input.Between(0, std::size(required_slots) - 1);
+        if (!has(blocks, tag))
+            return required_slots[tag] == NO_SLOTS || has(parts, tag) ? "" : Start(tag);
         const std::string word = Tag_Word(tag);
         const bool loops = tag == Tag::While || tag == Tag::For || tag == Tag::Foreach;
         std::string text = Start(tag) + Body(depth - 1);
