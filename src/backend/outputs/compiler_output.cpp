@@ -7,6 +7,7 @@
 #include "files/file.h"
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -86,6 +87,14 @@ StringOutput::~StringOutput() = default;
 int StringOutput::DoWrite(const char* text, int length) {
     flushed.cat(text, length);
     return length;
+}
+
+// Only what is not written yet: a long text grows by moving, and is there twice meanwhile.
+void StringOutput::Expect(std::size_t length) {
+    if (flushed.length() != 0 || length > INT_MAX)
+        return;
+    const int capacity = static_cast<int>(length);
+    flushed.assign_nocopy(new char[length], 0, capacity);
 }
 
 const char* StringOutput::Contents(int* length) {

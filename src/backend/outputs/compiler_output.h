@@ -22,6 +22,8 @@ class CompilerOutput : public BufferedOutput {
 
     // Writes the text in lower case.
     virtual int Write_Lower(const char* text, int length);
+    // About so many bytes come next: whoever keeps what is written may make room.
+    virtual void Expect(std::size_t) {}
 
     // Whether more than item_limit can be reserved, up to that length.
     bool Can_Reserve(int length) const { return length <= capacity; }
@@ -92,6 +94,7 @@ class StringOutput : public CompilerOutput {
     ~StringOutput() override;
 
     int DoWrite(const char* text, int length) override;
+    void Expect(std::size_t length) override;
 
     // All that was written. The bytes stay the object's, up to the next operation on it.
     const char* Contents(int* length);

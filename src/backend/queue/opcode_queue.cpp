@@ -133,6 +133,13 @@ void Record_Memory::Take_All_Back() {
     current.end = current.begin;
 }
 
+std::size_t Record_Memory::Full_Size() const {
+    std::size_t size = 0;
+    for (const Block& block : full)
+        size += static_cast<std::size_t>(block.end - block.begin);
+    return size;
+}
+
 void Record_Memory::Add_Block(std::size_t size) {
     size = std::max(size, 2 * static_cast<std::size_t>(limit - current.begin));
     auto block = std::make_unique_for_overwrite<std::byte[]>(size);
@@ -151,40 +158,42 @@ void OpcodeQueueQueue::Clear_RHS() {
 }
 
 void OpcodeQueueQueue::Queue_Generated_Label(ParserLabelType type, int number) {
-    records.Append<QueuedOpcode_Label>(0, parser->Line(), type, number);
+    Append<QueuedOpcode_Label>(parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label(int opcode, ParserLabelType type, int number) {
-    records.Append<QueuedOpcode_With_Label>(0, opcode, parser->Line(), type, number);
+    Append<QueuedOpcode_With_Label>(opcode, parser->Line(), type, number);
 }
 
 void OpcodeQueueQueue::Queue_Opcode_With_Label_and_Immediate(int opcode, ParserLabelType type, int number,
                                                              int immediate) {
-    records.Append<QueuedOpcode_With_Label_and_Immediate>(0, opcode, parser->Line(), type, number, immediate);
+    Append<QueuedOpcode_With_Label_and_Immediate>(opcode, parser->Line(), type, number, immediate);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, double value) {
-    records.Append<QueuedOpcode_Double>(0, opcode, parser->Line(), value);
+    Append<QueuedOpcode_Double>(opcode, parser->Line(), value);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, int first, int second) {
-    records.Append<QueuedOpcode_Integer>(0, opcode, parser->Line(), first, second);
+    Append<QueuedOpcode_Integer>(opcode, parser->Line(), first, second);
 }
 
 void OpcodeQueueQueue::Queue_Opcode(int opcode, const char* text, int length, int lower) {
     length = Text_Length(text, length);
-    records.Append<QueuedOpcode_Text>(static_cast<std::size_t>(length) + 1, opcode, parser->Line(), text,
+    records.Append<QueuedOpcode_Text>(QueuedOpcode_Text::Size_With(length), opcode, parser->Line(), text,
                                       length, lower);
 }
 
 void OpcodeQueueQueue::Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                                   int by_reference) {
-    records.Append<QueuedOpcode_Variable>(0, parser->Line(), is_pop, ident, scope, alias, by_reference);
+    Append<QueuedOpcode_Variable>(parser->Line(), is_pop, ident, scope, alias, by_reference);
 }
 
 void OpcodeQueueQueue::Flush() {
     if (!rhs)
         Make_Accesses_Writable();
+    if (const std::size_t size = records.Full_Size())
+        parser->Expect_Code(size); // records take a bit more than their text
     records.For_Each_Block(
         [&](QueuedOpcode* entry, const QueuedOpcode* end) {
             while (entry != end)

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <vector>
 
 class CompilerParser;
@@ -96,21 +97,17 @@ enum Queued_Kind : unsigned char {
 class QueuedOpcode {
   public:
     QueuedOpcode(int opcode, int line, Queued_Kind kind = QUEUED_CALL)
-        : opcode(opcode), line(line), kind(kind) {}
+        : opcode(opcode), kind(kind), line(line) {}
     virtual ~QueuedOpcode() = default;
 
     // Makes the call on the back end, with the parser forced to the line of the record.
     virtual void Output(CompilerParser* parser);
 
-    // Where the next record starts, behind what belongs to this one.
-    QueuedOpcode* Next() {
-        return reinterpret_cast<QueuedOpcode*>(reinterpret_cast<std::byte*>(this) + size);
-    }
+    inline QueuedOpcode* Next(); // the one behind it, or the end
 
-    int opcode; // 0 where the operation has none
+    int opcode : 24; // 0 where the operation has none
+    Queued_Kind kind : 8;
     int line;
-    unsigned size = 0; // set by the queue
-    Queued_Kind kind;
 };
 
 class QueuedOpcode_Integer : public QueuedOpcode {
@@ -173,6 +170,10 @@ class QueuedOpcode_Text : public QueuedOpcode {
     // A text that is shorter than that may be read with so many bytes.
     static constexpr int padding = 8;
 
+    static std::size_t Size_With(int length) {
+        return sizeof(QueuedOpcode_Text) + (static_cast<std::size_t>(length) / padding + 1) * padding;
+    }
+
     // Copies the text, with a final NUL, to the place behind the record.
     QueuedOpcode_Text(int opcode, int line, const char* source, int length, int lower)
         : QueuedOpcode(opcode, line, QUEUED_TEXT), length(length), lower(lower) {
@@ -203,17 +204,31 @@ class QueuedOpcode_Variable : public QueuedOpcode {
     int by_reference;
 };
 
+// What a record takes in the memory of its queue; a text takes more, and all others as much as the largest.
+template <typename Record>
+constexpr std::size_t record_size = std::is_same_v<Record, QueuedOpcode_Integer>
+                                        ? sizeof(Record)
+                                        : sizeof(QueuedOpcode_Variable);
+
+inline QueuedOpcode* QueuedOpcode::Next() {
+    const std::size_t size = kind == QUEUED_NUMBERS ? record_size<QueuedOpcode_Integer>
+                             : kind == QUEUED_TEXT
+                                 ? QueuedOpcode_Text::Size_With(static_cast<QueuedOpcode_Text*>(this)->length)
+                                 : record_size<QueuedOpcode>;
+    return reinterpret_cast<QueuedOpcode*>(reinterpret_cast<std::byte*>(this) + size);
+}
+
 // The records of a queue, one behind the other. What fits into the first block costs no allocation; further
 // blocks grow, and go when the queue is emptied.
 class Record_Memory {
   public:
-    // Makes a record with so many bytes behind it.
+    // Makes a record of that size.
     template <typename Record, typename... Fields>
-    void Append(std::size_t extra, Fields... fields) {
-        const std::size_t size = (sizeof(Record) + extra + alignment - 1) / alignment * alignment;
+    void Append(std::size_t size, Fields... fields) {
+        static_assert(sizeof(Record) <= record_size<Record>);
         if (static_cast<std::size_t>(limit - current.end) < size) [[unlikely]]
             Add_Block(size);
-        (new (current.end) Record(fields...))->size = size;
+        new (current.end) Record(fields...);
         current.end += size;
     }
     // Calls the function with the first record of each block and the end of its last one. Records that are
@@ -228,10 +243,12 @@ class Record_Memory {
         function(current.First(), current.Last_End());
     }
     void Take_All_Back();
+    // Bytes in full blocks.
+    std::size_t Full_Size() const;
 
   private:
     static constexpr std::size_t alignment = alignof(QueuedOpcode);
-    static_assert(sizeof(QueuedOpcode_Text) % alignment == 0 && alignment >= QueuedOpcode_Text::padding);
+    static_assert(alignment == QueuedOpcode_Text::padding);
 
     struct Block {
         std::unique_ptr<std::byte[]> owned; // null for the first block
@@ -273,6 +290,10 @@ class OpcodeQueueQueue : public OpcodeQueue {
     void Start_Expression() { rhs = 1; }
 
   private:
+    template <typename Record, typename... Fields>
+    void Append(Fields... fields) {
+        records.Append<Record>(record_size<Record>, fields...);
+    }
     void Make_Accesses_Writable();
 
     Record_Memory records;

@@ -64,6 +64,10 @@ int FileCompilerParser::Output_Fragment(StringOutput* fragment) {
     return fragment->Move_Contents(output);
 }
 
+void FileCompilerParser::Expect_Code(std::size_t length) {
+    output->Expect(length);
+}
+
 void FileCompilerParser::Last_File() {
     last_file = 1;
 }

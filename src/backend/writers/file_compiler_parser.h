@@ -52,6 +52,7 @@ class FileCompilerParser : public CompilerParser {
     // The file about to be compiled is the last one.
     void Last_File() override;
     QueuedOpcode* Output_Run(QueuedOpcode* first, const QueuedOpcode* end) override;
+    void Expect_Code(std::size_t length) override;
     void Output_Pushed_Constant(int ident, int opcode) override;
 
     // Engine that brought each minor file version, by that version.

@@ -70,6 +70,9 @@ QueuedOpcode* CompilerParser::Output_Run(QueuedOpcode* first, const QueuedOpcode
     return first->Next();
 }
 
+void CompilerParser::Expect_Code(std::size_t) {
+}
+
 void CompilerParser::Output_Pushed_Constant(int ident, int opcode) {
     Output_Opcode(OPCODE_PUSHC, ident, 0);
     Output_Opcode(opcode, 0, 0);

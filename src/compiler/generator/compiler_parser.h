@@ -190,6 +190,8 @@ class CompilerParser : public Parser {
     // Writes the record, and as many as it can of those behind it up to end; answers the first that is left.
     // A back end that writes plain records by itself forces their line first.
     virtual QueuedOpcode* Output_Run(QueuedOpcode* first, const QueuedOpcode* end);
+    // About so many bytes of code come next.
+    virtual void Expect_Code(std::size_t length);
     // Writes pushc and, behind it, an instruction without operands.
     virtual void Output_Pushed_Constant(int ident, int opcode);
 
