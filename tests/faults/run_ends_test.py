@@ -63,7 +63,7 @@ def missing_memory():
             OUTPUT.unlink(missing_ok=True)
             ends.add(end)
     expect("both ends", len(ends) in (0, 2), True)
-    for call, megabytes in (("['f'].a(", 84), ("f(", 56)):
+    for call, megabytes in (("['f'].a(", 68), ("f(", 46)):
         PAGE.write_text(f'<TnEVAL EXPR="{{{call * 10**5}1{")" * 10**5}}}"><TnFUNCTION NAME="f" PARAMETERS="a"></TnFUNCTION>')
         if limited(megabytes, "--version") == (0, ""):
             expect(call, limited(megabytes, "page.tn"), (0, ""))

@@ -51,9 +51,9 @@ DEEP, MANY, LONG = 10**5, 10**6, 10**9
 ROWS = [  # name, count, page, bytes an item may take beside 6 MB, where that is promised
     ("parentheses", DEEP, expression("(", "l.a", ")"), None),
     ("nested calls", DEEP, expression("f(", "l.a", ")", FUNCTION), None),
-    ("nested calls", MANY, expression("f(", "l.a", ")", FUNCTION), 500),
+    ("nested calls", MANY, expression("f(", "l.a", ")", FUNCTION), 250),
     ("nested inline calls", DEEP, expression("[l.f].g(", "l.a", ")"), None),
-    ("nested inline calls", MANY, expression("[l.f].g(", "l.a", ")"), 650),
+    ("nested inline calls", MANY, expression("[l.f].g(", "l.a", ")"), 480),
     ("brackets", DEEP, expression("l.a[", "1", "]"), None),
     ("member chain", DEEP, expression("", "l.a", ":b"), None),
     ("includes", DEEP, includes, None),
