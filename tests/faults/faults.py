@@ -22,7 +22,7 @@ SAMPLE = 300
 GOLDEN = pathlib.Path(__file__).parents[1] / "golden"
 PAGES = [  # options, then pages of golden, which bring their own options and files
     ("", "functions/definitions"), ("", "include_ifdef/includes"), ("", "splitting/pieces"), ("", "filters/types"),
-    ("-d", "documentation/functions"), ("-L", "coverage/two_files"), ("-L", "localized/texts"),
+    ("-d", "documentation/functions"), ("-L", "coverage/lines"), ("-L", "localized/texts"),
     (f"-b {LIBRARY}", "blocks/operands"), ("-w all", "functions/errors"), ("", "large")]
 LARGE = ('<TnINCLUDE FILE="part">{ l.a * 2 }\n' + "text " * 20000) * 3
 ERRORS = [errno.ENOSPC, errno.EIO, errno.EINTR, errno.EMFILE, errno.EACCES]
