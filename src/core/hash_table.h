@@ -372,9 +372,7 @@ void HashTable<T>::Make_Room() {
 template <class T>
 void HashTable<T>::Grow_Index() {
     const std::size_t grown_places = std::max(2 * places, least_places);
-    Place* grown = static_cast<Place*>(std::calloc(grown_places, sizeof(Place)));
-    if (!grown)
-        throw std::bad_alloc();
+    Place* grown = Zeroed_Array<Place>(grown_places);
     for (std::size_t old = 0; old < places; ++old) {
         if (!buckets[old].link)
             continue;

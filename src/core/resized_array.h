@@ -1,6 +1,8 @@
 #ifndef CORE_RESIZED_ARRAY_H
 #define CORE_RESIZED_ARRAY_H
 
+#include "core/large_pages.h"
+
 #include <cstddef>
 #include <cstdlib>
 #include <memory>
@@ -16,6 +18,17 @@ template <class T>
     if (!resized)
         throw std::bad_alloc();
     return static_cast<T*>(resized);
+}
+
+// A new array of zeros, likewise, of large pages when it is long: it is looked up at random.
+template <class T>
+[[nodiscard]] T* Zeroed_Array(std::size_t count) {
+    static_assert(std::is_trivially_copyable_v<T>);
+    void* zeroed = std::calloc(count, sizeof(T));
+    if (!zeroed)
+        throw std::bad_alloc();
+    Use_Large_Pages(zeroed, count * sizeof(T));
+    return static_cast<T*>(zeroed);
 }
 
 struct Free_Memory {

@@ -1,26 +1,13 @@
 #include "compiler/records/constant_table.h"
 
 #include "core/index_hash.h"
+#include "core/large_pages.h"
 
 #include <algorithm>
 #include <cstring>
 #include <limits>
 #include <new>
-#include <sys/mman.h>
 #include <utility>
-
-namespace {
-
-// Asks for large pages where the system gives them on request: a text of many megabytes is copied in half the
-// time then. Refused, nothing changes.
-void Use_Large_Pages(void* memory, std::size_t size) {
-    constexpr std::size_t page = std::size_t{2} << 20;
-    const std::size_t ahead = -reinterpret_cast<std::uintptr_t>(memory) % page;
-    if (size >= ahead + page)
-        (void)madvise(static_cast<char*>(memory) + ahead, (size - ahead) / page * page, MADV_HUGEPAGE);
-}
-
-} // namespace
 
 int Constant_Table::Number_Of(std::string_view text, int number_if_new) {
     if ((places_used + 1) * 4 > places * 3)
@@ -60,9 +47,7 @@ std::uint32_t Constant_Table::Add_Record(std::string_view text, int number) {
 
 void Constant_Table::Grow_Index() {
     const std::size_t grown_places = std::max(2 * places, least_places);
-    Resizable_Array<Place> grown(static_cast<Place*>(std::calloc(grown_places, sizeof(Place))));
-    if (!grown)
-        throw std::bad_alloc();
+    Resizable_Array<Place> grown(Zeroed_Array<Place>(grown_places));
     for (std::size_t old = 0; old < places; ++old) {
         if (!index[old].record)
             continue;
