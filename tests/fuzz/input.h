@@ -37,7 +37,18 @@ class Input {
             c = alphabet.empty() ? static_cast<char>(Byte()) : One_Of(alphabet);
         return text;
     }
-    std::string_view Rest() const { return left; }
+    // One of the pieces that bars part, and up to so many of them.
+    std::string Piece(std::string_view pieces) {
+        for (auto skip = Below(1 + static_cast<unsigned>(std::ranges::count(pieces, '|'))); skip > 0; --skip)
+            pieces.remove_prefix(pieces.find('|') + 1);
+        return std::string(pieces.substr(0, pieces.find('|')));
+    }
+    std::string Pieces(unsigned most, std::string_view pieces) {
+        std::string text;
+        for (unsigned left = Below(most + 1); left > 0 && More(); --left)
+            text += Piece(pieces);
+        return text;
+    }
 
   private:
     std::uint8_t Byte() {

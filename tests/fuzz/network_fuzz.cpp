@@ -106,32 +106,11 @@ struct Response {
 };
 
 void Try_Response(Input& input, Script& script) {
-    const char* const pieces[] = {"HTTP/1.1 200 OK\r\n",
-                                  "HTTP/1.0 ",
-                                  "404",
-                                  "\r\n",
-                                  "\n",
-                                  "\r\n\r\n",
-                                  " ",
-                                  ":",
-                                  "Content-Length: ",
-                                  "content-length:9\r\n",
-                                  "Transfer-Encoding: Chunked\r\n",
-                                  "transfer-encoding:",
-                                  "chunked",
-                                  "gzip",
-                                  "0",
-                                  "1\r\n.\r\n",
-                                  "3;x=y\r\nabc\r\n",
-                                  "1A",
-                                  "7FFFFFFF",
-                                  "2147483648",
-                                  "-1",
-                                  "0\r\n\r\n",
-                                  "\r\n0\r\n",
-                                  "x"};
-    while (input.More())
-        script.incoming += input.One_Of(pieces);
+    script.incoming = input.Pieces(
+        65535,
+        "HTTP/1.1 200 OK\r\n|HTTP/1.0 |404|\r\n|\n|\r\n\r\n| |:|Content-Length: |content-length:9\r\n|"
+        "Transfer-Encoding: Chunked\r\n|transfer-encoding:|chunked|gzip|0|1\r\n.\r\n|3;x=y\r\nabc\r\n|1A|"
+        "7FFFFFFF|2147483648|-1|0\r\n\r\n|\r\n0\r\n|x");
     Network_Application application;
     HTTPResponseStream stream(new Scripted_Connection(&application, script), 5);
     const Response expected({script.incoming});
@@ -208,14 +187,13 @@ struct Talk {
 void Try_Proxy(Input& input, Script& script) {
     const unsigned lengths[] = {0, 1, 255, 256};
     const std::string user(input.One_Of(lengths), 'u'), password(input.One_Of(lengths), 'p');
-    const char* const pieces[] = {"\5", "\2", "\1", "\4", "Z", "....", "\xff"};
     const std::pair<const char*, std::string> hosts[] = {{"a.test", "\3\6a.test"},
                                                          {"127.0.0.1", "\1\x7f\0\0\1"s},
                                                          {"::1", "\4" + std::string(15, '\0') + "\1"}};
     const auto& [host, address] = input.One_Of(hosts);
     script.write_limit = input.Below(4) ? INT_MAX : input.Between(0, 40);
     while (input.More())
-        script.incoming += input.Below(3) ? std::string(1, '\0') : input.One_Of(pieces);
+        script.incoming += input.Below(3) ? std::string(1, '\0') : input.Piece("\5|\2|\1|\4|Z|....|\xff");
     Network_Application application;
     application.texts = {{CONFIG_SOCKS_USER, user.c_str()}, {CONFIG_SOCKS_PASSWORD, password.c_str()}};
     UNIXNetworkManager manager(&application);
@@ -245,11 +223,7 @@ struct Scripted_Manager : UNIXNetworkManager {
 };
 
 void Try_URL(Input& input, Script& script) {
-    const char* const pieces[] = {"http://", "HTTP:", "//",   "/",  "[", "]", "[::1]",
-                                  ":",       "?",     "host", "80", "8", "x"};
-    std::string url;
-    for (unsigned left = input.Below(12); left > 0; --left)
-        url += input.One_Of(pieces);
+    const std::string url = input.Pieces(11, "http://|HTTP:|//|/|[|]|[::1]|:|?|host|80|8|x");
     Network_Application application;
     Scripted_Manager manager(&application, script);
     static const std::regex form("([^:]*)://(\\[[^\\]]*\\]|(?!\\[)[^:/?]*)(?::([^/?]*))?(?:/(.*)|(\\?.*)?)");

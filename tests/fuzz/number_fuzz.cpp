@@ -158,9 +158,6 @@ void Try_Double(double value) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     mpd_ieee_context(&Tarn_MPD_Context, MPD_DECIMAL64);
-    const char* const pieces[] = {"0x", "0X", "-", "+",          "inf",        "NaN", "Infinity",
-                                  "e",  "E-", ".", "0",          "0000000000", "1",   "9",
-                                  "f",  "A",  " ", "2147483648", "4294967295"};
     Input input(data, size);
     while (input.More()) {
         const unsigned choice = input.Below(4);
@@ -174,11 +171,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             CHECK(Text(App::itos, number, 0) == std::to_string(number));
             Try_Decimal(Decimal(App::itompd(nullptr, number)).get());
         }
-        std::string text;
-        for (unsigned left = choice == 2 ? input.Below(20) : 0; left > 0; --left)
-            text += input.One_Of(pieces);
-        if (choice > 1)
-            Try_Text(choice == 2 ? text : input.Text(5));
+        if (choice == 2)
+            Try_Text(input.Pieces(
+                20, "0x|0X|-|+|inf|NaN|Infinity|e|E-|.|0|0000000000|1|9|f|A| |2147483648|4294967295"));
+        if (choice == 3)
+            Try_Text(input.Text(5));
     }
     return 0;
 }

@@ -23,20 +23,15 @@ class Page_Grammar {
     std::string Body(int depth) {
         std::string text;
         for (unsigned left = input.Below(6); left > 0; --left)
-            text += depth > 0 && input.Below(3) ? Tag_Text(depth) : input.One_Of(texts);
+            text += depth > 0 && input.Below(3) ? Tag_Text(depth) : input.Piece(texts);
         return text;
     }
 
   private:
-    static constexpr const char* texts[] = {"text",
-                                            "\n",
-                                            " <b>bold</b> ",
-                                            "a longer text, \"of\" 'some' words",
-                                            "<a href=\"{l.a}\">",
-                                            "&[%element( g.b )%]"};
-    static constexpr const char* names[] = {"l.a", "l.b", "g.a", "g.b", "s.a", "x", "d.a", "al.d.b"};
-    static constexpr const char* words[] = {"x",        "y",      "text",  "html", "expression",
-                                            "variable", "public", "en-US", "a,b",  "top"};
+    static constexpr const char* texts =
+        "text|\n| <b>bold</b> |a longer text, \"of\" 'some' words|<a href=\"{l.a}\">|&[%element( g.b )%]";
+    static constexpr const char* names = "l.a|l.b|g.a|g.b|s.a|x|d.a|al.d.b";
+    static constexpr const char* words = "x|y|text|html|expression|variable|public|en-US|a,b|top";
     static constexpr const char* operators[] = {
 #define OPERATOR(name, id, key, priority, operands, type, opcode)                                            \
     operands == 2 && std::string_view(#opcode) != "NONE" ? key : nullptr,
@@ -59,9 +54,7 @@ class Page_Grammar {
     }
 
     std::string Name() {
-        return std::string(input.One_Of(names)) + (input.Below(4)   ? ""
-                                                   : input.Below(2) ? ":m"
-                                                                    : "[" + Expression(1) + "]");
+        return input.Piece(names) + (input.Below(4) ? "" : input.Below(2) ? ":m" : "[" + Expression(1) + "]");
     }
     std::string Expression(int depth) {
         const unsigned choice = depth > 0 ? input.Below(12) : input.Below(5);
@@ -70,7 +63,7 @@ class Page_Grammar {
         switch (choice) {
         case 0: return std::to_string(input.Below(300));
         case 1: return input.Below(2) ? "2.5" : "(-3)";
-        case 2: return "'" + std::string(input.One_Of(words)) + " of a literal'";
+        case 2: return "'" + input.Piece(words) + " of a literal'";
         case 5: return "(" + inner() + ")";
         case 6: return input.Below(2) ? "NOT " + inner() : "ISNULL " + Name();
         case 7: return input.Below(2) ? Name() + "++" : "--" + Name();
@@ -84,7 +77,7 @@ class Page_Grammar {
     std::string Value(const Attribute_Route& route) {
         const std::string expression = "{" + Expression(3) + "}";
         if (route.element < 0)
-            return input.One_Of(words);
+            return input.Piece(words);
         switch (route.convert) {
         case Convert::Variable_Name: // a warning of it would end the loop's code
             return input.Below(2) ? "l.a" : expression;
@@ -97,10 +90,10 @@ class Page_Grammar {
         case Convert::Member: return input.Below(2) ? "m" : expression;
         case Convert::Certificate_Type: return "pem";
         case Convert::Directive_Text:
-            return route.attribute == Attribute::Name   ? input.One_Of(words)
+            return route.attribute == Attribute::Name   ? input.Piece(words)
                    : route.attribute == Attribute::File ? "y"
                                                         : "expression";
-        default: return input.Below(2) ? input.One_Of(words) : expression;
+        default: return input.Below(2) ? input.Piece(words) : expression;
         }
     }
     // The counts and conditions of loops exclude others.

@@ -20,13 +20,6 @@ std::vector<std::filesystem::path> Kept(const std::filesystem::path& normal) {
     return normal == "." ? std::vector<std::filesystem::path>() : std::vector(normal.begin(), normal.end());
 }
 
-std::string Pieces(Input& input, const std::vector<const char*>& pieces) {
-    std::string text = input.One_Of(pieces);
-    for (unsigned left = input.Below(14); left > 0; --left)
-        text += input.One_Of(pieces);
-    return text;
-}
-
 // The elements cut the text, the spans mend it: so in any order.
 void Ask(Input& input, UNIXFilePath& path, const std::string& text) {
     std::vector<std::pair<std::size_t, std::size_t>> ends;
@@ -58,8 +51,9 @@ void Ask(Input& input, UNIXFilePath& path, const std::string& text) {
 }
 
 void Try_Paths(Input& input) {
-    const std::vector<const char*> pieces = {"a", "b", ".", "..", "/", "/", "/../", "//", "/./"};
-    const std::string text = Pieces(input, pieces), tail = Pieces(input, pieces), whole = text + "/" + tail;
+    const std::string_view pieces = "a|b|.|..|/|/|/../|//|/./";
+    const std::string text = input.Piece(pieces) + input.Pieces(12, pieces), tail = input.Pieces(12, pieces);
+    const std::string whole = text + "/" + tail;
     UNIXFilePath path(text.c_str()), joined(text.c_str(), tail.c_str()), copy(joined);
     const auto own = Kept(Normal(text)), other = Kept(Normal(whole));
     const int same = static_cast<int>(
@@ -89,8 +83,7 @@ void Try_Scope(Input& input) {
         {3, 1, 2, std::regex("()database\\.(..+)", std::regex::icase)},
         {5, 0, 1, std::regex("(.*)")},
     };
-    const std::string text =
-        Pieces(input, {"", "l", "LOCAL", "g", "Global", "s", "system", "d", "D", "database", "x", ".", "."});
+    const std::string text = input.Pieces(12, "l|LOCAL|g|Global|s|system|d|D|database|x|.|.");
     std::smatch match;
     const auto* rule = rules;
     while (!std::regex_match(text, match, rule->pattern))
