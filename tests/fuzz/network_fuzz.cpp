@@ -106,11 +106,16 @@ struct Response {
 };
 
 void Try_Response(Input& input, Script& script) {
-    script.incoming = input.Pieces(
-        65535,
-        "HTTP/1.1 200 OK\r\n|HTTP/1.0 |404|\r\n|\n|\r\n\r\n| |:|Content-Length: |content-length:9\r\n|"
-        "Transfer-Encoding: Chunked\r\n|transfer-encoding:|chunked|gzip|0|1\r\n.\r\n|3;x=y\r\nabc\r\n|1A|"
-        "7FFFFFFF|2147483648|-1|0\r\n\r\n|\r\n0\r\n|x");
+    const int size = input.Between(1, 9);
+    const char* const heads[] = {"", "HTTP/1.1 200 OK\r\n",
+                                 "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"};
+    script.incoming =
+        input.One_Of(heads) +
+        input.Pieces(
+            65535,
+            "HTTP/1.1 200 OK\r\n|HTTP/1.0 |404|\r\n|\n|\r\n\r\n| |:|Content-Length: |content-length:9\r\n|"
+            "Transfer-Encoding: Chunked\r\n|transfer-encoding:|chunked|gzip|0|1\r\n.\r\n|3;x=y\r\nabc\r\n|1A|"
+            "7FFFFFFF|2147483648|-1|0\r\n\r\n|\r\n0\r\n|x");
     Network_Application application;
     HTTPResponseStream stream(new Scripted_Connection(&application, script), 5);
     const Response expected({script.incoming});
@@ -118,7 +123,7 @@ void Try_Response(Input& input, Script& script) {
         std::string body;
         char buffer[9];
         int count = stream.Read_Headers() ? 1 : -1;
-        while (count > 0 && (count = stream.Read(buffer, script.step % 9 + 1)) > 0)
+        while (count > 0 && (count = stream.Read(buffer, size)) > 0)
             body.append(buffer, count);
         CHECK(count == 0 ? expected.error.empty() : stream.error().view() == expected.error);
         // A read that meets a fault behind its bytes keeps them.
@@ -192,14 +197,18 @@ void Try_Proxy(Input& input, Script& script) {
                                                          {"::1", "\4" + std::string(15, '\0') + "\1"}};
     const auto& [host, address] = input.One_Of(hosts);
     script.write_limit = input.Below(4) ? INT_MAX : input.Between(0, 40);
-    while (input.More())
-        script.incoming += input.Below(3) ? std::string(1, '\0') : input.Piece("\5|\2|\1|\4|Z|....|\xff");
+    const std::string answers[] = {"\0Z......"s, "\5\0\5\0\0\1......"s,
+                                   "\5\2\1\0\5\0\0\4..................more"s};
+    script.incoming = input.One_Of(answers);
+    for (unsigned left = input.Below(3); left > 0; --left)
+        script.incoming[input.Below(12) % script.incoming.size()] = input.Piece("\5|\2|\1|\4|Z|\xff")[0];
+    script.incoming.resize(script.incoming.size() - (input.Below(2) ? 0 : input.Below(8)));
     Network_Application application;
     application.texts = {{CONFIG_SOCKS_USER, user.c_str()}, {CONFIG_SOCKS_PASSWORD, password.c_str()}};
     UNIXNetworkManager manager(&application);
     Scripted_Connection connection(&application, script);
     Talk talk{{script.incoming}, static_cast<std::size_t>(script.write_limit)};
-    const bool old = script.step % 8 == 0,
+    const bool old = script.incoming[0] == 0,
                done = old ? talk.With_4(user) : talk.With_5(user, password, address);
     CHECK(done == (old ? manager.SOCKS4_Connect(&connection, "127.0.0.1", 443, 5)
                        : manager.SOCKS5_Connect(&connection, host, 443, 5)));
@@ -207,6 +216,7 @@ void Try_Proxy(Input& input, Script& script) {
     const std::string error = done ? "" : (old ? "SOCKS4: " : "SOCKS5: ") + talk.error;
     CHECK(done == manager.error().view().empty() && manager.error().view().starts_with(error));
     CHECK(talk.sent.substr(0, talk.limit) == script.written);
+    CHECK(!done || script.position + talk.words.left.size() == script.incoming.size());
 }
 
 struct Scripted_Manager : UNIXNetworkManager {
@@ -259,7 +269,8 @@ void Try_URL(Input& input, Script& script) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
     const unsigned choice = input.Below(3);
-    Script script{.step = input.Between(1, 255)};
+    const int steps[] = {1, 2, 5, INT_MAX};
+    Script script{.step = input.One_Of(steps)};
     if (choice == 0)
         Try_Response(input, script);
     else if (choice == 1)
