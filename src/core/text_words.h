@@ -11,6 +11,13 @@ inline bool Is_Space(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+inline bool Has_Space(std::string_view text) {
+    for (const char c : text)
+        if (Is_Space(c))
+            return true;
+    return false;
+}
+
 inline bool Is_Digit(char c) {
     return c >= '0' && c <= '9';
 }

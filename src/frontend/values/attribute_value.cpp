@@ -142,7 +142,7 @@ int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text
         delete qualifiers;
         qualifiers = new String(text + bare_length, length - bare_length);
     }
-    if (std::any_of(text, text + bare_length, Is_Space))
+    if (Has_Space(View(text, bare_length)))
         parser->Note<Message::Variable_Name_Spaces>(View(text, bare_length));
 
     const char* name = text;
