@@ -66,40 +66,6 @@ TEST(OpcodeQueue, Expression_Waits_With_Its_Own_Lines_And_Texts) {
                                 "\n\tlineno\t7\n\telem_ro\n.version\t1.3");
 }
 
-// Listings of images have names of their own.
-TEST(Opcodes, Are_Found_By_Number) {
-    const std::pair<int, const char*> cases[] = {
-        {37, "roundf"},
-        {63, ""},
-        {69, "op_do_file"},
-        {264, "pop3delete"},
-        {16657, "op_commerce_stop"},
-        {20759, ""},
-        {533, "dbrevealstructureagg"},
-    };
-    for (const auto& [number, listing] : cases) {
-        ASSERT_TRUE(Find_Opcode(number)) << number;
-        EXPECT_EQ(Find_Opcode(number)->listing, listing);
-    }
-    for (const int number : {1, 527, 16645, 0x14001, -1})
-        EXPECT_FALSE(Find_Opcode(number)) << number;
-}
-
-TEST(Writers, Numbers_Of_Every_Length) {
-    Assembly_Parser parser;
-    for (long power = 1; power < 10000000000; power *= 10)
-        for (const long near : {power - 1, power, power + 7, -power, 2147483647L, -2147483648L}) {
-            const int number = static_cast<int>(near);
-            const auto expected = "\n\tpushi\t" + std::to_string(number);
-            parser.Output_Opcode(OPCODE_PUSHI, number, 0);
-            EXPECT_EQ(parser.Written(), expected);
-            parser.Queue_Expression();
-            parser.Opcode_Queue()->Queue_Opcode(OPCODE_PUSHI, number, 0);
-            parser.Flush_Opcode_Queue();
-            EXPECT_EQ(parser.Written(), expected);
-        }
-}
-
 TEST(Writers, A_Name_Keeps_Its_Number) {
     Assembly_Parser parser;
     for (int round = 0; round < 3; ++round)

@@ -80,18 +80,6 @@ class PartsTest : public ImageTest {
                                 Dwords({2, 0, 0, 300, 400}) + no_locals;
 };
 
-TEST(DictionaryDataBlock, Shares_What_It_Has) {
-    const std::pair<std::string, int> cases[] = {
-        {"abc", 0},  {"abc", 0}, {"", 0},      {"xabcx", 3}, {"abcx", 0}, // across two texts
-        {"abcd", 8}, {"xa", 3},  {"bcdx", -1},                            // no room
-        {"dd", 12},                                                       // fills the block
-        {"cdd", 10}, {"ee", -1},
-    };
-    DictionaryDataBlock block(14);
-    for (const auto& [text, offset] : cases)
-        EXPECT_EQ(block.Add(text.data(), static_cast<int>(text.size())), offset) << text;
-}
-
 TEST_F(PartsTest, Names_Keep_Their_Indices_Through_Blocks_And_Copies) {
     EXPECT_EQ(names.Entry_Add("abc", 1), 5);
     EXPECT_EQ(names.Entry_Add("b\0m", 3), 6);
@@ -190,7 +178,9 @@ TEST_F(PartsTest, Listing_Keeps_Step_And_Has_Names_Of_Its_Own) {
         {Number(0x3001, 2), "Illegal Instruction\n"},
         {Number(0x6001, 2) + Dwords({7, 0, 0x3fe00000}), "Illegal Instruction\ndword:7, double:0.500000\n"},
         {Number(0x1001, 2) + Dwords({9}), "Illegal Instruction\n, dword:9\n"},
-        {Number(37, 2), "roundf\t\n"},                           // the engine's
+        {Number(37, 2), "roundf\t\n"}, // the engine's
+        {Number(264, 2), "pop3delete\t\n"},
+        {Number(533, 2), "dbrevealstructureagg\t\n"},
         {Number(16647, 2) + Dwords({1}), "pop3loop\tdword:1\n"}, // older spelling
         {Number(534, 2), "Illegal Instruction\n\n"},             // later than the listing
         {Number(0x4002, 2) + "..", "pushi\t"},                   // ends within the operand
@@ -298,27 +288,19 @@ TEST_F(PartsTest, Parts_With_Fields_Out_Of_Range_Are_Refused) {
     Expect_Refused(
         table, {"func", section},
         {{"function_list_header.bucket_bits out of range", {{2, 33, 1}, {2, -1, 1}, {0, 0x218000, 3}}},
-         {"read_bucket_size out of range", {{2, 29, 1}, {2, 31, 1}}},
+         {"read_bucket_size out of range", {{2, 29, 1}, {2, 31, 1}, {second + 46, 29, 1}}},
          {"function_list_header.function_count out of range", {{3, 0x10000000}, {3, INT_MAX}, {3, -1}}},
          {"function_list_header.bucket_entries out of range", {{0, -1, 2}, {0, 0x8000, 2}}},
          {"function_hash_bucket.index out of range", {{7, 1, 2}, {7, -1, 2}, {7, 0x7fff, 2}}},
          {"Invalid function header name index", {{first, 5}, {first, -1}, {second, INT_MAX}}},
          {"function_header.parameter_count out of range", {{second + 4, 0xaaaaaab}, {second + 4, -1}}},
          {"Invalid function parameter name index", {{second + 20, 5}, {second + 32, -1}}},
-         {"variable_hash_header.bucket_bits out of range", {{second + 46, 33, 1}}},
+         {"variable_hash_header.bucket_bits out of range", {{second + 46, 33, 1}, {second + 44, -1}}},
+         {"variable_hash_header.variable_count out of range", {{second + 47, 0x8000000}, {second + 47, -1}}},
+         {"variable_hash_header.bucket_entries out of range", {{second + 44, -1, 2}}},
+         {"variable_hash_bucket.index out of range", {{second + 51, 1, 2}, {second + 51, -1, 2}}},
          {"Invalid size", {{second + 4, 0xaaaaaaa}}},
          {"Unexpected end of file", {{0, 0x7fff, 2}, {3, 0xfffffff}, {second + 47, 0x7ffffff}}}});
-}
-
-TEST_F(PartsTest, Damaged_Chains_End) {
-    for (const Patch& patch : {Patch{links, 2}, {links, 0}, {links, 3}, {head, 3}, {head, -2}}) {
-        FunctionManager read(&names, 8);
-        ASSERT_TRUE(Read(read, {"func", patch(section)}));
-        EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "1 sum(4: a 0/0 b 1/1)");
-        EXPECT_EQ(read.Function_Get("zzzz", -1), nullptr);
-        Function* const added = read.Function_Add("zzzz", -1, 0);
-        EXPECT_EQ(read.Function_Get("ZZZZ", -1), added);
-    }
 }
 
 // What the parts occupy once they were read. The sections promise far more than they have, and many things

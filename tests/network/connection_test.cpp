@@ -1,6 +1,7 @@
 // Connections against peers on the same machine, most of them hostile.
 
 #include "network/logging_network_connection.h"
+#include "network/network_output.h"
 #include "network/network_support.h"
 #include "network/unix_network_connection.h"
 
@@ -166,6 +167,25 @@ TEST_F(Connection, Is_Logged) {
     EXPECT_EQ(noting.Write(String("z"), 5), -1);
     EXPECT_EQ(noting.log, "r:line\nr:abcno read;w:wxyno write;");
     EXPECT_STREQ((noting.ipaddress() + " " + noting.error()).text(), "192.0.2.1 peer is gone");
+}
+
+struct Header_Output : NullOutput {
+    void Header(const char* name, const char* value) override { seen += std::string(name) + "=" + value; }
+    void Write_Error(const char* text, int) override { seen += text; }
+    std::string seen;
+};
+
+TEST_F(Connection, Is_Written_To_By_An_Output_That_Hands_Headers_On) {
+    Script script{.write_limit = 5};
+    Scripted_Connection scripted(&application, script);
+    Header_Output inner;
+    NetworkOutput output(&inner, &scripted, 5, 4);
+    output.Header("a", "b");
+    output.Write_Error("!", 1);
+    EXPECT_EQ(output.Write("abcdef", -1), 6);
+    EXPECT_EQ(script.written + inner.seen, "abcda=b!");
+    EXPECT_EQ(output.Flush(), 1);
+    EXPECT_STREQ(output.error().text(), "peer took a part");
 }
 
 } // namespace

@@ -153,11 +153,6 @@ class VariableHashImageTest : public ImageTest {
 
 TEST_F(VariableHashImageTest, Table_Comes_Back_Without_Variables) {
     for (const int bits : {0, 32}) { // one bucket
-        VariableHash table(&names, 0, 2, 0);
-        for (int id = 0; id < 5; ++id)
-            table.Insert(id);
-        table.SetVariable("sum", -1, "1", 1);
-        EXPECT_EQ(Saved(table), Image({Table(0)}));
         VariableHash read(&names, 12, 512, 0);
         read.SetVariable("main", -1, "gone", -1);
         ASSERT_TRUE(Load(read, Table(bits)));
@@ -172,27 +167,6 @@ TEST_F(VariableHashImageTest, Table_Comes_Back_Without_Variables) {
     small.Insert(4);
     EXPECT_EQ(Saved(small), Image({{"vars", Number(1, 2) + Number(3, 1) + Number(1, 4) +
                                                 Number(hashi("b", 1, 0) & 7, 2) + Dwords({0, 4, -1})}}));
-}
-
-TEST_F(VariableHashImageTest, Damaged_Table_Is_Refused) {
-    VariableHash table(&names, 12, 512, 0);
-    ASSERT_TRUE(Load(table, Table(0)));
-    Persisted part{table};
-    Expect_Refused(part, Table(0),
-                   {{"variable_hash_header.bucket_bits out of range", {{2, 33, 1}, {0, -1}}},
-                    {"read_bucket_size out of range", {{2, 29, 1}, {2, 0xffffff1d}}},
-                    {"variable_hash_header.variable_count out of range", {{3, 0x8000000}, {3, -1}}},
-                    {"variable_hash_header.bucket_entries out of range", {{0, -1, 2}}},
-                    {"variable_hash_bucket.index out of range", {{7, 1, 2}, {7, -1, 2}}}});
-    EXPECT_FALSE(Load(table, {"vars", Patch{3, 0x7ffffff}(Table(0).second)})); // more than the file has
-    EXPECT_EQ(Look(table, "max"), "-");
-    const std::string bytes = Table(0).second;
-    for (const auto& [link, taken] :
-         {std::pair(9, -1), {3, 3}}) { // to no slot, which ends its chain, and back
-        ASSERT_TRUE(Load(table, {"vars", Patch{25, link}(bytes)}));
-        EXPECT_EQ(Look(table, "other"), "none");
-        EXPECT_EQ(Saved(table), Image({{"vars", Patch{25, taken}(bytes)}}));
-    }
 }
 
 TEST_F(VariableHashImageTest, View_Knows_Names_By_Its_Own_Numbers) {
