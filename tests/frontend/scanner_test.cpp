@@ -67,6 +67,7 @@ TEST(Scanner, Ends_And_Goes_On_Behind_Odd_Sources) {
         {"<TnEVAL EXPR=\"{l.x * - 1}\">", "int(1) CE_178(Expression has too many operators) "},
         {"<TnCOMMENT", ""},
         {"<TnCOMMENT></TnCOMMENT>", "comment() "},
+        {"<TnCOMMENT>" + std::string(400, 'x') + "</tncomment>", "comment(" + std::string(400, 'x') + ") "},
         {"<TnCOMMENT><tncomment></TnCOMMENT>", "CW_15(Found nested <TnCOMMENT> tags) comment(<tncomment>) "},
         {"<TnASSEMBLY>01", ""},
         {"<TnASSEMBLY", "CE_101(Found end of file when looking for </TnASSEMBLY>) "},

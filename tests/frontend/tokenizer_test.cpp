@@ -26,10 +26,11 @@ Tokenizer Tokens(const std::string& text, int bare_expression = 0) {
 }
 
 // "type:text" of the next token.
-std::string Next(Tokenizer& tokenizer) {
+std::string Next(Tokenizer& tokenizer,
+                 Tokenizer_TokenType (Tokenizer::*get)(const char**, int&) = &Tokenizer::Get_Next_Token) {
     const char* text = "";
     int length = 0;
-    const std::string type = type_names[tokenizer.Get_Next_Token(&text, length)];
+    const std::string type = type_names[(tokenizer.*get)(&text, length)];
     return length > 0 ? type + ":" + std::string(text, length) : type;
 }
 
@@ -79,6 +80,34 @@ TEST(Tokenizer, Bare_Expression_Gets_Braces_And_A_Zero_Byte_Ends) {
     Tokenizer tokenizer = Tokens("a\0b"s);
     for (const char* next : {"ident:a", "eof", "ident:b", "eof", "eof"})
         EXPECT_EQ(Next(tokenizer), next);
+}
+
+// Sixteen bytes at a time, and the rest.
+TEST(Tokenizer, Text_Runs_To_The_Next_Tag) {
+    for (int length = 1; length < 70; ++length)
+        for (const char stop : {'<', '\0'}) {
+            std::string run(length, '\n');
+            for (int i = length % 3; i < length; i += 3)
+                run[i] = '\xbc';
+            Tokenizer tokenizer = Tokens(run + stop + std::string(16, '\n'));
+            EXPECT_EQ(Next(tokenizer, &Tokenizer::Get_Next_Text), "other:" + run);
+            EXPECT_EQ(tokenizer.line, std::count(run.begin(), run.end(), '\n'));
+        }
+    Tokenizer hidden = Tokens("a\\<b"); // no tag, where an identifier takes it in
+    hidden.in_expression = 1;
+    EXPECT_EQ(Next(hidden, &Tokenizer::Get_Next_Text), "ident:a\\<b");
+}
+
+TEST(Tokenizer, Reads_Up_To_The_Last_Byte) {
+    const char* text;
+    int length;
+    Tokenizer quoted = Tokens("abc\\\""); // which is a terminator, if an escaped one
+    EXPECT_EQ(quoted.Read_Until(&text, length, '"', '\\'), TOKEN_OTHER);
+    Tokenizer bare = Tokens("ab", 1); // whose braces stand where the pattern is looked for
+    EXPECT_EQ(Next(bare), "{");
+    EXPECT_EQ(bare.Read_Until(&text, length, "</TnCOMMENT>", 12), TOKEN_RBRACE);
+    EXPECT_EQ(Next(bare), "ident:ab");
+    EXPECT_EQ(Next(bare), "eof");
 }
 
 } // namespace
