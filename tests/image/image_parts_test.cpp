@@ -110,7 +110,8 @@ TEST_F(PartsTest, Compress_Shares_Across_Blocks) {
     EXPECT_EQ(Written(names).substr(32, 8), Dwords({9, 11 + 8181 + 7})); // one "main"
     Dictionary empty;
     empty.Compress();
-    EXPECT_EQ(empty.Entry_Add("x", -1), 0);
+    EXPECT_EQ(empty.Entry_Add("x", -1) + empty.Entry_Add("x", -1), 1);
+    EXPECT_EQ(Written(empty).substr(32, 8), Dwords({2, 1}));
     ASSERT_TRUE(Read(empty, {"dict", Dwords({3, 3, 0, 0, 2, 1, 2, 0, 3}) + "xyz"})); // overlapping texts
     empty.Compress();
     EXPECT_EQ(Texts(empty), "xy yz xyz ");
@@ -301,6 +302,17 @@ TEST_F(PartsTest, Parts_With_Fields_Out_Of_Range_Are_Refused) {
          {"variable_hash_bucket.index out of range", {{second + 51, 1, 2}, {second + 51, -1, 2}}},
          {"Invalid size", {{second + 4, 0xaaaaaaa}}},
          {"Unexpected end of file", {{0, 0x7fff, 2}, {3, 0xfffffff}, {second + 47, 0x7ffffff}}}});
+}
+
+TEST_F(PartsTest, Damaged_Chains_End) {
+    for (const Patch& patch : {Patch{links, 2}, {links, 0}, {links, 3}, {head, 3}, {head, -2}}) {
+        FunctionManager read(&names, 8);
+        ASSERT_TRUE(Read(read, {"func", patch(section)}));
+        EXPECT_EQ(Told(read.Function_Get("sum", -1)), patch.at == head ? "" : "1 sum(4: a 0/0 b 1/1)");
+        EXPECT_EQ(read.Function_Get("zzzz", -1), nullptr);
+        Function* const added = read.Function_Add("zzzz", -1, 0);
+        EXPECT_EQ(read.Function_Get("ZZZZ", -1), added);
+    }
 }
 
 // What the parts occupy once they were read. The sections promise far more than they have, and many things

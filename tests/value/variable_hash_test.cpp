@@ -163,6 +163,12 @@ TEST_F(VariableHashImageTest, Table_Comes_Back_Without_Variables) {
         EXPECT_EQ(read.Insert("more", -1), 5);
         EXPECT_EQ(read.Seek(-1, "More", -1, nullptr), 5);
     }
+    for (const int link : {-1, 3, 9}) { // the end of its chain, back, and to no slot, which ends it
+        VariableHash read(&names, 12, 512, 0);
+        ASSERT_TRUE(Load(read, {"vars", Patch{25, link}(Table(0).second)}));
+        EXPECT_EQ(Look(read, "other"), "none");
+        EXPECT_EQ(Saved(read), Image({{"vars", Patch{25, link < 5 ? link : -1}(Table(0).second)}}));
+    }
     VariableHash small(&names, 3, 0, 0);
     small.Insert(4);
     EXPECT_EQ(Saved(small), Image({{"vars", Number(1, 2) + Number(3, 1) + Number(1, 4) +
