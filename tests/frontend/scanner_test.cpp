@@ -116,18 +116,6 @@ TEST(InlineCall, Depth_Is_Not_Bounded_By_The_Stack) {
 
 using Source_File = File_Tree;
 
-TEST_F(Source_File, Of_Any_Length_Is_One_Text) {
-    for (const int size : {0, 1, 4096}) {
-        Put("page", std::string(size, ' '));
-        Tokenizer tokenizer(manager.get());
-        EXPECT_TRUE(tokenizer.Open("page"));
-        const char* text;
-        int length = 0;
-        tokenizer.Get_Next_Token(&text, length);
-        EXPECT_EQ(length, size);
-    }
-}
-
 // Takes the page away when the file is opened that it includes.
 struct Taking_Manager : UNIXFileManager {
     using UNIXFileManager::UNIXFileManager;
