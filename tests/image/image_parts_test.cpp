@@ -21,30 +21,6 @@ class PartsTest : public ImageTest {
             texts += std::string(text, size) + " ";
         return texts;
     }
-    template <class T>
-    void Expect_Number(int (Segment::*write)(int, T), int (Segment::*read)(int, T*) const, T number,
-                       const std::string& bytes) {
-        constexpr int width = sizeof(T);
-        SegmentManager manager;
-        Segment& segment = *manager.Start();
-        EXPECT_EQ((segment.*write)(3, number), 3 + width); // what is passed over is zero
-        EXPECT_EQ(Written(manager).substr(32 + 16),
-                  std::string(3, '\0') + bytes + "segs" + Dwords({32, 16 + 3 + width}));
-        T found{};
-        for (const int outside : {4, 3 + width, INT_MAX, INT_MIN, -1})
-            EXPECT_EQ((segment.*read)(outside, &found), -1) << outside;
-        for (const int outside : {-1, INT_MIN, INT_MAX - width + 1})
-            EXPECT_EQ((segment.*write)(outside, number), -1) << outside;
-        for (const int offset : {0, 3, 8192 - width - 1, 8192 - width, 8193 - width, 16384, 100000}) {
-            EXPECT_EQ((segment.*write)(offset, number), offset + width);
-            segment.Grow(offset - 5);
-            found = {};
-            EXPECT_EQ((segment.*read)(offset, &found), offset + width);
-            EXPECT_EQ(found, number);
-        }
-        EXPECT_EQ((segment.*read)(8193 - width, &found), 8193);
-        EXPECT_EQ(found, number); // one that crossed the room of that time
-    }
     std::string Listing(const std::string& code, const char* expression, int length) {
         Segment segment(1);
         for (int offset = 0; const char byte : code)
@@ -142,10 +118,32 @@ TEST_F(PartsTest, Failed_Read_Tells_What_The_File_Says) {
 }
 
 TEST_F(PartsTest, Numbers_Stand_Within_The_Size) {
-    Expect_Number<std::uint8_t>(&Segment::Write_Byte, &Segment::Read_Byte, 0xfe, "\xfe");
-    Expect_Number<std::uint16_t>(&Segment::Write_Word, &Segment::Read_Word, 0x8102, "\x02\x81");
-    Expect_Number<std::int32_t>(&Segment::Write_Dword, &Segment::Read_Dword, -2, "\xfe\xff\xff\xff");
-    Expect_Number<double>(&Segment::Write_Double, &Segment::Read_Double, 1.0, Dwords({0, 0x3ff00000}));
+    Segment& segment = *segments.Start();
+    EXPECT_EQ(segment.Write_Double(3, 1.0), 11); // what is passed over is zero
+    EXPECT_EQ(Written(segments).substr(32 + 16),
+              std::string(3, '\0') + Dwords({0, 0x3ff00000}) + "segs" + Dwords({32, 16 + 11}));
+    double found = 0;
+    for (const int outside : {4, 11, INT_MAX, INT_MIN, -1})
+        EXPECT_EQ(segment.Read_Double(outside, &found), -1) << outside;
+    for (const int outside : {-1, INT_MIN, INT_MAX - 7})
+        EXPECT_EQ(segment.Write_Double(outside, 1.0), -1) << outside;
+    for (const int offset : {0, 3, 8183, 8184, 8185, 16384, 100000}) {
+        EXPECT_EQ(segment.Write_Double(offset, offset), offset + 8);
+        segment.Grow(offset - 5);
+        EXPECT_EQ(segment.Read_Double(offset, &found), offset + 8);
+        EXPECT_EQ(found, offset);
+    }
+    EXPECT_EQ(segment.Read_Double(8185, &found), 8193);
+    EXPECT_EQ(found, 8185); // one that crossed the room of that time
+
+    std::uint8_t byte = 0;
+    std::uint16_t word = 0;
+    std::int32_t dword = 0;
+    EXPECT_EQ(segment.Write_Dword(1, -2) + segment.Write_Word(2, 0x8102) + segment.Write_Byte(0, 7),
+              5 + 4 + 1);
+    EXPECT_EQ(segment.Read_Dword(0, &dword) + segment.Read_Word(3, &word) + segment.Read_Byte(1, &byte),
+              4 + 5 + 2);
+    EXPECT_TRUE(dword == static_cast<int>(0x8102fe07) && word == 0xff81 && byte == 0xfe);
 }
 
 TEST_F(PartsTest, Manager_Numbers_Segments) {
@@ -211,13 +209,6 @@ TEST_F(PartsTest, Chains_Are_Sorted_And_Ignore_Case) {
     named->name_index = 2;
     EXPECT_EQ(Told(table.Function_Add(named)), "7 Max(0:)");
     EXPECT_EQ(table.Function_Get("maX", -1), named);
-    FunctionManager many(&names, 4);
-    for (int i = 0; i < 300; ++i)
-        many.Function_Add(("f" + std::to_string(i)).c_str(), -1, 0);
-    ASSERT_TRUE(Read(table, {"func", Written(many).substr(32)}));
-    for (int i = 0; i < 300; ++i)
-        EXPECT_EQ(table.Function_Get(("F" + std::to_string(i)).c_str(), -1), table.Function_At(i));
-    EXPECT_EQ(Written(table), Written(many));
 }
 
 TEST_F(PartsTest, Parameters_Are_Split_As_Written) {
