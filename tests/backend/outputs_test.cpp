@@ -147,24 +147,21 @@ TEST(Outputs, Hand_On_What_They_Were_Given) {
 }
 
 TEST(Outputs, Fragments_Move_And_Are_Forgotten) {
-    std::mt19937 random(1);
     StringOutput fragment, target;
-    Model model{fragment_capacity}, expected{fragment_capacity};
-    for (unsigned run = 0; run < 200; ++run) {
-        for (unsigned step = random() % 20; step-- > 0;)
-            Step(fragment, model, random, true);
-        const std::string text = model.Written();
-        if (random() % 3 == 0) {
-            fragment.Clear();
-            model = {fragment_capacity};
-            continue;
-        }
-        EXPECT_EQ(fragment.Move_Contents(&target), static_cast<int>(text.size()));
-        expected.Write(text);
+    fragment.SetFlags(OUTPUT_COMPRESS_FULL);
+    std::string expected;
+    for (const int length : {0, 1, fragment_capacity, fragment_capacity + 1, 5000}) {
+        const std::string text(length, 'a'), forgotten(fragment_capacity + 1, 'x');
+        fragment.Write(forgotten.data(), -1);
+        fragment.Write("y", 1);
+        fragment.Clear();
+        fragment.Write_Compressed((" " + text).data(), -1); // at the beginning of a text
+        EXPECT_EQ(fragment.Move_Contents(&target), length);
+        expected += text;
     }
+    EXPECT_EQ(fragment.Move_Contents(&target), 0);
     int length;
-    const char* const contents = target.Contents(&length);
-    EXPECT_EQ(std::string(contents, length), expected.Written());
+    EXPECT_EQ(target.Contents(&length), expected);
 }
 
 TEST(FileOutput, Goes_On_After_Interruptions_And_Keeps_The_First_Failure) {
