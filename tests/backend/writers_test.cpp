@@ -63,6 +63,16 @@ TEST(OpcodeQueue, Expression_Waits_With_Its_Own_Lines_And_Texts) {
                                 "\n\tlineno\t7\n\telem_ro\n.version\t1.3");
 }
 
+TEST(Writers, Numbers_Of_Every_Length) {
+    Assembly_Parser parser;
+    for (long power = 1; power < 10000000000; power *= 10)
+        for (const long near : {power - 1, power, power + 7, -power, 2147483647L, -2147483648L}) {
+            const int number = static_cast<int>(near);
+            parser.Output_Opcode(OPCODE_PUSHI, number, 0);
+            EXPECT_EQ(parser.Written(), "\n\tpushi\t" + std::to_string(number));
+        }
+}
+
 TEST(Writers, A_Name_Keeps_Its_Number) {
     Assembly_Parser parser;
     for (int round = 0; round < 3; ++round)
