@@ -47,6 +47,21 @@ struct Test_Application : UNIXCompilerApplication, Config {
     String none;
 };
 
+TEST(TarnApplication, Counts_The_Changes_Of_Its_Defaults) {
+    Test_Application application;
+    application.SetLanguage("de", -1);
+    application.SetLanguage("english", 2);
+    application.SetDefaultLanguage("fr", 2);
+    application.SetDefaultDatabase("shop:x", 4);
+    EXPECT_EQ(application.language().view(), "en");
+    EXPECT_EQ(application.defaultlanguage().view(), "fr");
+    EXPECT_EQ(application.defaultdatabase().view(), "shop");
+    EXPECT_EQ(application.languagecount() * 100 + application.defaultlanguagecount() * 10 +
+                  application.defaultdatabasecount(),
+              322); // each from 1 on
+    EXPECT_STREQ(application.GetCharacterSet(), application.charset().text());
+}
+
 TEST(TarnApplication, Log_Filters_Are_Read_Entry_By_Entry) {
     Test_Application application;
     for (const auto& [text, filters] : {

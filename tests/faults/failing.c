@@ -18,7 +18,9 @@
 
 #define ALL_CALLS(each)                                                                                      \
     each(malloc) each(open) each(stat) each(fstat) each(mmap) each(munmap) each(read) each(write)            \
-        each(lseek) each(close) each(fcntl) each(ftruncate) each(unlink) each(fwrite) each(any)
+        each(lseek) each(close) each(fcntl) each(ftruncate) each(unlink) each(openat) each(lstat)            \
+        each(readlinkat) each(link) each(rename) each(renameat2) each(futimens) each(flock) each(socket)     \
+        each(connect) each(getsockopt) each(poll) each(recv) each(send) each(fwrite) each(any)
 #define ENUMERATOR(name) CALL_##name,
 #define TEXT(name) #name,
 
@@ -100,6 +102,25 @@ REPLACE(lseek, off_t, lseek, (int file, off_t offset, int from), -1, syscall(SYS
 REPLACE(fcntl, int, fcntl, (int file, int command, void* more), -1, syscall(SYS_fcntl, file, command, more))
 REPLACE(ftruncate, int, ftruncate, (int file, off_t length), -1, syscall(SYS_ftruncate, file, length))
 REPLACE(unlink, int, unlink, (const char* name), -1, syscall(SYS_unlink, name))
+REPLACE(openat, int, openat, (int at, const char* name, int flags, int mode), -1, syscall(SYS_openat, at, name, flags, mode))
+REPLACE(lstat, int, lstat, (const char* name, struct stat* status), -1, syscall(SYS_lstat, name, status))
+REPLACE(readlinkat, ssize_t, readlinkat, (int at, const char* name, char* text, size_t size), -1,
+        syscall(SYS_readlinkat, at, name, text, size))
+REPLACE(link, int, link, (const char* from, const char* to), -1, syscall(SYS_link, from, to))
+REPLACE(rename, int, rename, (const char* from, const char* to), -1, syscall(SYS_rename, from, to))
+REPLACE(renameat2, int, renameat2, (int from_at, const char* from, int to_at, const char* to, unsigned flags), -1,
+        syscall(SYS_renameat2, from_at, from, to_at, to, flags))
+REPLACE(futimens, int, futimens, (int file, const struct timespec* times), -1, syscall(SYS_utimensat, file, 0, times, 0))
+REPLACE(flock, int, flock, (int file, int operation), -1, syscall(SYS_flock, file, operation))
+REPLACE(socket, int, socket, (int domain, int type, int protocol), -1, syscall(SYS_socket, domain, type, protocol))
+REPLACE(connect, int, connect, (int socket, const void* address, unsigned size), -1, syscall(SYS_connect, socket, address, size))
+REPLACE(getsockopt, int, getsockopt, (int socket, int level, int option, void* value, void* size), -1,
+        syscall(SYS_getsockopt, socket, level, option, value, size))
+REPLACE(poll, int, poll, (void* files, unsigned long count, int wait), -1, syscall(SYS_poll, files, count, wait))
+REPLACE(recv, ssize_t, recv, (int socket, void* bytes, size_t length, int flags), -1,
+        syscall(SYS_recvfrom, socket, bytes, length, flags, NULL, NULL))
+REPLACE(send, ssize_t, send, (int socket, const void* bytes, size_t length, int flags), -1,
+        syscall(SYS_sendto, socket, bytes, length, flags, NULL, 0))
 REPLACE(fwrite, size_t, fwrite, (const void* bytes, size_t size, size_t count, FILE* file), 0,
         fwrite_unlocked(bytes, size, count, file))
 /* clang-format on */

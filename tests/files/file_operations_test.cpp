@@ -325,7 +325,7 @@ TEST_F(File_Operations, Temporary_Name_Begins_With_Its_Directory) {
     EXPECT_EQ(Error(), "Invalid temporary filename prefix");
     for (int i = 0; i < 10; ++i)
         Put("u." + std::to_string(i), "");
-    EXPECT_TRUE(see(manager->MakeTemporary(At("u").c_str(), &name, FILE_MODE_READ)));
+    ASSERT_TRUE(see(manager->MakeTemporary(At("u").c_str(), &name, FILE_MODE_READ)));
     EXPECT_EQ(name, At("u.a"));
     delete[] name;
     EXPECT_FALSE(manager->MakeTemporary("none/t", &name, FILE_MODE_READ));

@@ -1,6 +1,7 @@
 #include "files/file_tree.h"
 
 #include <csignal>
+#include <stdexcept>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
@@ -12,7 +13,10 @@ constexpr int both = FILE_MODE_READ | FILE_MODE_WRITE;
 class Open_File : public File_Tree {
   protected:
     std::unique_ptr<File> Open(const char* path, int mode) {
-        return std::unique_ptr<File>(manager->Open(path, mode));
+        std::unique_ptr<File> file(manager->Open(path, mode));
+        if (!file)
+            throw std::runtime_error(manager->error().text());
+        return file;
     }
 
     // What is left to read, or why it can't be read.
@@ -44,7 +48,7 @@ TEST_F(Open_File, Modes_Decide_What_May_Be_Done) {
         EXPECT_EQ(file->Tell(), reads ? 2 : 1) << mode;
         EXPECT_EQ(file->error().view(), reads && writes ? "" : System_Text(EBADF)) << mode;
     }
-    EXPECT_EQ(Why(Open("f", FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_EXCLUSIVE) != nullptr),
+    EXPECT_EQ(Why(manager->Open("f", FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_EXCLUSIVE) != nullptr),
               System_Text(EEXIST));
 }
 

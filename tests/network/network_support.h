@@ -12,6 +12,7 @@
 #include <climits>
 #include <map>
 #include <netinet/in.h>
+#include <stdexcept>
 #include <string>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -127,9 +128,12 @@ struct Passing_Folder {
 };
 
 inline void Send_All(int descriptor, const std::string& text) {
-    ssize_t count = 0;
-    for (std::size_t sent = 0; sent < text.size() && count >= 0; sent += static_cast<std::size_t>(count))
-        count = send(descriptor, &text[sent], text.size() - sent, MSG_NOSIGNAL);
+    for (std::size_t sent = 0; sent < text.size();) {
+        const ssize_t count = send(descriptor, &text[sent], text.size() - sent, MSG_NOSIGNAL);
+        if (count < 0)
+            throw std::runtime_error("nothing could be sent");
+        sent += static_cast<std::size_t>(count);
+    }
 }
 
 #endif
