@@ -216,7 +216,7 @@ TEST_F(File_Operations, Neither_Empty_Nor_Make_What_They_Refuse) {
 TEST_F(File_Operations, Count_Open_Files_And_Keep_Them_From_Children) {
     manager->MaxFiles(2);
     const int here = manager->SaveCurrentDirectory();
-    char* name;
+    char* name = nullptr;
     const std::unique_ptr<File> first(manager->Open(data, "f", FILE_MODE_READ)),
         second(manager->MakeTemporary(data, "d", "t", &name, FILE_MODE_WRITE)),
         third(manager->Open(data, "d/g", FILE_MODE_READ));
@@ -224,6 +224,7 @@ TEST_F(File_Operations, Count_Open_Files_And_Keep_Them_From_Children) {
     manager->SecurityOptions(links);
     Link("f", "root/l");
     UNIXFileManager copy(nullptr, *manager); // with the roots, without options and limit
+    ASSERT_TRUE(first && second && third);
     EXPECT_TRUE(see(copy.Open(data, "f", FILE_MODE_READ)) && !copy.Open(data, "l", FILE_MODE_READ));
     EXPECT_EQ(Entries("/proc/self/fd"), descriptors + 5); // two files, two roots, and where it was
     for (const auto& entry : fs::directory_iterator("/proc/self/fd"))
