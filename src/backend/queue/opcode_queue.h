@@ -231,8 +231,8 @@ class Record_Memory {
         new (current.end) Record(fields...);
         current.end += size;
     }
-    // Calls the function with the first record of each block and the end of its last one. Records that are
-    // appended meanwhile are left out. With Discard a full block goes as soon as the function has had it.
+    // Calls the function, which must append nothing, with the first record of each block and the end of its
+    // last one. With discard a full block goes as soon as the function has had it; Take_All_Back comes next.
     template <typename Function>
     void For_Each_Block(Function function, bool discard = false) {
         for (std::size_t i = 0; i < full.size(); ++i) {

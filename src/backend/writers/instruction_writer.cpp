@@ -5,7 +5,6 @@
 #include "backend/queue/opcode_queue.h"
 #include "backend/writers/file_compiler_parser.h"
 
-#include <algorithm>
 #include <cstring>
 #include <memory>
 

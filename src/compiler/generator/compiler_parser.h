@@ -30,7 +30,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 class CompilerOutput;
@@ -546,7 +545,7 @@ class CompilerParser : public Parser {
     Value_Stack<Operator> operators;
 
     // Functions.
-    Function_Records referenced_functions; // every spelling called
+    Function_Records referenced_functions; // of all that was called
     // The first call of each name.
     HashTable<Function_Resolution_Info> called_functions{0, 1, table_bucket_bits, table_initial_slots};
     // Those that were reported as undefined.

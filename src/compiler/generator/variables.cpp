@@ -64,7 +64,7 @@ std::string_view CompilerParser::Scratch_Key(std::string_view base, int number) 
     return scratch_name;
 }
 
-// The name holds the digest of the source file, and signs that no source can spell.
+// The name holds the digest of the source file.
 void CompilerParser::Make_Scratch_Variable(std::string_view base, int number, int ident) {
     const Integer_Text digits(number);
     const std::string_view pieces[] = {"__scratch:",  base, "_",

@@ -66,7 +66,7 @@ class Capture_Resolution_Info : public Resolution_Info {
     int saved_flags; // output flags to go back to, -1 when the tag changed none
 };
 
-// A function: its definition, or the first call of it under one spelling.
+// A function: its definition, its first call, or a call that spells the name in another case than that one.
 class Function_Resolution_Info final : public Resolution_Info {
   public:
     // A length of -1 takes the name up to its NUL.
