@@ -84,6 +84,9 @@ class ExternalCallManager {
     virtual void Register_Persistent(TarnVM* vm, const char* name, int length, void* value,
                                      ExternalCallPersistentData::Free_Function free_function);
 
+    // Whether any was registered.
+    bool Has_Libraries() const { return registered_count > 0; }
+
   private:
     struct Registered_Library {
         ExternalLibrary* library;

@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""driver_test.py TNC: what the options make of a run, what it says, and which files it leaves."""
+"""driver_test.py TNC LIBRARY: what the options make of a run, what it says, and which files it leaves."""
 
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -10,7 +11,7 @@ import tempfile
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "docs"))
 from checks import expect, finish
 
-TNC = os.path.abspath(sys.argv[1])
+TNC, LIBRARY = map(os.path.abspath, sys.argv[1:3])
 FILES = {
     "good.tn": "Hi",
     "bad.tn": "<TnELSE>",
@@ -59,6 +60,7 @@ FAILING = [
     ("-o none/x good.tn", "tnc: Unable to create 'none/x'" + NONE),
     ("-o link.tn none.tn good.tn", "tnc: Unable to write 'link.tn': it is one of the sources"),
     ("-o good.tn hard.tn", "tnc: Unable to write 'good.tn': it is one of the sources"),
+    ("-b ./copy.so -o copy.so good.tn", "tnc: Unable to write 'copy.so': it is one of the libraries"),
     ("-o full good.tn", "tnc: Unable to write 'full': No space left on device"),
     ("large.tn", "large.tn:1: CE_186: TnINCLUDE cannot open file 'large': File too large"),
     ("huge.tn", "huge.tn:1: CE_186: TnINCLUDE cannot open file 'huge': File too large"),
@@ -152,6 +154,7 @@ with tempfile.TemporaryDirectory() as folder:
     os.symlink("good.tn", "link.tn")
     os.link("good.tn", "hard.tn")
     os.symlink("/dev/full", "full")
+    shutil.copy(LIBRARY, "copy.so")
     os.mkdir("folder")
     check_runs()
     check_output()

@@ -43,8 +43,8 @@ class CompilerApplication : public ConsoleApplication {
     virtual ExternalCallManager* externalcallmanager() = 0;
     // Runs the program; the answer is its exit status, 0 or 1. A failed run leaves no output file.
     virtual int Go();
-    // These two have printed their message when they answer false. An output that is one of the sources by
-    // another name or its own is refused before it is opened.
+    // These two have printed their message when they answer false. An output that is one of the sources or of
+    // the loaded libraries, by whatever name, is refused before it is opened.
     virtual bool ValidateOptions();
     virtual bool OpenOutput();
     // Whether -D gave the name, in any case.

@@ -5,11 +5,22 @@
 #include "app/driver/run_guard.h"
 #include "extension/external_call.h"
 #include "extension/unix_external_library.h"
+#include "files/file_status.h"
 #include "files/unix_file.h"
 #include "files/unix_file_manager.h"
 
 #include <cerrno>
 #include <cstring>
+#include <link.h>
+
+namespace {
+
+// Asked of each library of the process; answers other than 0 for the one that the path leads to.
+int Is_Loaded_From(dl_phdr_info* library, std::size_t, void* path) {
+    return Same_File(library->dlpi_name, static_cast<const char*>(path));
+}
+
+} // namespace
 
 UNIXCompilerApplication::UNIXCompilerApplication(int argc, char** argv)
     : CompilerApplication(argc, argv), file_manager(new UNIXFileManager(this)),
@@ -42,7 +53,10 @@ ExternalCallManager* UNIXCompilerApplication::externalcallmanager() {
     return call_manager;
 }
 
+// A library that is emptied while it is mapped takes the process along.
 bool UNIXCompilerApplication::OpenOutput() {
+    if (call_manager->Has_Libraries() && dl_iterate_phdr(Is_Loaded_From, const_cast<char*>(output_path)))
+        return Path_Error("write", output_path, "it is one of the libraries");
     if (!CompilerApplication::OpenOutput())
         return false;
     const int descriptor = static_cast<UNIXFile*>(output_file.get())->Handle();
