@@ -80,7 +80,7 @@ def stalled_run():
 
 
 def disturbances():
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGALRM, signal.SIGXCPU):
         run = stalled_run()
         os.link(OUTPUT, "other")
         run.send_signal(number)

@@ -75,7 +75,7 @@ void Set_Handlers() {
     struct sigaction action = {};
     sigfillset(&action.sa_mask);
     action.sa_handler = End_By_Signal;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGXCPU}) {
         struct sigaction earlier;
         if (sigaction(signal, nullptr, &earlier) == 0 && earlier.sa_handler != SIG_IGN)
             sigaction(signal, &action, nullptr);

@@ -24,8 +24,8 @@ class Run_Guard {
     // The output's descriptor, of which a copy is kept. False with errno set when that fails.
     [[nodiscard]] static bool Watch_Output(int descriptor);
     // Cuts the output to length 0, by whatever names it can be reached, unless there is none or it is no
-    // regular file; as long as its descriptor isn't known, it is an empty file of its name. True when its name
-    // is to go too, which that of an open descriptor like /dev/stdout isn't.
+    // regular file; as long as its descriptor isn't known, it is an empty file of its name. True when its
+    // name is to go too, which that of an open descriptor like /dev/stdout isn't.
     static bool Cut_Output();
     static void Forget_Output();
 };
