@@ -7,6 +7,7 @@
 #include "files/unix_file_path.h"
 
 #include <cstring>
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -18,6 +19,7 @@ constexpr const char* realize_failures[] = {
     "The specified path references a symbolic link",
     "The specified path references a symbolic link to a directory owned by a different user",
 };
+static_assert(std::size(realize_failures) == REALIZE_OTHER_OWNER + 1);
 
 constexpr char outside[] = "The specified path references a path outside the configured ";
 

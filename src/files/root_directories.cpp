@@ -5,6 +5,7 @@
 #include "files/unix_file_manager.h"
 #include "files/unix_file_path.h"
 
+#include <iterator>
 #include <memory>
 
 namespace {
@@ -20,6 +21,7 @@ constexpr Root_Policy policies[] = {
     {"script", SECURITY_SCRIPT_LINKS, SECURITY_SCRIPT_OTHER_OWNER, SECURITY_SCRIPT_ABSOLUTE},
     {"temporary", SECURITY_TEMP_LINKS, SECURITY_TEMP_OTHER_OWNER, 0},
 };
+static_assert(std::size(policies) == Tarn_PathType_Temp + 1);
 
 // By RealizeStatus.
 constexpr const char* setup_failures[] = {
@@ -28,6 +30,7 @@ constexpr const char* setup_failures[] = {
     " references a symbolic link",
     " references a symbolic link to a directory owned by a different user",
 };
+static_assert(std::size(setup_failures) == REALIZE_OTHER_OWNER + 1);
 
 } // namespace
 

@@ -313,6 +313,7 @@ class CompilerParser : public Parser {
         Tag_Operation at_end;   // End_Of_Tag, behind the attributes
     };
     static const Tag_Actions tag_actions[]; // by tag id, null where a tag does nothing
+    static constexpr bool Has_Stack(int family);
     template <Tag_Operation operation, int tag>
     static constexpr bool Has_Its_Row();
     template <int... tags>

@@ -117,6 +117,11 @@ bool Is_Allowed_In_Array_Block(int tag) {
 
 } // namespace
 
+// Whether Blocks_Of has a stack for the family.
+constexpr bool CompilerParser::Has_Stack(int family) {
+    return Has_Row(block_families, family) && Row_Of(block_families, family).stack;
+}
+
 // Whether the table that an operation reads, if it reads one, has a row for the tag. Operations are told
 // apart as types, since sanitizers keep pointers from being compared while compiling.
 template <CompilerParser::Tag_Operation operation, int tag>
@@ -125,9 +130,9 @@ constexpr bool CompilerParser::Has_Its_Row() {
     if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Generate_Plain_Tag>>)
         return Has_Row(plain_tags, tag);
     if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Jump_In_Block>>)
-        return Has_Row(block_jumps, tag);
+        return Has_Row(block_jumps, tag) && Has_Stack(Row_Of(block_jumps, tag).family);
     if (std::is_same_v<Asked, std::integral_constant<Tag_Operation, &CompilerParser::Close_Loop_Block>>)
-        return Has_Row(loop_blocks, tag) && Has_Row(block_families, tag);
+        return Has_Row(loop_blocks, tag) && Has_Stack(tag);
     return true;
 }
 
@@ -141,6 +146,7 @@ constexpr bool CompilerParser::Actions_Are_Sound(std::integer_sequence<int, tags
 
 ParserStatus CompilerParser::Start_Of_Tag(int tag, int closing, int required, int optional,
                                           const char* name) {
+    static_assert(std::size(tag_actions) == std::size(required_slots), "a row for each tag");
     static_assert(Actions_Are_Sound(std::make_integer_sequence<int, std::size(tag_actions)>()));
 
     current_attribute = ATTRIBUTE_NONE;

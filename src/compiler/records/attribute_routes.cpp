@@ -50,6 +50,21 @@ static_assert([] {
     return true;
 }());
 
+// An element of a tag takes the value of one attribute, and stands among the slots of the tag. A tag without
+// slots fills those of the tag around it.
+static_assert([] {
+    for (const Attribute_Route& route : attribute_routes) {
+        if (route.element == -1)
+            continue;
+        if (Required_Slots(route.tag) != NO_SLOTS && route.element >= Slots(route.tag))
+            return false;
+        for (const Attribute_Route& other : attribute_routes)
+            if (&other != &route && other.tag == route.tag && other.element == route.element)
+                return false;
+    }
+    return true;
+}());
+
 } // namespace
 
 int Find_Attribute_Route(int tag, int attribute) {

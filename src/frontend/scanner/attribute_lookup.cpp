@@ -5,6 +5,7 @@
 #include "frontend/scanner/perfect_hash.h"
 
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -19,6 +20,19 @@ constexpr std::array rows{
 };
 
 constexpr Perfect_Hash<_AttributeLookup, rows.size(), 7, 6> attributes(rows);
+
+static_assert(
+    [] {
+        int last = -1;
+        for (const int id : {
+#define ATTRIBUTE(name, id, key) id,
+#include "frontend/scanner/attributes.def"
+             })
+            if (id <= std::exchange(last, id))
+                return false;
+        return true;
+    }(),
+    "ids ascend, so that none stands twice");
 
 } // namespace
 

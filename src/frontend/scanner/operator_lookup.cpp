@@ -20,6 +20,15 @@ constexpr std::array rows{
 
 constexpr Perfect_Hash<_OperatorLookup, rows.size(), 6, 5> operators(rows);
 
+// The code generator finds instructions by the place of the operator's row.
+static_assert([] {
+    int next_id = 0;
+    for (const _OperatorLookup& row : rows)
+        if (row.id != next_id++)
+            return false;
+    return true;
+}());
+
 constexpr auto signs = [] {
     std::array<const _OperatorLookup*, 128> by_byte{};
     for (const _OperatorLookup& row : rows) {

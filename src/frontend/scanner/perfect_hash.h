@@ -21,6 +21,9 @@ class Perfect_Hash {
     constexpr explicit Perfect_Hash(const std::array<Record, count>& rows) {
         std::array<Bucket, bucket_count> buckets{};
         for (const Record& row : rows) {
+            for (const char* byte = row.key; *byte; ++byte)
+                if (*byte >= 'A' && *byte <= 'Z')
+                    throw "keys are in lower case";
             Bucket& bucket = buckets[Key_Hash(row.key, row.length) >> bucket_shift];
             bucket.rows[bucket.size++] = &row;
             lengths[First(row.key)] |= 1U << row.length;

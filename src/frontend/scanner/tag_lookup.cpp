@@ -20,6 +20,23 @@ constexpr std::array rows{
 
 constexpr Perfect_Hash<_TagLookup, rows.size(), 7, 6> tags(rows);
 
+// Slots and words are found by the place of the tag's row.
+constexpr bool Rows_Are_Sound() {
+    int next_id = 0;
+    for (const _TagLookup& row : rows) {
+        if ((row.required == NO_SLOTS) != (row.optional == NO_SLOTS))
+            return false;
+    }
+    for (const int id : {
+#define TAG(name, id, key, required, optional) id,
+#include "frontend/scanner/tags.def"
+         })
+        if (id != next_id++)
+            return false;
+    return true;
+}
+static_assert(Rows_Are_Sound());
+
 using Word = std::array<char, 24>;
 
 constexpr Word Spelled(std::string_view key) {
