@@ -38,7 +38,6 @@ REACHING_UP = {
     "core/number_text.cpp": "defines the conversions, which are static members of the application",
     "core/text_encoders.cpp": "defines encoders that are static members of the application",
     "frontend/scanner/parser.cpp": "reports to the application",
-    "frontend/scanner/passthrough_text.cpp": "asks the application for its engine",
     "frontend/values/attribute_value.cpp": "writes its code by the generator",
     "frontend/values/filter_value.cpp": "compiles a filter by a parser of its own",
     "value/cloned_variable_hash.cpp": "reads names from the image's dictionary",

@@ -94,6 +94,11 @@ def routes():
     return found
 
 
+def element(tag, attribute):
+    """The number of the element that takes an attribute's value."""
+    return int(re.search(rf"\{{Tag::{tag}, Attribute::{attribute}, (\d+),", source("attribute_routes.h"))[1])
+
+
 def keyword_lists():
     """The words of each list: {"standard_output": [("html", has it an effect), ...], ...}."""
     text = source("keyword_lists.cpp")
@@ -111,7 +116,7 @@ def file_versions():
 
 def engines():
     """All engines that a table names."""
-    features = [row[-1] for kind in ("PROGRAM_VERSION", "ENGINE_FEATURE") for row in rows("engine_version.def", kind)]
+    features = [row[-1] for kind in ("PROGRAM_VERSION", "ENGINE_FEATURE", "LAST_ENGINE") for row in rows("engine_version.def", kind)]
     return {*file_versions().values(), *features}
 
 

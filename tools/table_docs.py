@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""table_docs.py [--check]: writes the tables of the documents, the man page and the completions from the tables of the
-sources. With --check it writes nothing, and fails where one of them differs.
+"""table_docs.py [--check]: writes the tables of the documents, the man page, the completions and the demo from the tables of
+the sources. With --check it writes nothing, and fails where one of them differs.
 
 A table stands between a line "table: NAME" and a line "end of table", each in a comment of the file's own form: <!-- -->, .\\" or #.
 A tag's table of attributes has columns of its own behind those from the sources: they are kept, and must be filled.
@@ -15,6 +15,7 @@ from source_tables import (
     c_interface,
     causes,
     c_text,
+    element,
     engines,
     file_versions,
     keyword_lists,
@@ -27,7 +28,7 @@ from source_tables import (
     tag_keys,
 )
 
-FILES = ("README.md", "docs/*.md", "man/*.1", "completion/*")
+FILES = ("README.md", "docs/*.md", "man/*.1", "completion/*", "demo")
 MARKED = re.compile(
     r'^((?:<!--|\.\\"|#) table: (\w+) ?(\S*)(?: -->)?\n)(.*?)(^(?:<!--|\.\\"|#) end of table(?: -->)?\n)',
     re.DOTALL | re.MULTILINE,
@@ -94,13 +95,11 @@ def tags():
     return markdown(["Tag", "Attributes"], lines)
 
 
-ID_ELEMENT = 3  # of TnLOCALIZED
-
-
 def wiping_tags():
     """Those that reset the ID of an open TnLOCALIZED."""
+    id_element = element("Localized", "Id")
     slots = {row[0]: [int(n) for n in row[-2:] if n.isdigit()] for row in rows("tags.def", "TAG")}
-    return ["", ", ".join(shown_tag(keys[0]) for tag, keys in tag_keys().items() if sum(slots[tag]) > ID_ELEMENT) + ".", ""]
+    return ["", ", ".join(shown_tag(keys[0]) for tag, keys in tag_keys().items() if sum(slots[tag]) > id_element) + ".", ""]
 
 
 TEXT_OR_EXPRESSION = "text or expression"
@@ -307,6 +306,7 @@ TABLES = {
     "manual_warnings": lambda: manual_diagnostics(1, 99),
     "manual_errors": lambda: manual_diagnostics(100, 999),
     "shell_words": shell_words,
+    "value_letters": lambda: [f"with_value={letters(lambda value: value)}"],
     "zsh_options": zsh_options,
     "zsh_words": zsh_words,
     "fish_options": fish_options,

@@ -9,7 +9,8 @@
 // unsigned. None allocates.
 //
 // Which one to take: Boyer-Moore has to fill a table of 1 KB first, which pays when some hundred bytes remain
-// to be searched. Callers here take bm_searchi for more than 300 bytes, bf_searchi otherwise.
+// to be searched. Callers here take bm_searchi for more bytes than these, bf_searchi otherwise.
+inline constexpr int longest_brute_force = 300;
 
 // Brute force, first match. An empty pattern is found at 0, but not in an empty text.
 int bf_search(const char* pattern, int pattern_length, const char* text, int text_length);

@@ -20,13 +20,13 @@ namespace {
 constexpr int section_tag = Section_Tag("dict");
 constexpr int header_size = 12;
 constexpr int entry_size = 8;
-constexpr int TF_DATA_BLOCK_SIZE = 8192;
+constexpr int data_block_size = 8192;
 constexpr std::uint32_t most_entries = 0x7ffffff;
 constexpr std::uint32_t most_blocks = 0x3ffff;
 
 // The next multiple of the block size above a length, as far as a capacity goes.
 int Block_Capacity(int length) {
-    const std::int64_t capacity = (std::int64_t{length} / TF_DATA_BLOCK_SIZE + 1) * TF_DATA_BLOCK_SIZE;
+    const std::int64_t capacity = (std::int64_t{length} / data_block_size + 1) * data_block_size;
     return static_cast<int>(std::min<std::int64_t>(capacity, INT_MAX));
 }
 
@@ -160,7 +160,7 @@ bool Dictionary::Read_Section(TaggedFile* file) {
     const auto data_size = Get_Little_Endian<std::uint32_t>(header + 4);
     if (entry_count > most_entries)
         return Error("dictionary_header.entries out of range");
-    if (data_size / TF_DATA_BLOCK_SIZE + 1 > most_blocks)
+    if (data_size / data_block_size + 1 > most_blocks)
         return Error("( dictionary_header.data_size / TF_DATA_BLOCK_SIZE ) + 1 out of range");
 
     std::vector<char> table;

@@ -20,7 +20,7 @@ constexpr char magic[4] = {'T', 'a', 'r', 'n'};
 constexpr int directory_entry_size = 12;
 constexpr int directory_growth = 16;
 constexpr int oldest_version = file_version_major << 16 | FILE_VERSION_SECOND;
-constexpr int newest_version = file_version_major << 16 | FILE_VERSION_ISOLATION;
+constexpr int newest_version = file_version_major << 16 | newest_file_version;
 constexpr std::uint32_t most_entries = 0xaaaaaaa;
 
 // What may be copied for each byte of the file, and ahead of that.

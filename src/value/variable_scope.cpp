@@ -16,6 +16,17 @@ bool Word_And_Dot(std::string_view text, std::size_t at, std::string_view word) 
            memcmpi(text.data() + at, word.data(), word.size()) == 0;
 }
 
+struct Scope_Word {
+    std::string_view word;
+    Variable_Scope scope;
+};
+
+constexpr Scope_Word scope_words[] = {
+    {"local", SCOPE_LOCAL},
+    {"global", SCOPE_GLOBAL},
+    {"system", SCOPE_SYSTEM},
+};
+
 // A name split in three: alias, scope prefix, and the rest that begins at name. Without an alias its length
 // is -1, and nothing is said about it.
 struct Split_Name {
@@ -53,12 +64,9 @@ Split_Name Split(std::string_view text) {
     const std::size_t dot = text.find('.');
     if (dot == std::string_view::npos)
         return {SCOPE_UNSCOPED};
-    if (dot == 5 && Word_And_Dot(text, 0, "local"))
-        return {SCOPE_LOCAL, 6};
-    if (dot == 6 && Word_And_Dot(text, 0, "global"))
-        return {SCOPE_GLOBAL, 7};
-    if (dot == 6 && Word_And_Dot(text, 0, "system"))
-        return {SCOPE_SYSTEM, 7};
+    for (const Scope_Word& row : scope_words)
+        if (Word_And_Dot(text, 0, row.word))
+            return {row.scope, dot + 1};
     if (Word_And_Dot(text, dot + 1, "d"))
         return Database(dot, dot + 3);
     if (Word_And_Dot(text, dot + 1, "database"))

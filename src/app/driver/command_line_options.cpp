@@ -16,32 +16,29 @@ namespace {
 
 constexpr double oldest_engine_version = file_version_engines[FILE_VERSION_SECOND];
 
-constexpr int FUNCTION_ACCESS_PRIVATE = 2;
-
-constexpr const char* usage_end = R"(
+constexpr const char* usage_of_values = R"(
 <warning> may be one of:
   - One or more warning ids, separated by commas
   - The keyword "all", which indicates all warnings
 
 <level> may be one or a comma separated list of the following:
-    scope     Warn or error on unscoped variables.
-    lock      Warn or error on TnFUNCTIONRETURN inside TnLOCKFILE.
-    capture   Warn or error on TnFUNCTIONRETURN inside TnCAPTURE.
-    async     Warn or error on TnFUNCTIONRETURN inside TnASYNC.
-  or
+)";
+
+constexpr const char* usage_end = R"(  or
     all       All of the above options.
 )";
 
 struct Pedantic_Keyword {
     std::string_view word;
     Pedantic_Check check;
+    const char* help;
 };
 
 constexpr Pedantic_Keyword pedantic_keywords[] = {
-    {"scope", PEDANTIC_SCOPE},
-    {"lock", PEDANTIC_LOCK},
-    {"capture", PEDANTIC_CAPTURE},
-    {"async", PEDANTIC_ASYNC},
+    {"scope", PEDANTIC_SCOPE, "Warn or error on unscoped variables."},
+    {"lock", PEDANTIC_LOCK, "Warn or error on TnFUNCTIONRETURN inside TnLOCKFILE."},
+    {"capture", PEDANTIC_CAPTURE, "Warn or error on TnFUNCTIONRETURN inside TnCAPTURE."},
+    {"async", PEDANTIC_ASYNC, "Warn or error on TnFUNCTIONRETURN inside TnASYNC."},
 };
 
 // Calls the function with each piece between commas, empty ones included, until it answers false.
@@ -157,7 +154,7 @@ const CompilerApplication::Option CompilerApplication::options[] = {
      }},
     {'A', nullptr, nullptr, "Make access private by default for functions",
      [](CompilerApplication& application, const char*) {
-         application.function_access_default = FUNCTION_ACCESS_PRIVATE;
+         application.function_access_default = ACCESS_PRIVATE;
          return true;
      }},
 };
@@ -173,14 +170,19 @@ const CompilerApplication::Option* CompilerApplication::Find_Option(char letter)
 
 void CompilerApplication::Print_Usage() {
     String text = String("Usage: ") + basename() + " [options] file...\nOptions:\n";
+    char line[120];
     for (const Option& option : options) {
-        char line[120];
         if (option.long_name)
             snprintf(line, sizeof line, "  --%-15s%s\n", option.long_name, option.help);
         else if (option.argument)
             snprintf(line, sizeof line, "  -%c %-14s%s\n", option.letter, option.argument, option.help);
         else
             snprintf(line, sizeof line, "  -%-16c%s\n", option.letter, option.help);
+        text.cat(line, -1);
+    }
+    text += usage_of_values;
+    for (const Pedantic_Keyword& keyword : pedantic_keywords) {
+        snprintf(line, sizeof line, "    %-10s%s\n", keyword.word.data(), keyword.help);
         text.cat(line, -1);
     }
     text += usage_end;

@@ -87,7 +87,7 @@ class CompilerApplication : public ConsoleApplication {
     bool doxygen_output = false;          // -d
     bool coverage_output = false;         // -L
     int function_output_default = -1;     // -f, -F: output flags of functions; -1 is not set
-    int function_access_default = -1;     // -A: 1 public, 2 private; -1 is not set
+    int function_access_default = -1;     // -A: Function_Access
     int pedantic_warn = 0;                // -p: Pedantic_Check bits
     int pedantic_error = 0;               // -P
     char warning_flags[LAST_WARNING + 1]; // Warning_Flag bits by warning number

@@ -14,8 +14,10 @@
 // The system variable that tells the running engine's.
 inline constexpr std::string_view engine_version_variable = "tarnversion";
 
-// The first engines with the features that have no file version: array_walk_engine and its kin.
+// The first engines with the features that have no file version: array_walk_engine and its kin;
+// and the last ones without: last_writable_access_engine.
 #define ENGINE_FEATURE(name, engine) inline constexpr double name##_engine = engine;
+#define LAST_ENGINE(name, engine) inline constexpr double last_##name##_engine = engine;
 #include "backend/instructions/engine_version.def"
 
 inline constexpr int file_version_major = 1;
@@ -34,6 +36,19 @@ inline constexpr double file_version_engines[] = {
 
 // The highest minor version that can be asked for.
 inline constexpr int file_version_limit = FILE_VERSION_RESERVED;
-static_assert(std::size(file_version_engines) == file_version_limit + 1, "minor versions are dense");
+// The newest that is given out: of the files that this program writes, and reads.
+inline constexpr int newest_file_version = file_version_limit - 1;
+static_assert(
+    [] {
+        int minor_wanted = 0;
+        for (const int minor : {
+#define FILE_VERSION(name, minor, engine) minor,
+#include "backend/instructions/engine_version.def"
+             })
+            if (minor != minor_wanted++)
+                return false;
+        return minor_wanted == file_version_limit + 1;
+    }(),
+    "minor versions are dense, their rows in order");
 
 #endif

@@ -3,6 +3,7 @@
 #include "backend/outputs/assembly_item.h"
 #include "backend/outputs/quoted_text.h"
 #include "backend/writers/file_compiler_parser.h"
+#include "compiler/generator/keyword_lists.h"
 #include "core/text_length.h"
 
 #include <cstring>
@@ -57,7 +58,7 @@ void Write_Function_Flags(CompilerOutput* output, int kind, int stdout_level, in
     if (kind & FUNCTION_UNRESOLVED)
         flags.Text("\tunresolved");
     if (error_level != -1)
-        flags.Text(error_level & 1 ? "\terroroutputlevelon" : "\terroroutputleveloff");
+        flags.Text(error_level & ERROR_OUTPUT_RUNTIME ? "\terroroutputlevelon" : "\terroroutputleveloff");
     if (stdout_level == -1)
         flags.Text("\tstdoutinherit");
     else if (stdout_level & OUTPUT_COMPRESS)

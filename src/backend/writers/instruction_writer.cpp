@@ -10,9 +10,6 @@
 
 namespace {
 
-// The last engine without read-only element and member access.
-constexpr double last_engine_of_writable_access = 4.06;
-
 // The piece of a variable instruction between its direction and its number.
 std::string_view Scope_Piece(Variable_Scope scope) {
     switch (scope) {
@@ -172,7 +169,7 @@ void FileCompilerParser::Output_Opcode(int opcode, const char* text, int length,
 
 // Engines without read-only access get the writable instruction instead.
 void FileCompilerParser::Output_Read_Only_Access(int opcode) {
-    if (Engine_Version() > last_engine_of_writable_access) {
+    if (Engine_Version() > last_writable_access_engine) {
         Assembly_Item(output).Head(Opcode_Row(opcode));
         (void)Output_Version(file_version_major, FILE_VERSION_READ_ONLY_ELEMENTS);
     } else {

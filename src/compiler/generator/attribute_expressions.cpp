@@ -7,8 +7,9 @@
 
 namespace {
 
-// Takes the expression of COPY, which has been refused.
-constexpr int refused_copy_element = 5;
+// Behind all others of the tag: takes the expression of COPY, which has been refused.
+constexpr int refused_copy_element = elements_of<Tag::Reference>;
+static_assert(elements_of<Tag::Referencearray> == refused_copy_element);
 
 // What the expressions of a route yield, nothing for a route whose expressions have no element.
 std::optional<AttrExprType> Expression_Kind(Convert convert) {

@@ -70,8 +70,6 @@ enum Array_Kind { ARRAY_NONE = 0, ARRAY_ASSIGN = 1, ARRAY_REFERENCE = 2 };
 // Bits of Generate_Function_Directive: heads that stand for a function without a body here.
 enum Function_Kind { FUNCTION_DEFINED = 0, FUNCTION_UNRESOLVED = 1, FUNCTION_EXTERNAL = 2 };
 
-enum Function_Access { ACCESS_UNSET = -1, ACCESS_PUBLIC = 1, ACCESS_PRIVATE = 2 };
-
 // What every name table and function table of the compiler is built with.
 inline constexpr int table_bucket_bits = 12;
 inline constexpr int table_initial_slots = 512;

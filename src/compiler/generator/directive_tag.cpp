@@ -98,6 +98,6 @@ ParserStatus CompilerParser::Tarn_Interpret(const char* text, int length) {
     int words;
     const ParserStatus status = String_To_Bitmap(&words, text, length, interpret_words);
     if (status == PARSER_OK)
-        interpret_expressions = words & 1;
+        interpret_expressions = words & INTERPRET_EXPRESSIONS;
     return status;
 }

@@ -4,9 +4,10 @@
 #include "compiler/generator/compiler_parser.h"
 #include "frontend/values/text_pieces.h"
 
-namespace {
+#include <algorithm>
+#include <iterator>
 
-constexpr int max_keywords = 4; // words of the longest list
+namespace {
 
 constexpr _String_To_Bitmap_Entry standard_output_entries[] = {
     {"html", OUTPUT_HTML, true},
@@ -15,23 +16,27 @@ constexpr _String_To_Bitmap_Entry standard_output_entries[] = {
 };
 
 constexpr _String_To_Bitmap_Entry error_output_entries[] = {
-    {"runtime", 1, true},
+    {"runtime", ERROR_OUTPUT_RUNTIME, true},
     {"expression", 0, true, true},
     {"syntax", 0, true, true},
 };
 
 constexpr _String_To_Bitmap_Entry interpret_entries[] = {
-    {"html_expressions", 1, true},
+    {"html_expressions", INTERPRET_EXPRESSIONS, true},
     {"tags", 0, true, true},
     {"macros", 0, true, true},
 };
 
 constexpr _String_To_Bitmap_Entry tag_error_entries[] = {
-    {"fatal", 2, true},
-    {"nonfatal", 2, false},
-    {"display", 1, true},
-    {"nodisplay", 1, false},
+    {"fatal", TAG_ERROR_FATAL, true},
+    {"nonfatal", TAG_ERROR_FATAL, false},
+    {"display", TAG_ERROR_DISPLAY, true},
+    {"nodisplay", TAG_ERROR_DISPLAY, false},
 };
+
+constexpr std::size_t longest_list =
+    std::max({std::size(standard_output_entries), std::size(error_output_entries),
+              std::size(interpret_entries), std::size(tag_error_entries)});
 
 bool Is_Separator(char byte) {
     return byte == ',' || Is_Space(byte);
@@ -67,7 +72,7 @@ constexpr Keyword_List tag_error_words = {"TARN Tn(tagname)_ERROR", tag_error_en
 ParserStatus CompilerParser::String_To_Bitmap(int* result, const char* text, int length,
                                               const Keyword_List& list) {
     std::string_view rest(text, static_cast<std::size_t>(length));
-    int uses[max_keywords] = {};
+    int uses[longest_list] = {};
     ParserStatus status = PARSER_OK;
     *result = 0;
     for (std::string_view word = Next_Word(rest); !word.empty(); word = Next_Word(rest)) {

@@ -18,6 +18,11 @@ struct Keyword_List {
     std::span<const _String_To_Bitmap_Entry> entries;
 };
 
+// Bits of the masks, list by list. Those of STANDARDOUTPUTLEVEL are Output_Flag.
+enum Error_Output_Flag { ERROR_OUTPUT_RUNTIME = 1 };
+enum Interpret_Flag { INTERPRET_EXPRESSIONS = 1 };
+enum Tag_Error_Flag { TAG_ERROR_DISPLAY = 1, TAG_ERROR_FATAL = 2 };
+
 extern const Keyword_List standard_output_words;
 extern const Keyword_List error_output_words;
 extern const Keyword_List interpret_words;

@@ -1,4 +1,4 @@
-// Numbers that the tokenizer, the scanner and the code generator share.
+// Numbers that the tokenizer, the scanner, the code generator and the options share.
 #ifndef FRONTEND_PARSER_TYPES_H
 #define FRONTEND_PARSER_TYPES_H
 
@@ -33,6 +33,9 @@ enum Output_Flag : int {
     OUTPUT_TEXT = 2,     // plain text
     OUTPUT_COMPRESS = 4, // of plain text, with its white space compressed
 };
+
+// Who may call a TnFUNCTION.
+enum Function_Access : int { ACCESS_UNSET = -1, ACCESS_PUBLIC = 1, ACCESS_PRIVATE = 2 };
 
 enum ParserStartState : int {
     START_FILE = 0,       // a source file

@@ -1,6 +1,6 @@
 // Text that is read in one step, not by tokens: the bodies of comments and assembly passages, and quoted
 // values.
-#include "app/driver/compiler_application.h"
+#include "app/services/tarn_application.h"
 #include "core/text_search.h"
 #include "frontend/scanner/parser.h"
 
@@ -38,7 +38,7 @@ ParserStatus Parser::Eat_TnCOMMENT() {
     if (type == TOKEN_UNTERMINATED)
         return Fatal_At<Message::Comment_Unterminated>(line, nullptr);
     const std::string_view body = Body(text, length, comment_close);
-    auto search = length < 301 ? bf_searchi : bm_searchi;
+    auto search = length > longest_brute_force ? bm_searchi : bf_searchi;
     if (search(comment_open.data(), Length(comment_open), body.data(), Length(body)) >= 0)
         Note_At<Message::Comment_Nested>(line, nullptr);
     Output_Comment(body.data(), Length(body));

@@ -26,14 +26,16 @@ enum Byte_Trait : unsigned char {
 
 using Byte_Table = std::array<unsigned char, 256>;
 
+constexpr unsigned char white_space[] = {'\t', '\v', '\f', '\r', ' ', '\n'};
+
 constexpr Byte_Table first_bytes = [] {
     Byte_Table table{};
     table.fill(TOKEN_OTHER);
-    for (unsigned char const byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+    for (const unsigned char byte : white_space)
         table[byte] = TOKEN_SPACE | VARYING_LENGTH;
-    for (unsigned char const byte : {'$', '*', ',', '/', ':', '[', ']'})
+    for (const unsigned char byte : {'$', '*', ',', '/', ':', '[', ']'})
         table[byte] = TOKEN_OPERATOR;
-    for (unsigned char const byte : {'+', '-'})
+    for (const unsigned char byte : {'+', '-'})
         table[byte] = TOKEN_OPERATOR | VARYING_LENGTH;
     for (unsigned char byte = '0'; byte <= '9'; ++byte)
         table[byte] = TOKEN_NUMBER | VARYING_LENGTH;
@@ -58,16 +60,16 @@ constexpr Byte_Table first_bytes = [] {
 
 constexpr Byte_Table byte_traits = [] {
     Byte_Table table{};
-    for (unsigned char const byte : {'\t', '\v', '\f', '\r', ' ', '\n'})
+    for (const unsigned char byte : white_space)
         table[byte] = WHITE_SPACE;
     for (unsigned char byte = '0'; byte <= '9'; ++byte)
         table[byte] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | DIGIT | HEX_DIGIT;
     for (unsigned char byte = 'a'; byte <= 'z'; ++byte) {
-        unsigned char const traits = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | (byte <= 'f' ? HEX_DIGIT : 0);
+        const unsigned char traits = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE | (byte <= 'f' ? HEX_DIGIT : 0);
         table[byte] = table[byte - 'a' + 'A'] = traits;
     }
     table['_'] = TAG_NAME_BYTE | EXPRESSION_NAME_BYTE;
-    for (unsigned char const byte : {'-', ':', '\\'})
+    for (const unsigned char byte : {'-', ':', '\\'})
         table[byte] = TAG_NAME_BYTE;
     return table;
 }();
@@ -374,8 +376,8 @@ Tokenizer_TokenType Tokenizer::Read_Until(const char** text, int& token_length, 
     if (Check_Buffer_Fullness(type))
         return type;
     const int rest = length - position;
-    const int found = rest > 300 ? bm_searchi(pattern, pattern_length, start, rest)
-                                 : bf_searchi(pattern, pattern_length, start, rest);
+    const int found = rest > longest_brute_force ? bm_searchi(pattern, pattern_length, start, rest)
+                                                 : bf_searchi(pattern, pattern_length, start, rest);
     if (found < 0 && bare_expression) {
         bare_expression = 0;
         return TOKEN_RBRACE;
