@@ -98,6 +98,7 @@ class ExternalCallManager {
 
     static constexpr int registered_growth = 16;
 
+    // The order of the fields is part of the binary interface.
     ExternalLibraryManager* library_manager;
     HashTable<ExternalCall> calls{1, 1, 12, 512}; // the functions found so far
 

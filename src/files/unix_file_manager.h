@@ -9,7 +9,8 @@
 class Descriptor;
 class UNIXFilePath;
 
-// How paths below one root are treated, from ContainedPathSettings.
+// How paths below one root are treated, from ContainedPathSettings. The order of the fields is part of the
+// binary interface.
 struct _UNIXContainedPathSettings {
     int directory_fd = -1;          // open root directory, the manager's
     UNIXFilePath* root = nullptr;   // real path of the root, the manager's
@@ -87,6 +88,8 @@ class UNIXFileManager : public FileManager {
     const char* pathseparator() override;
     char* NormalizeContainedPath(Tarn_PathType type, const char* path, int* length, int* size) override;
 
+    // The order of the virtual operations is part of the binary interface: add at the end.
+
     // Configure the roots with absolute paths. The name is the label of the script directory in messages, or
     // null. Whatever was configured before is forgotten first: after a failure there is no such root. The
     // current directory becomes the new root, or where a failure left it. Of the data and temporary directory
@@ -132,7 +135,7 @@ class UNIXFileManager : public FileManager {
     static int OpenMode(int mode);
 
   private:
-    // The path is the root's real path, null until it is configured.
+    // The path is the root's real path, null until it is configured. Here too the order counts.
     struct Root {
         std::unique_ptr<UNIXFilePath> path;
         int descriptor = -1;
@@ -181,6 +184,7 @@ class UNIXFileManager : public FileManager {
     bool Check_Copy_Source(int source);
     Copied Copy_Opened(int source, Descriptor& target);
 
+    // The order of the fields is part of the binary interface.
     Root script;
     Root data;
     Root temp;

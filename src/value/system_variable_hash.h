@@ -6,7 +6,8 @@
 #include "value/variable.h"
 #include "value/variable_hash.h"
 
-// What a slot held before a change within an open scope.
+// What a slot held before a change within an open scope. The order of the fields is part of the binary
+// interface.
 struct _SVH_Entry {
     int slot;
     int version;

@@ -13,7 +13,7 @@ class TarnApplication;
 class Variable;
 class VariableList;
 
-// One slot of a table.
+// One slot of a table. The order of the fields is part of the binary interface.
 struct _VH_Entry {
     int id;        // the name's number in the dictionary
     int version;   // the table's Version() when the variable was stored; some tables keep a slot number here

@@ -148,7 +148,7 @@ FIELDS(Scanner, Parser, expression_parser, tokenizer, tag_lookup, start_state, a
        state, last_error, capture_expression, pending_text, pending_length, pending_is_html, output_flags,
        expression_opened_in_html, value_text, value_length, tokenizer_stack)
 FIELDS(Source, Tokenizer, filemanager, buffer, length, position, bare_expression, open_pending, close_sent,
-       file, filename, in_expression, lasterror, line)
+       file, filename, in_expression, lasterror, line, line_start, peek_text, peek_length, peek_type)
 FIELDS(Attribute, AttributeValue, line, ident, expression, error_message, type, error_code, scope,
        member_ident, simple_text, qualifiers)
 FIELDS(Attributes, AttributeValueArray, unused, parser, capacity, last_used, values, grow_by)
@@ -167,20 +167,32 @@ FIELDS(Chain, LinkBuffer, head, tail, length, first_size, block_size)
 FIELDS(Chain_Block, LinkBuffer_Block, data, used, capacity, next, previous)
 FIELDS(Digest, MD5Encoder, state, count)
 FIELDS(Value, Variable, name_, string, integer, decimal, valid, primary, aggregate, elements, refcount_, link)
+FIELDS(Immutable_Value, ImmutableVariable, locked, null_element)
+FIELDS(Supplier, CallbackVariableCallback, attached, result)
 FIELDS(Element_Key, AggregateIndex, name, number, serialized_)
 FIELDS(Element, AggregateElement, index_, var_)
 FIELDS(Variables, VariableHash, buckets, bucket_bits, bucket_size, bucket_entries, next, capacity, entries,
        variable_count, dictionary_, error_)
+FIELDS(Variable_Slot, _VH_Entry, id, version, var)
 FIELDS(System_Variables, SystemVariableHash, level, scopes, current)
+FIELDS(System_Change, _SVH_Entry, slot, version, var)
 FIELDS(Files, FileManager, application, error_, max_files, security_options, active, inactive)
 FIELDS(Any_File, File, manager, contained, path_type, path, error_)
 FIELDS(UNIX_File, UNIXFile, descriptor, mapping, mapping_length, open_flags, position)
+FIELDS(Roots, UNIXFileManager, script, data, temp)
+FIELDS(File_Root, UNIXFileManager::Root, path, descriptor)
+FIELDS(Root_Settings, _UNIXContainedPathSettings, directory_fd, root, allow_links, allow_other_owner,
+       allow_absolute)
 FIELDS(Path, UNIXFilePath, text, length, element_count, offsets, absolute, collapsed_count, collapsed)
 FIELDS(Connection, UNIXNetworkConnection, socket, tls_handle, peer_certificate, client_certificate, client_key)
 FIELDS(Response, HTTPResponseStream, headers_, status_, content_length_, connection, timeout, chunked,
        chunk_size, chunk_offset, total_read_, error_)
+FIELDS(Libraries, ExternalCallManager, library_manager, calls, lasterror, registered, registered_capacity,
+       registered_count, persistent)
 FIELDS(Numbered_List, List<String>, own, entries, head, current, tail)
+FIELDS(List_Node, ListNode<String>, previous, next, element)
 FIELDS(Numbered_Stack, Stack<String>, own, entries, top, peek)
+FIELDS(Stack_Node, StackNode<String>, next, element)
 FIELDS(Sink, Output, flags_, last_was_space)
 FIELDS(Buffered_Sink, BufferedOutput, buffer, capacity, fill)
 FIELDS(Queue, OpcodeQueue, parser, type)
@@ -199,6 +211,7 @@ FIELDS(Generator, CompilerParser, external_calls, string_table, function_stdout_
        saved_output, suspended_output, attribute_values, array_kind, array_count, array_values, discard_value,
        expression_type, interpret_expressions, filter_parser, owns_globals, owns_system, opcode_queue,
        include_interpret)
+FIELDS(Assembly, FileCompilerParser, output, last_file)
 // clang-format on
 
 } // namespace

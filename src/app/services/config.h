@@ -28,6 +28,7 @@ enum Config_Certificate_Check : int {
 // TarnApplication::config(), which is null in programs without one.
 class Config {
   public:
+    // The order of the virtual operations is part of the binary interface: add at the end.
     virtual ~Config() = default;
     // The value of an integer setting, 0 when it isn't set.
     virtual int Integer(Config_Setting setting) const = 0;

@@ -20,6 +20,7 @@ class CompilerOutput : public BufferedOutput {
     explicit CompilerOutput(int capacity);
     ~CompilerOutput() override;
 
+    // The order of the virtual operations is part of the binary interface: add at the end.
     // Writes the text in lower case.
     virtual int Write_Lower(const char* text, int length);
     // About so many bytes come next: whoever keeps what is written may make room.

@@ -70,6 +70,7 @@ class BufferedOutput : public Output {
     int Flush(int timeout) override;
     int type() override;
 
+    // The order of the virtual operations is part of the binary interface: add at the end.
     // Hands bytes to the sink below. Answers the bytes written, below 0 on failure.
     virtual int DoWrite(const char* text, int length) = 0;
 
@@ -112,6 +113,7 @@ class NullOutput : public Output {
     int Flush(int timeout) override;
     int type() override;
 
+    // The order of the virtual operations is part of the binary interface: add at the end.
     virtual int DoWrite(const char* text, int length);
 
   private:

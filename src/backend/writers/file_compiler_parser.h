@@ -59,6 +59,7 @@ class FileCompilerParser : public CompilerParser {
     static constexpr auto& TaggedFileVersions = file_version_engines;
 
   protected:
+    // The order of the fields is part of the binary interface.
     CompilerOutput* output; // where every item goes now; not owned
     int last_file;
 
