@@ -6,7 +6,7 @@
 #include "core/integer_text.h"
 #include "core/shortest_double.h"
 #include "core/text_length.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 
 #include <algorithm>
 #include <cctype>
@@ -107,13 +107,12 @@ void Set_Error(int* error, int value) {
         *error = value;
 }
 
-bool Is_Digit(char c, int base) {
-    const auto byte = static_cast<unsigned char>(c);
-    return base == 16 ? std::isxdigit(byte) : std::isdigit(byte);
+bool Is_Digit_Of(char c, int base) {
+    return base == 16 ? std::isxdigit(static_cast<unsigned char>(c)) : Is_Digit(c);
 }
 
 bool Begins_Hexadecimal(std::string_view text) {
-    return text.size() > 2 && text[0] == '0' && (text[1] | 0x20) == 'x' && Is_Digit(text[2], 16);
+    return text.size() > 2 && text[0] == '0' && (text[1] | 0x20) == 'x' && Is_Digit_Of(text[2], 16);
 }
 
 struct Number_Word {
@@ -130,7 +129,7 @@ constexpr Number_Word number_words[] = {
 
 const Number_Word* Find_Number_Word(std::string_view text) {
     for (const Number_Word& entry : number_words) {
-        if (entry.word.size() == text.size() && memcmpi(entry.word.data(), text.data(), text.size()) == 0)
+        if (Same_Word(entry.word, text))
             return &entry;
     }
     return nullptr;
@@ -185,11 +184,11 @@ int TarnApplication::stoi(const char* text, int len, int* error) {
     }
     std::uint32_t value = 0;
     for (const char c : digits) {
-        if (!Is_Digit(c, base)) {
+        if (!Is_Digit_Of(c, base)) {
             Set_Error(error, 1);
             return 0;
         }
-        const int digit = std::isdigit(static_cast<unsigned char>(c)) ? c - '0' : (c | 0x20) - 'a' + 10;
+        const int digit = Is_Digit(c) ? c - '0' : (c | 0x20) - 'a' + 10;
         value = value * static_cast<std::uint32_t>(base) + static_cast<std::uint32_t>(digit);
     }
     if (digits.empty() && !negative)

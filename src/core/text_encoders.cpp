@@ -1,7 +1,7 @@
 // URL form, entities and NUL bytes: the text encoders that replace single bytes or short sequences.
 #include "app/services/tarn_application.h"
 #include "core/encoder_result.h"
-#include "core/text_search.h"
+#include "core/text_words.h"
 
 #include <algorithm>
 #include <array>
@@ -77,10 +77,8 @@ const char* Decode_Attribute_Byte(LinkBuffer& result, const char* at, const char
 
 const Entity* Find_Entity(std::string_view name) {
     const auto* const found =
-        std::find_if(std::begin(entities), std::end(entities), [name](const Entity& entity) {
-            return entity.name.size() == name.size() &&
-                   memcmpi(entity.name.data(), name.data(), name.size()) == 0;
-        });
+        std::find_if(std::begin(entities), std::end(entities),
+                     [name](const Entity& entity) { return Same_Word(entity.name, name); });
     return found == std::end(entities) ? nullptr : found;
 }
 

@@ -46,7 +46,7 @@ inline std::string_view Trimmed(std::string_view text) {
 }
 
 inline bool Same_Word(std::string_view a, std::string_view b) {
-    return a.size() == b.size() && memcmpi(a.data(), b.data(), static_cast<int>(a.size())) == 0;
+    return a.size() == b.size() && memcmpi(a.data(), b.data(), a.size()) == 0;
 }
 
 // Calls use(piece) on what stands between the commas, the last piece included; quotes and braces protect

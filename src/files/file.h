@@ -1,10 +1,10 @@
 #ifndef FILES_FILE_H
 #define FILES_FILE_H
 
+#include "core/resized_array.h"
 #include "core/string.h"
 #include "files/path_type.h"
 
-#include <cstdlib>
 #include <memory>
 #include <sys/stat.h>
 
@@ -68,19 +68,15 @@ class File {
     long Write(const unsigned char* text, unsigned long length);
 
   protected:
-    struct Free {
-        void operator()(void* memory) const { free(memory); }
-    };
-
     // The path is copied.
     File(FileManager* manager, const char* path);
     File(FileManager* manager, Tarn_PathType type, const char* path);
 
     // The order of the fields is part of the binary interface.
     FileManager* manager;
-    int contained;                    // opened below a root, by path_type
-    Tarn_PathType path_type;          // counts only when contained
-    std::unique_ptr<char, Free> path; // as given, from strdup
+    int contained;                           // opened below a root, by path_type
+    Tarn_PathType path_type;                 // counts only when contained
+    std::unique_ptr<char, Free_Memory> path; // as given, from strdup
     String error_;
 };
 

@@ -196,7 +196,7 @@ void TarnApplication::SetDefaultDatabase(const char* text, int length) {
 void TarnApplication::SetCharacterSet(const char* text, int length) {
     charset_.assign(text, length);
     ++charset_changes;
-    charset_is_utf8 = charset_.length() == 5 && memcmpi(charset_.text(), "utf-8", 5) == 0;
+    charset_is_utf8 = Same_Word(charset_.view(), "utf-8");
 }
 
 bool TarnApplication::SSL_Available(String* error) {

@@ -27,8 +27,7 @@ class Assembly_Item {
         return *this;
     }
     Assembly_Item& Text(std::string_view text) {
-        assert(text.size() <
-               CompilerOutput::item_limit); // a word of the language, never a text of the source
+        assert(text.size() < CompilerOutput::item_limit);
         std::memcpy(position, text.data(), text.size());
         position += text.size();
         return *this;

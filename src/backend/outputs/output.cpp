@@ -3,11 +3,10 @@
 #include "backend/outputs/output.h"
 
 #include "core/text_length.h"
+#include "files/descriptor.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <unistd.h>
 
 Output::~Output() = default;
 
@@ -130,14 +129,7 @@ int StandardOutput::Write(const char* text, int length) {
 }
 
 int StandardOutput::DoWrite(const char* text, int length) {
-    for (int written = 0; written < length;) {
-        const ssize_t result = write(STDOUT_FILENO, text + written, length - written);
-        if (result > 0)
-            written += static_cast<int>(result);
-        else if (result == 0 || errno != EINTR)
-            return -1;
-    }
-    return length;
+    return Write_All(STDOUT_FILENO, text, static_cast<std::size_t>(length)) ? length : -1;
 }
 
 NullOutput::NullOutput(int (*receiver)(const char* text, int length)) : receiver(receiver) {
