@@ -1,3 +1,5 @@
+// The compiler of tnc-deps: it notes what a compilation opens, and writes the rule.
+
 #include "deps/dependency_application.h"
 
 #include "app/driver/run_guard.h"

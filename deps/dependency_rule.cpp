@@ -1,3 +1,5 @@
+// The rule of a make file, with its words escaped.
+
 #include "deps/dependency_rule.h"
 
 namespace {

@@ -1,3 +1,5 @@
+// The program tnc-deps.
+
 #include "app/driver/run_guard.h"
 #include "deps/dependency_application.h"
 

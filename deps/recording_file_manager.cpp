@@ -1,3 +1,5 @@
+// What was opened for reading is told of.
+
 #include "deps/recording_file_manager.h"
 
 Recording_File_Manager::Recording_File_Manager(TarnApplication* application, Listener listener)

@@ -1,4 +1,4 @@
-// What a connection does once it has gone over to TLS.
+// Going over to TLS, and what a connection does from then on.
 
 #include "network/settings.h"
 #include "network/tls_library.h"

@@ -1,4 +1,4 @@
-// Connecting: names, addresses, proxies, TLS.
+// Names and addresses by the resolver of the system, and connections to them.
 
 #include "network/unix_network_manager.h"
 

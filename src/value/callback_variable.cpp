@@ -1,4 +1,4 @@
-// Variables whose changes are told to a callback.
+// Structures whose members a callback supplies.
 
 #include "value/callback_variable.h"
 

@@ -1,4 +1,4 @@
-// The list of an aggregate's elements, in order.
+// The walk through an aggregate and those in it: one list for each that is open.
 
 #include "value/element_walk.h"
 

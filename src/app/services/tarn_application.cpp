@@ -1,4 +1,4 @@
-// Settings, deadlines, log filters and the last error of an application.
+// Settings, deadlines, log filters and the names of log events.
 
 #include "app/services/tarn_application.h"
 

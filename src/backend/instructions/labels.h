@@ -1,6 +1,6 @@
 // Names that the generated code carries: label families, and how strings are quoted.
-#ifndef COMPILER_LABELS_H
-#define COMPILER_LABELS_H
+#ifndef BACKEND_LABELS_H
+#define BACKEND_LABELS_H
 
 #include <iterator>
 #include <string_view>

@@ -1,4 +1,4 @@
-// The generator's own life, its tables, and the start and end of expressions.
+// The generator's own life, its output and its queue, and what sources of all subjects ask for.
 
 #include "compiler/generator/compiler_parser.h"
 

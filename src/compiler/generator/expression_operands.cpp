@@ -1,6 +1,6 @@
-// Operands of expressions, and the start, end and reset of an expression. Operands go out as they are met;
-// what is kept of them is how many values each open subexpression has on the stack, and what class of
-// constants it has met.
+// Operands of expressions, and the end and reset of an expression. Operands go out as they are met; what is
+// kept of them is how many values each open subexpression has on the stack, and what class of constants it
+// has met.
 
 #include "backend/instructions/opcode.h"
 #include "backend/queue/opcode_queue.h"

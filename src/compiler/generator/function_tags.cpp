@@ -127,7 +127,7 @@ ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* defini
     ParserStatus status = PARSER_OK;
     For_Each_Comma_Piece(Text_Of(*value), [&](std::string_view piece) {
         ++definition->parameters;
-        if (ParserStatus const refused = Parameter_Directive(piece.data(), Length_Of(piece)))
+        if (const ParserStatus refused = Parameter_Directive(piece.data(), Length_Of(piece)))
             status = refused;
     });
     return status;

@@ -57,7 +57,7 @@ ParserStatus CompilerParser::Generate_Import(int tag) {
     AttributeValue* filter = Value<Tag::Import, Attribute::Filter>();
     int length = 0;
     int had_braces = 0;
-    (void)filter->Chomped_Filter_String(&length, &had_braces);
+    (void)filter->Chomped_Filter_String(&length, &had_braces); // without a filter the length is 0
     if (length > 0) {
         if (const ParserStatus filter_status =
                 Compile_Filter(filter, Value<Tag::Import, Attribute::Filter_Type>(), had_braces))

@@ -1,3 +1,5 @@
+// The records of the texts, side by side, and the index over them.
+
 #include "compiler/records/constant_table.h"
 
 #include "core/index_hash.h"

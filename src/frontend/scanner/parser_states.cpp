@@ -179,7 +179,7 @@ void Parser::State_Equals(Scan& scan) {
     scan.status = Report<Message::Expected_Equal_Sign>(scan.token());
 }
 
-// In an unknown tag nothing is an error: what can't start a value is one.
+// In an unknown tag nothing is an error: whatever stands here is its value.
 void Parser::State_Value(Scan& scan) {
     Accumulate(scan.length);
     switch (scan.type) {

@@ -1,6 +1,6 @@
 // The text of attributes, and what is asked of it.
-#ifndef COMPILER_TEXT_PIECES_H
-#define COMPILER_TEXT_PIECES_H
+#ifndef FRONTEND_TEXT_PIECES_H
+#define FRONTEND_TEXT_PIECES_H
 
 #include "core/text_words.h"
 #include "frontend/values/attribute_value.h"
