@@ -24,11 +24,11 @@ class View_Parser : public FileCompilerParser {
     // Comes at the start of a file and of each function, and behind an include.
     ParserStatus Start_Of_File() override {
         const auto depth = static_cast<std::size_t>(tokenizer_stack.Entries());
-        const bool is_known = depth < open_files.size() && open_files[depth].first == tokenizer;
+        const bool is_known = depth < open_files.size() && open_files[depth].first == tokenizer.get();
         open_files.resize(std::min(depth + is_known, open_files.size()));
         if (!is_known) {
             const Place from = depth == 0 ? Place() : Place{page.section, open_files.back().first->line + 1};
-            open_files.emplace_back(tokenizer, page.Add_Section(tokenizer->filename.text(), from));
+            open_files.emplace_back(tokenizer.get(), page.Add_Section(tokenizer->filename.text(), from));
         }
         page.section = open_files.back().second;
         return FileCompilerParser::Start_Of_File();

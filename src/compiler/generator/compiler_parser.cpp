@@ -19,7 +19,8 @@ CompilerParser::CompilerParser(Tokenizer* tokenizer, ExternalCallManager* extern
     : Parser(tokenizer, application, start_state), external_calls(external_calls),
       function_stdout_default(function_stdout_default), function_access_default(function_access_default),
       local_variables(locals), global_variables(globals), system_variables(system),
-      attribute_values(new AttributeValueArray(this, 15, 10)), opcode_queue(new OpcodeQueueOutput(this)) {
+      attribute_values(std::make_unique<AttributeValueArray>(this, 15, 10)),
+      opcode_queue(new OpcodeQueueOutput(this)) {
     if (!global_variables) {
         global_variables = new HashTable<Variable>(1, 1, table_bucket_bits, table_initial_slots);
         owns_globals = 1;

@@ -9,8 +9,7 @@
 #include <string_view>
 
 ExpressionParser::ExpressionParser(Parser* parser)
-    : parser(parser), minus_operator(operator_lookup.Lookup("-", 1)), operand_seen(0), scan_state(SCAN_IDLE),
-      dot_count(0), first_dot(0), last_dot(0), paren_depth(0) {
+    : parser(parser), minus_operator(operator_lookup.Lookup("-", 1)) {
 }
 
 ExpressionParser::~ExpressionParser() = default;

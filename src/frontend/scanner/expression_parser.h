@@ -90,13 +90,13 @@ class ExpressionParser {
     Parser* parser; // not owned
     OperatorLookup operator_lookup;
     const _OperatorLookup* minus_operator;
-    int operand_seen; // the last thing completed was an operand, so an operator has a left side
-    Scan_State scan_state;
-    int dot_count;   // dots taken into text so far
-    int first_dot;   // position behind the first of them
-    int last_dot;    // position behind the latest
-    String text;     // takes an operand that is no slice of the source
-    int paren_depth; // within the states behind a ] that a dot follows
+    int operand_seen = 0; // the last thing completed was an operand, so an operator has a left side
+    Scan_State scan_state = SCAN_IDLE;
+    int dot_count = 0;   // dots taken into text so far
+    int first_dot = 0;   // position behind the first of them
+    int last_dot = 0;    // position behind the latest
+    String text;         // takes an operand that is no slice of the source
+    int paren_depth = 0; // within the states behind a ] that a dot follows
 
     std::string_view operand;      // that is being collected: a slice of the source, or all of text
     bool operand_is_plain = false; // a name that is known to hold no backslash

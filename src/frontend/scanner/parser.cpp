@@ -9,19 +9,14 @@
 #include <utility>
 
 Parser::Parser(Tokenizer* tokenizer, CompilerApplication* application, ParserStartState start_state)
-    : expression_parser(new ExpressionParser(this)), tokenizer(tokenizer), start_state(start_state),
-      application(application), error_count(0), state(STATE_TEXT), capture_expression(0),
-      pending_text(nullptr), pending_length(0), pending_is_html(0), output_flags(OUTPUT_HTML | OUTPUT_TEXT),
-      expression_opened_in_html(0), value_text(nullptr), value_length(0), tokenizer_stack(1) {
+    : expression_parser(std::make_unique<ExpressionParser>(this)), tokenizer(tokenizer),
+      start_state(start_state), application(application) {
 }
 
-Parser::~Parser() {
-    delete expression_parser;
-    delete tokenizer;
-}
+Parser::~Parser() = default;
 
 Tokenizer* Parser::Set_Tokenizer(Tokenizer* next) {
-    return std::exchange(tokenizer, next);
+    return std::exchange(tokenizer, std::unique_ptr<Tokenizer>(next)).release();
 }
 
 int* Parser::In_Expression() {
@@ -169,9 +164,10 @@ void Parser::Drop_Pending() {
 void Parser::Enter_Included_File(Tokenizer* included) {
     Drop_Pending();
     suspended_names.emplace(tokenizer->filename.view());
-    tokenizer_stack.Push(tokenizer);
+    tokenizer_stack.Push(tokenizer.get());
     tokenizer->File_Deactivate();
-    tokenizer = included;
+    (void)tokenizer.release(); // the stack has it
+    tokenizer.reset(included);
 }
 
 bool Parser::Is_Suspended(const String& name) const {
@@ -181,8 +177,7 @@ bool Parser::Is_Suspended(const String& name) const {
 // Goes on behind the include. A file that can't be had back has no text, so that its end comes next.
 void Parser::Return_To_Including_File(Scan& scan) {
     Drop_Pending();
-    delete tokenizer;
-    tokenizer = tokenizer_stack.Pop();
+    tokenizer.reset(tokenizer_stack.Pop());
     suspended_names.erase(suspended_names.find(std::string(tokenizer->filename.view())));
     if (tokenizer->File_Activate())
         Start_Of_File();

@@ -9,6 +9,7 @@
 #include "frontend/scanner/tokenizer.h"
 #include "value/variable_scope.h"
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_set>
@@ -163,31 +164,31 @@ class Parser {
     };
 
     // The order of the fields is part of the binary interface.
-    ExpressionParser* expression_parser; // owned
+    std::unique_ptr<ExpressionParser> expression_parser;
 
   protected:
-    Tokenizer* tokenizer; // owned
+    std::unique_ptr<Tokenizer> tokenizer;
     TagLookup tag_lookup;
     ParserStartState start_state;
     CompilerApplication* application;
-    int error_count; // of this run of Start
+    int error_count = 0; // of this run of Start
 
   private:
-    ParserState state;
+    ParserState state = STATE_TEXT;
     String last_error;
-    int capture_expression;
+    int capture_expression = 0;
     // Text that waits to be handed on, a slice of the source; null for none.
-    const char* pending_text;
-    int pending_length;
-    int pending_is_html; // it belongs to a tag that is not in the tag table, or to a declaration
-    int output_flags;    // Output_Flag bits
-    int expression_opened_in_html;
+    const char* pending_text = nullptr;
+    int pending_length = 0;
+    int pending_is_html = 0; // it belongs to a tag that is not in the tag table, or to a declaration
+    int output_flags = OUTPUT_HTML | OUTPUT_TEXT; // Output_Flag bits
+    int expression_opened_in_html = 0;
     // The value of an attribute of a known tag, a slice of the source; null for none.
-    const char* value_text;
-    int value_length;
+    const char* value_text = nullptr;
+    int value_length = 0;
 
   protected:
-    Stack<Tokenizer> tokenizer_stack; // of the files that an include has suspended
+    Stack<Tokenizer> tokenizer_stack{1}; // of the files that an include has suspended
 
     // Goes on with the tokenizer's file, which becomes the parser's. The current one waits for its end.
     void Enter_Included_File(Tokenizer* included);

@@ -247,14 +247,14 @@ void Parser::Open_Expression(Scan& scan) {
 void Parser::State_Expression(Scan& scan) {
     if (scan.type == TOKEN_RBRACE || scan.type == TOKEN_EOF)
         return End_Expression(scan);
-    scan.status =
-        expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length, tokenizer, &state);
+    scan.status = expression_parser->Process_Expression_Fragment(scan.type, scan.text, scan.length,
+                                                                 tokenizer.get(), &state);
     if (scan.status == PARSER_OK && state == STATE_EXPRESSION)
         Read_Expression(scan);
 }
 
 void Parser::Read_Expression(Scan& scan) {
-    scan.status = expression_parser->Process_Tokens(scan.type, tokenizer, &state);
+    scan.status = expression_parser->Process_Tokens(scan.type, tokenizer.get(), &state);
     if (scan.status == PARSER_OK && state == STATE_EXPRESSION)
         End_Expression(scan);
 }

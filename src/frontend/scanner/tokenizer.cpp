@@ -171,21 +171,14 @@ const char* Behind_Last_Line_Feed(const char* begin, const char* end) {
 
 constinit const Byte_Table token_first_bytes = first_bytes;
 
-Tokenizer::Tokenizer(FileManager* filemanager)
-    : filemanager(filemanager), buffer(nullptr), length(0), position(0), bare_expression(0), open_pending(1),
-      close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr), peek_text(nullptr),
-      peek_length(0), peek_type(TOKEN_EOF), identifier_limit(0) {
+Tokenizer::Tokenizer(FileManager* filemanager) : filemanager(filemanager) {
 }
 
 Tokenizer::Tokenizer(const char* text, int length, int bare_expression)
-    : filemanager(nullptr), buffer(text), length(length), position(0), bare_expression(bare_expression),
-      open_pending(1), close_sent(0), file(nullptr), in_expression(0), line(0), line_start(nullptr),
-      peek_text(nullptr), peek_length(0), peek_type(TOKEN_EOF), identifier_limit(length) {
+    : buffer(text), length(length), bare_expression(bare_expression), identifier_limit(length) {
 }
 
-Tokenizer::~Tokenizer() {
-    delete file;
-}
+Tokenizer::~Tokenizer() = default;
 
 bool Tokenizer::Open(const String& path) {
     bool is_directory = false;
@@ -202,7 +195,7 @@ bool Tokenizer::Open(const String& path) {
         lasterror = std::strerror(ESPIPE);
         return false;
     }
-    file = filemanager->Open(path.text(), FILE_MODE_READ);
+    file.reset(filemanager->Open(path.text(), FILE_MODE_READ));
     if (!file) {
         lasterror = filemanager->error();
         return false;

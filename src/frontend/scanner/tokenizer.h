@@ -7,6 +7,7 @@
 #include "frontend/scanner/parser_types.h"
 
 #include <array>
+#include <memory>
 
 class File;
 class FileManager;
@@ -108,27 +109,27 @@ class Tokenizer {
 
     // The order of the fields is part of the binary interface.
   private:
-    FileManager* filemanager;
-    const char* buffer;
-    int length;
-    int position; // of the next unread byte
-    int bare_expression;
-    int open_pending; // the opening brace of a bare expression is still to come
-    int close_sent;   // its closing brace has gone out
-    File* file;       // owned
+    FileManager* filemanager = nullptr;
+    const char* buffer = nullptr;
+    int length = 0;
+    int position = 0; // of the next unread byte
+    int bare_expression = 0;
+    int open_pending = 1; // the opening brace of a bare expression is still to come
+    int close_sent = 0;   // its closing brace has gone out
+    std::unique_ptr<File> file;
 
   public:
     String filename;
-    int in_expression; // chooses the rule for identifiers; the scanner sets it
+    int in_expression = 0; // chooses the rule for identifiers; the scanner sets it
     String lasterror;
-    int line; // line feeds passed so far
+    int line = 0; // line feeds passed so far
 
   private:
-    const char* line_start; // behind the last line feed that was passed
-    const char* peek_text;  // null when no token is held back
-    int peek_length;
-    Tokenizer_TokenType peek_type;
-    int identifier_limit; // length, or what it was before the text was made to end early
+    const char* line_start = nullptr; // behind the last line feed that was passed
+    const char* peek_text = nullptr;  // null when no token is held back
+    int peek_length = 0;
+    Tokenizer_TokenType peek_type = TOKEN_EOF;
+    int identifier_limit = 0; // length, or what it was before the text was made to end early
     File_Stamp opened;
 
     static constexpr int name_window = 16;

@@ -31,44 +31,31 @@ const char* Bytes_Of(const String* text, int* length) {
 
 } // namespace
 
-AttributeValue::AttributeValue()
-    : line(0), ident(-1), expression(nullptr), type(ATTREXPR_VALUE), error_code(0), scope(SCOPE_UNSCOPED),
-      member_ident(0), simple_text(nullptr), qualifiers(nullptr), spare_fragment(nullptr),
-      spare_text(nullptr) {
-}
+AttributeValue::AttributeValue() = default;
 
-AttributeValue::~AttributeValue() {
-    delete simple_text;
-    delete spare_text;
-    delete qualifiers;
-    delete expression;
-    delete spare_fragment;
-}
+AttributeValue::~AttributeValue() = default;
 
 void AttributeValue::Replace(AttributeValue& other) {
     Drop();
     line = other.line;
     ident = other.ident;
-    expression = std::exchange(other.expression, nullptr);
+    expression = std::move(other.expression);
     type = other.type;
-    simple_text = std::exchange(other.simple_text, nullptr);
-    qualifiers = std::exchange(other.qualifiers, nullptr);
+    simple_text = std::move(other.simple_text);
+    qualifiers = std::move(other.qualifiers);
     other.Reset();
 }
 
 // Nearly every tag has an expression or a text, and a fragment has a large buffer.
 void AttributeValue::Drop() {
-    delete std::exchange(qualifiers, nullptr);
+    qualifiers.reset();
     if (simple_text) {
-        delete spare_text;
-        spare_text = std::exchange(simple_text, nullptr);
+        spare_text = std::move(simple_text);
         if (spare_text->capacity() > longest_spare_text)
-            delete std::exchange(spare_text, nullptr);
+            spare_text.reset();
     }
-    if (expression) {
-        delete spare_fragment;
-        spare_fragment = std::exchange(expression, nullptr);
-    }
+    if (expression)
+        spare_fragment = std::move(expression);
 }
 
 // Nothing clears the text of an error, so that of this one adds up; but a page of nothing else must not make
@@ -83,22 +70,22 @@ int AttributeValue::Set_Simple_Text(const char* text, int length, AttrExprType n
     type = new_type;
     if (spare_text)
         spare_text->assign(text, length);
-    simple_text = spare_text ? std::exchange(spare_text, nullptr) : new String(text, length);
+    simple_text = spare_text ? std::move(spare_text) : std::make_unique<String>(text, length);
     return 0;
 }
 
 String* AttributeValue::Get_Simple_Text() {
     if (!simple_text)
-        simple_text = new String("", 0);
-    return simple_text;
+        simple_text = std::make_unique<String>("", 0);
+    return simple_text.get();
 }
 
 const char* AttributeValue::Get_Simple_Text(int* length) const {
-    return Bytes_Of(simple_text, length);
+    return Bytes_Of(simple_text.get(), length);
 }
 
 const char* AttributeValue::Aggregate_Qualifiers(int* length) const {
-    return Bytes_Of(qualifiers, length);
+    return Bytes_Of(qualifiers.get(), length);
 }
 
 int AttributeValue::Set_Literal(CompilerParser* parser, const char* text, int length, AttrExprType new_type) {
@@ -120,12 +107,12 @@ int AttributeValue::Get_Expression(StringOutput** fragment, AttrExprType new_typ
     if (ident != -1 || expression)
         return Store_Error<Message::Attribute_Repeated>();
     type = new_type;
-    expression = std::exchange(spare_fragment, nullptr);
+    expression = std::move(spare_fragment);
     if (expression)
         expression->Clear();
     else
-        expression = new StringOutput;
-    *fragment = expression;
+        expression = std::make_unique<StringOutput>();
+    *fragment = expression.get();
     return 0;
 }
 
@@ -138,10 +125,8 @@ int AttributeValue::Length_Of_Unqualified_Variable_Name(const char* text, int le
 int AttributeValue::Parse_Variable_Name(CompilerParser* parser, const char* text, int length) {
     length = Text_Length(text, length);
     const int bare_length = Length_Of_Unqualified_Variable_Name(text, length);
-    if (bare_length < length) {
-        delete qualifiers;
-        qualifiers = new String(text + bare_length, length - bare_length);
-    }
+    if (bare_length < length)
+        qualifiers = std::make_unique<String>(text + bare_length, length - bare_length);
     if (Has_Space(View(text, bare_length)))
         parser->Note<Message::Variable_Name_Spaces>(View(text, bare_length));
 
@@ -233,7 +218,7 @@ void AttributeValue::Output(CompilerParser* parser, int store, int read_only, in
 }
 
 void AttributeValue::Output_Expression(CompilerParser* parser, int store, int read_only, int by_reference) {
-    parser->Output_Fragment(expression);
+    parser->Output_Fragment(expression.get());
     OpcodeQueue* queue = parser->Opcode_Queue();
     switch (type) {
     case ATTREXPR_TARGET:

@@ -5,6 +5,8 @@
 #include "frontend/scanner/parser_types.h"
 #include "frontend/values/attribute_value.h"
 
+#include <memory>
+
 // AttributeValueArray is the numbered row of values of the tag that is being read. It grows as elements are
 // asked for; values stay valid until the next growth.
 //
@@ -51,8 +53,8 @@ class AttributeValueArray {
     String unused;
     CompilerParser* parser; // not owned
     int capacity;
-    int last_used;
-    AttributeValue* values; // capacity elements
+    int last_used = -1;
+    std::unique_ptr<AttributeValue[]> values; // capacity elements
     int grow_by;
 };
 
