@@ -44,27 +44,20 @@ void Add_Number(LinkBuffer& buffer, void (LinkBuffer::*add)(const char*, int, in
 } // namespace
 
 LinkBuffer_Block::LinkBuffer_Block(char* data, int used, int capacity)
-    : data(data), used(used), capacity(capacity), next(nullptr), previous(nullptr) {
+    : data(data), used(used), capacity(capacity) {
 }
 
 // One after the other, since a chain may be longer than the stack is deep.
 LinkBuffer_Block::~LinkBuffer_Block() {
-    delete[] data;
-    while (next != nullptr) {
-        LinkBuffer_Block* successor = next;
-        next = std::exchange(successor->next, nullptr);
-        delete successor;
-    }
+    while (next != nullptr)
+        next = std::move(next->next);
 }
 
 LinkBuffer::LinkBuffer(int first_size, int block_size)
-    : head(nullptr), tail(nullptr), length(0), first_size(std::max(first_size, 1)),
-      block_size(std::max(block_size, 1)) {
+    : first_size(std::max(first_size, 1)), block_size(std::max(block_size, 1)) {
 }
 
-LinkBuffer::~LinkBuffer() {
-    delete head;
-}
+LinkBuffer::~LinkBuffer() = default;
 
 void LinkBuffer::cat(const char* text, int text_length) {
     Check_Fits(text_length);
@@ -74,7 +67,7 @@ void LinkBuffer::cat(const char* text, int text_length) {
     Block_Owner rest;
     if (fitting < text_length)
         rest = Block_Of_Copy(text + fitting, text_length - fitting, block_size);
-    std::copy_n(text, fitting, tail->data + tail->used);
+    std::copy_n(text, fitting, tail->data.get() + tail->used);
     tail->used += fitting;
     length += fitting;
     if (rest != nullptr)
@@ -115,10 +108,10 @@ void LinkBuffer::cat(LinkBuffer* other) {
     // The end is noted first: it moves when the buffer is appended to itself.
     const LinkBuffer_Block* last = other->tail;
     const int last_used = last == nullptr ? 0 : last->used;
-    for (const LinkBuffer_Block* block = other->head; block != nullptr; block = block->next) {
+    for (const LinkBuffer_Block* block = other->head.get(); block != nullptr; block = block->next.get()) {
         const int used = block == last ? last_used : block->used;
         if (used > 0)
-            cat(block->data, used);
+            cat(block->data.get(), used);
         if (block == last)
             break;
     }
@@ -127,11 +120,10 @@ void LinkBuffer::cat(LinkBuffer* other) {
 void LinkBuffer::cat_destroy(LinkBuffer* other) {
     Check_Fits(other->length);
     if (other->head != nullptr) {
-        (tail == nullptr ? head : tail->next) = other->head;
         other->head->previous = tail;
+        (tail == nullptr ? head : tail->next) = std::move(other->head);
         tail = other->tail;
         length += other->length;
-        other->head = nullptr;
     }
     delete other;
 }
@@ -169,9 +161,9 @@ void LinkBuffer::prepend(Variable* variable) {
 void LinkBuffer::prepend(LinkBuffer* other) {
     Check_Fits(other->length);
     // The beginning is noted first: it moves when the buffer is put in front of itself.
-    const LinkBuffer_Block* first = other->head;
+    const LinkBuffer_Block* first = other->head.get();
     for (const LinkBuffer_Block* block = other->tail; block != nullptr; block = block->previous) {
-        prepend(block->data, block->used);
+        prepend(block->data.get(), block->used);
         if (block == first)
             break;
     }
@@ -181,33 +173,31 @@ void LinkBuffer::prepend_destroy(LinkBuffer* other) {
     Check_Fits(other->length);
     if (other->head != nullptr) {
         (head == nullptr ? tail : head->previous) = other->tail;
-        other->tail->next = head;
-        head = other->head;
+        other->tail->next = std::move(head);
+        head = std::move(other->head);
         length += other->length;
-        other->head = nullptr;
     }
     delete other;
 }
 
 void LinkBuffer::append_to(char* target) const {
-    for (const LinkBuffer_Block* block = head; block != nullptr; block = block->next)
-        target = std::copy_n(block->data, block->used, target);
+    for (const LinkBuffer_Block* block = head.get(); block != nullptr; block = block->next.get())
+        target = std::copy_n(block->data.get(), block->used, target);
 }
 
 void LinkBuffer::output(Output* out) const {
-    for (const LinkBuffer_Block* block = head; block != nullptr; block = block->next)
-        out->Write(block->data, block->used);
+    for (const LinkBuffer_Block* block = head.get(); block != nullptr; block = block->next.get())
+        out->Write(block->data.get(), block->used);
 }
 
 void LinkBuffer::coalesce(int extra) {
-    if (head == nullptr || (head == tail && extra <= head->capacity - head->used))
+    if (head == nullptr || (head.get() == tail && extra <= head->capacity - head->used))
         return;
     Check_Fits(extra);
     auto data = std::make_unique_for_overwrite<char[]>(length + extra);
     append_to(data.get());
-    Block_Owner whole = Block_Around(std::move(data), length, length + extra);
-    delete head;
-    head = tail = whole.release();
+    head = Block_Around(std::move(data), length, length + extra);
+    tail = head.get();
 }
 
 const char* LinkBuffer::data(int* text_length, int* capacity) {
@@ -218,7 +208,7 @@ const char* LinkBuffer::data(int* text_length, int* capacity) {
     if (head == nullptr)
         return "";
     head->data[length] = '\0';
-    return head->data;
+    return head->data.get();
 }
 
 char* LinkBuffer::release(int* text_length, int* capacity, int extra) {
@@ -229,8 +219,8 @@ char* LinkBuffer::release(int* text_length, int* capacity, int extra) {
     *text_length = std::exchange(length, 0);
     if (capacity != nullptr)
         *capacity = head->capacity;
-    char* array = std::exchange(head->data, nullptr);
-    delete std::exchange(head, nullptr);
+    char* array = head->data.release();
+    head.reset();
     tail = nullptr;
     return array;
 }
@@ -243,14 +233,14 @@ void LinkBuffer::Check_Fits(int more) const {
 
 void LinkBuffer::Link_First(Block_Owner block) {
     length += block->used;
-    block->next = head;
     (head == nullptr ? tail : head->previous) = block.get();
-    head = block.release();
+    block->next = std::move(head);
+    head = std::move(block);
 }
 
 void LinkBuffer::Link_Last(Block_Owner block) {
     length += block->used;
     block->previous = tail;
-    (tail == nullptr ? head : tail->next) = block.get();
-    tail = block.release();
+    tail = block.get();
+    (block->previous == nullptr ? head : block->previous->next) = std::move(block);
 }

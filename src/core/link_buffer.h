@@ -18,11 +18,11 @@ class LinkBuffer_Block {
     LinkBuffer_Block& operator=(const LinkBuffer_Block&) = delete;
 
     // The order of the fields is part of the binary interface.
-    char* data;
+    std::unique_ptr<char[]> data;
     int used;
     int capacity;
-    LinkBuffer_Block* next;
-    LinkBuffer_Block* previous;
+    std::unique_ptr<LinkBuffer_Block> next;
+    LinkBuffer_Block* previous = nullptr;
 };
 
 // Text that is built piece by piece, at either end, without moving what is there already: a chain of blocks.
@@ -94,9 +94,9 @@ class LinkBuffer {
     void Link_Last(std::unique_ptr<LinkBuffer_Block> block);
 
     // The order of the fields is part of the binary interface.
-    LinkBuffer_Block* head;
-    LinkBuffer_Block* tail;
-    int length; // of all blocks
+    std::unique_ptr<LinkBuffer_Block> head;
+    LinkBuffer_Block* tail = nullptr;
+    int length = 0; // of all blocks
     int first_size;
     int block_size;
 };
