@@ -31,7 +31,7 @@ struct Test_Application : UNIXCompilerApplication, Config {
     static std::string Listed(List<LogFilterEntry>& filters) {
         std::string text;
         for (LogFilterEntry* entry = filters.First(); entry; entry = filters.Next())
-            text += std::string(entry->name, static_cast<std::size_t>(entry->name_length)) + ":" +
+            text += std::string(entry->name.get(), static_cast<std::size_t>(entry->name_length)) + ":" +
                     std::to_string(entry->low) + "-" + std::to_string(entry->high) + " ";
         return text;
     }

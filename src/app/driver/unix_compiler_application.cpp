@@ -23,26 +23,26 @@ int Is_Loaded_From(dl_phdr_info* library, std::size_t, void* path) {
 } // namespace
 
 UNIXCompilerApplication::UNIXCompilerApplication(int argc, char** argv)
-    : CompilerApplication(argc, argv), file_manager(new UNIXFileManager(this)),
-      library_manager(new UNIXExternalLibraryManager()),
-      call_manager(new ExternalCallManager(library_manager)) {
-    Run_Guard::Watch_Sources(file_manager);
+    : CompilerApplication(argc, argv), file_manager(std::make_unique<UNIXFileManager>(this)),
+      library_manager(std::make_unique<UNIXExternalLibraryManager>()),
+      call_manager(std::make_unique<ExternalCallManager>(library_manager.get())) {
+    Run_Guard::Watch_Sources(file_manager.get());
 }
 
 UNIXCompilerApplication::~UNIXCompilerApplication() {
     End_Run();
     Run_Guard::Watch_Sources(nullptr);
-    delete file_manager;
-    delete library_manager;
-    delete call_manager;
+    file_manager.reset();
+    library_manager.reset();
+    call_manager.reset();
 }
 
 FileManager* UNIXCompilerApplication::filemanager() {
-    return file_manager;
+    return file_manager.get();
 }
 
 ExternalLibraryManager* UNIXCompilerApplication::librarymanager() {
-    return library_manager;
+    return library_manager.get();
 }
 
 const char* UNIXCompilerApplication::lasterror() {
@@ -50,7 +50,7 @@ const char* UNIXCompilerApplication::lasterror() {
 }
 
 ExternalCallManager* UNIXCompilerApplication::externalcallmanager() {
-    return call_manager;
+    return call_manager.get();
 }
 
 // A library that is emptied while it is mapped takes the process along.

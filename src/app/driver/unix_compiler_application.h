@@ -3,6 +3,8 @@
 
 #include "app/driver/compiler_application.h"
 
+#include <memory>
+
 class UNIXFileManager;
 
 // The compiler with the services of a UNIX system, which it owns.
@@ -18,10 +20,10 @@ class UNIXCompilerApplication : public CompilerApplication {
     ExternalCallManager* externalcallmanager() override;
 
   private:
-    // The order of the fields is part of the binary interface; the destructor deletes them in this order.
-    UNIXFileManager* file_manager;
-    ExternalLibraryManager* library_manager;
-    ExternalCallManager* call_manager;
+    // The order of the fields is part of the binary interface; they go in this order, too.
+    std::unique_ptr<UNIXFileManager> file_manager;
+    std::unique_ptr<ExternalLibraryManager> library_manager;
+    std::unique_ptr<ExternalCallManager> call_manager;
 };
 
 #endif

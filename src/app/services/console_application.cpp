@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 ConsoleOutput::ConsoleOutput(int capacity) : BufferedOutput(capacity) {
 }
@@ -33,19 +34,15 @@ int ConsoleOutput::DoWrite(const char* text, int length) {
 }
 
 ConsoleApplication::ConsoleApplication(int argc, char** argv)
-    : output_(new ConsoleOutput(8192)), basename_(Base_Name(argv[0])), argc(argc), argv(argv) {
+    : output_(std::make_unique<ConsoleOutput>(8192)), basename_(Base_Name(argv[0])), argc(argc), argv(argv) {
     gethostname(hostname_, sizeof hostname_);
     hostname_[sizeof hostname_ - 1] = '\0';
 }
 
-ConsoleApplication::~ConsoleApplication() {
-    delete output_;
-}
+ConsoleApplication::~ConsoleApplication() = default;
 
 Output* ConsoleApplication::SetOutput(Output* output) {
-    Output* earlier = output_;
-    output_ = output;
-    return earlier;
+    return std::exchange(output_, std::unique_ptr<Output>(output)).release();
 }
 
 char* ConsoleApplication::Crypt(const char*, int, const char*, int*, int*) {

@@ -4,6 +4,8 @@
 #include "app/services/tarn_application.h"
 #include "backend/outputs/output.h"
 
+#include <memory>
+
 // Standard output of a command-line program. A text that holds a line end goes out at once, and error text
 // goes to standard error unbuffered.
 class ConsoleOutput : public BufferedOutput {
@@ -31,7 +33,7 @@ class ConsoleApplication : public TarnApplication {
     Config* config() override { return nullptr; }
     const char* basename() override { return basename_; }
     const char* hostname() override { return hostname_; }
-    Output* output() override { return output_; }
+    Output* output() override { return output_.get(); }
     Output* SetOutput(Output* output) override;
     char* Crypt(const char* text, int length, const char* salt, int* result_length,
                 int* result_size) override;
@@ -75,7 +77,7 @@ class ConsoleApplication : public TarnApplication {
 
   protected:
     // The order of the fields is part of the binary interface.
-    Output* output_;       // owned
+    std::unique_ptr<Output> output_;
     const char* basename_; // the tail of argv[0]
     char hostname_[128];
     int argc;

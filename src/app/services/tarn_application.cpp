@@ -74,22 +74,14 @@ int Read_Marked_Number(const char*& text, char mark) {
 } // namespace
 
 LogFilterEntry::LogFilterEntry(const char* name, int name_length, int low, int high)
-    : name(new char[static_cast<std::size_t>(name_length) + 1]), name_length(name_length), low(low),
-      high(high) {
-    memcpy(this->name, name, static_cast<std::size_t>(name_length));
-    this->name[name_length] = '\0';
+    : name(std::make_unique<char[]>(static_cast<std::size_t>(name_length) + 1)), name_length(name_length),
+      low(low), high(high) {
+    memcpy(this->name.get(), name, static_cast<std::size_t>(name_length));
 }
 
-LogFilterEntry::~LogFilterEntry() {
-    delete[] name;
-}
+LogFilterEntry::~LogFilterEntry() = default;
 
-TarnApplication::TarnApplication()
-    : ssl_library(nullptr), ssl_state_(nullptr), heartbeats(0), cancelled_(0), post_timed_out(0),
-      global_deadline(0), post_deadline(0), log_include(1), log_exclude(1), language_("en-US"),
-      language_changes(1), default_language("en-US"), default_language_changes(1), default_database("xbase3"),
-      default_database_changes(1), charset_("utf-8"), charset_changes(1), charset_is_utf8(true) {
-}
+TarnApplication::TarnApplication() = default;
 
 TarnApplication::~TarnApplication() = default;
 

@@ -6,6 +6,7 @@
 #include "files/path_type.h"
 
 #include <ctime>
+#include <memory>
 
 class CommerceManager;
 class Config;
@@ -31,7 +32,7 @@ struct LogFilterEntry {
     LogFilterEntry(const LogFilterEntry&) = delete;
     LogFilterEntry& operator=(const LogFilterEntry&) = delete;
 
-    char* name; // owned, NUL-terminated
+    std::unique_ptr<char[]> name; // NUL-terminated
     int name_length;
     int low;
     int high;
@@ -185,24 +186,24 @@ class TarnApplication {
 
   protected:
     // The order of the fields is part of the binary interface.
-    void* ssl_library;
-    void* ssl_state_;
-    int heartbeats;
-    int cancelled_;
-    int post_timed_out;
-    time_t global_deadline; // 0: none
-    time_t post_deadline;   // 0: none
-    List<LogFilterEntry> log_include;
-    List<LogFilterEntry> log_exclude;
-    String language_;
-    int language_changes;
-    String default_language;
-    int default_language_changes;
-    String default_database;
-    int default_database_changes;
-    String charset_;
-    int charset_changes;
-    bool charset_is_utf8;
+    void* ssl_library = nullptr;
+    void* ssl_state_ = nullptr;
+    int heartbeats = 0;
+    int cancelled_ = 0;
+    int post_timed_out = 0;
+    time_t global_deadline = 0; // 0: none
+    time_t post_deadline = 0;   // 0: none
+    List<LogFilterEntry> log_include{1};
+    List<LogFilterEntry> log_exclude{1};
+    String language_ = "en-US";
+    int language_changes = 1;
+    String default_language = "en-US";
+    int default_language_changes = 1;
+    String default_database = "xbase3";
+    int default_database_changes = 1;
+    String charset_ = "utf-8";
+    int charset_changes = 1;
+    bool charset_is_utf8 = true;
 };
 
 #endif
