@@ -13,7 +13,7 @@ bool Remove_From(List<File>& files, File* file) {
 
 } // namespace
 
-FileManager::FileManager(TarnApplication* application) : application(application), active(0), inactive(0) {
+FileManager::FileManager(TarnApplication* application) : application(application) {
 }
 
 const String& FileManager::error() const {

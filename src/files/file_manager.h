@@ -144,8 +144,8 @@ class FileManager {
     String error_;
     int max_files = 0;
     int security_options = 0;
-    List<File> active;   // files with a descriptor, newest first
-    List<File> inactive; // parked files
+    List<File> active{0};   // files with a descriptor, newest first
+    List<File> inactive{0}; // parked files
 };
 
 #endif

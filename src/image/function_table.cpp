@@ -34,14 +34,13 @@ FunctionParameter::FunctionParameter(int name_index, String name, int flags, int
 FunctionParameter::~FunctionParameter() = default;
 
 Function::Function(Dictionary* dictionary, int flags)
-    : flags(flags), parameters(1), dictionary(dictionary),
-      locals(dictionary, local_bucket_bits, local_capacity, 0) {
+    : flags(flags), dictionary(dictionary), locals(dictionary, local_bucket_bits, local_capacity, 0) {
 }
 
 Function::Function(TarnApplication* application, Dictionary* dictionary, Function& source)
     : index(source.index), flags(source.flags), name_index(source.name_index), name(source.name),
-      parameters(1), body_a(source.body_a), body_b(source.body_b), dictionary(dictionary),
-      engine_word(source.engine_word), locals(application, dictionary, source.locals, false) {
+      body_a(source.body_a), body_b(source.body_b), dictionary(dictionary), engine_word(source.engine_word),
+      locals(application, dictionary, source.locals, false) {
     for (const FunctionParameter* p = source.parameters.First(); p; p = source.parameters.Next())
         parameters.Insert(new FunctionParameter(*p), LIST_LAST);
 }

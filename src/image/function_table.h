@@ -52,7 +52,7 @@ class Function {
     int flags;
     int name_index = -1; // in the dictionary; what Write puts down for the name
     String name;         // what the table goes by
-    List<FunctionParameter> parameters;
+    List<FunctionParameter> parameters{1};
     int body_a = -1; // where the body is, for the engine; both are -1 without one
     int body_b = -1;
     Dictionary* dictionary;

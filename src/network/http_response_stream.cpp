@@ -31,7 +31,7 @@ HTTPResponseStream_Header::HTTPResponseStream_Header(String text)
 }
 
 HTTPResponseStream::HTTPResponseStream(NetworkConnection* connection, int timeout)
-    : headers_(1), connection(connection), timeout(timeout) {
+    : connection(connection), timeout(timeout) {
 }
 
 HTTPResponseStream::~HTTPResponseStream() = default;

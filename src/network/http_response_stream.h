@@ -67,7 +67,7 @@ class HTTPResponseStream {
     int Read_Counted(char* buffer, int length);
 
     // The order of the fields is part of the binary interface.
-    List<HTTPResponseStream_Header> headers_;
+    List<HTTPResponseStream_Header> headers_{1};
     int status_ = -1;
     int content_length_ = -1;
     NetworkConnection* connection;

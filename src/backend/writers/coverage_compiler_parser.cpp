@@ -11,8 +11,7 @@ CoverageCompilerParser::CoverageCompilerParser(Tokenizer* tokenizer, CompilerOut
                                                HashTable<Variable>* locals, HashTable<Variable>* globals,
                                                HashTable<Variable>* system)
     : SilentCompilerParser(tokenizer, output, external_calls, application, function_stdout_default,
-                           function_access_default, start_state, locals, globals, system),
-      lines(1) {
+                           function_access_default, start_state, locals, globals, system) {
 }
 
 CoverageCompilerParser::~CoverageCompilerParser() {

@@ -33,7 +33,7 @@ class CoverageCompilerParser : public SilentCompilerParser {
   private:
     void Note_Line(int line);
 
-    SplayTree<int, int> lines; // with code; owns its numbers
+    SplayTree<int, int> lines{1}; // with code; owns its numbers
 };
 
 #endif

@@ -15,7 +15,7 @@ FileCompilerParser::FileCompilerParser(Tokenizer* tokenizer, CompilerOutput* out
                                        HashTable<Variable>* globals, HashTable<Variable>* system)
     : CompilerParser(tokenizer, external_calls, application, function_stdout_default, function_access_default,
                      start_state, locals, globals, system),
-      output(output), last_file(0) {
+      output(output) {
 }
 
 FileCompilerParser::~FileCompilerParser() = default;

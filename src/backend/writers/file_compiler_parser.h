@@ -61,7 +61,7 @@ class FileCompilerParser : public CompilerParser {
   protected:
     // The order of the fields is part of the binary interface.
     CompilerOutput* output; // where every item goes now; not owned
-    int last_file;
+    int last_file = 0;
 
   private:
     ParserStatus Report_Old_Engine();

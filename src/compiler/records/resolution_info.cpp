@@ -11,7 +11,7 @@ Resolution_Info::Resolution_Info(int label, int line, const String* file)
 Resolution_Info::~Resolution_Info() = default;
 
 If_Resolution_Info::If_Resolution_Info(int label, int line, const String* file, int chain)
-    : Resolution_Info(label, line, file), chain(chain), else_used(0) {
+    : Resolution_Info(label, line, file), chain(chain) {
 }
 
 int If_Resolution_Info::Set_Else_Used() {

@@ -48,7 +48,7 @@ class If_Resolution_Info : public Resolution_Info {
     int Set_Else_Used();
 
     int chain; // label of the first condition of the chain, -1 on that one itself
-    int else_used;
+    int else_used = 0;
 };
 
 class Ifdef_Resolution_Info : public Resolution_Info {
