@@ -23,7 +23,7 @@ NO_ROOM = "tnc: Unable to write to standard output\n"
 
 # Page, shell command in which tnc is the program, exit status, what is said, and whether there is an output.
 ENDS = [
-    (LARGE_PAGE, "tnc page.tn <&- >&- 2>&-; s=$?; grep -q CW_1 output.tna && exit 9; exit $s", 0, "", True),
+    (LARGE_PAGE, "tnc page.tn 2>&- && ! grep CW_1 output.tna && tnc page.tn <&- >&- 2>&- && ! grep CW_1 output.tna", 0, "", True),
     ("", "tnc --help >/dev/full", 1, NO_ROOM, False),
     ("", "tnc --help >&-", 1, NO_ROOM, False),
     ("", "tnc --version >/dev/full", 1, NO_ROOM, False),

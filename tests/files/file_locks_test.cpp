@@ -84,13 +84,14 @@ TEST_F(File_Locks, Fail_Where_No_Lock_File_Can_Be) {
 
     ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
     EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "../lock"), FILE_LOCK_FAILED);
-    application.passes = 1;
+    application.passes = 3;
     EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "d/../lock"), FILE_LOCK_HELD);
     EXPECT_EQ(Get("root/lock"), held);
     // Below a root, a link is no lock of ours, whatever it leads to.
     Put("stale", Left_Behind());
     Link("../stale", "root/link");
     EXPECT_EQ(manager->Lock_Valid(Tarn_PathType_Data, "link"), FILE_LOCK_UNREADABLE);
+    EXPECT_EQ(manager->Lock(Tarn_PathType_Data, "link"), FILE_LOCK_CANCELLED);
     EXPECT_EQ(manager->Lock_Valid(At("root/link").c_str()), FILE_LOCK_STALE);
 }
 
