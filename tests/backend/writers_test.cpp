@@ -1,7 +1,6 @@
 // What the writers say where no page can show it: texts of all kinds at all places, and misuse.
 
 #include "backend/assembly_fixture.h"
-#include "backend/outputs/quoted_text.h"
 
 #include <gtest/gtest.h>
 
@@ -28,6 +27,7 @@ TEST(Writers, Say_What_No_Page_Shows) {
         {[](auto& p) { p.Output_Opcode_With_Label(22, LABEL_START, 1); }, "L_start_1", ""},
         {[](auto& p) { p.Output_Opcode(527, 4, 5); }, "", "Internal error: Opcode not implemented"},
         {[](auto& p) { p.Output_Opcode(16421, 4, 5); }, "4", "Internal error: Opcode not implemented"},
+        {[](auto& p) { p.Output_Opcode(OPCODE_PUSHI, -2147483647 - 1, 0); }, "\n\tpushi\t-2147483648", ""},
         {[](auto& p) { p.Output_Opcode(22, 0.5); }, "0.5",
          "Internal error: Opcode not implemented in File output( int, double )"},
         {[](auto& p) { (void)p.Output_Version(1, 15); }, "",
@@ -61,43 +61,6 @@ TEST(OpcodeQueue, Expression_Waits_With_Its_Own_Lines_And_Texts) {
     parser.Flush_Opcode_Queue();
     EXPECT_EQ(parser.Written(), "\n\tlineno\t1\n\tcall\tf\n\telem\n\tlineno\t5\n\thttpn\tL_end_1, 8"
                                 "\n\tlineno\t7\n\telem_ro\n.version\t1.3");
-}
-
-TEST(Writers, Numbers_Of_Every_Length) {
-    Assembly_Parser parser;
-    for (long power = 1; power < 10000000000; power *= 10)
-        for (const long near : {power - 1, power, power + 7, -power, 2147483647L, -2147483648L}) {
-            const int number = static_cast<int>(near);
-            parser.Output_Opcode(OPCODE_PUSHI, number, 0);
-            EXPECT_EQ(parser.Written(), "\n\tpushi\t" + std::to_string(number));
-        }
-}
-
-TEST(Writers, A_Name_Keeps_Its_Number) {
-    Assembly_Parser parser;
-    for (int round = 0; round < 3; ++round)
-        for (int i = 0; i < 5000; ++i) {
-            const std::string name = std::string(1 + i % 20, "aA"[round % 2]) + std::to_string(i);
-            ASSERT_EQ(parser.Find_Variable_Ident(name.data(), static_cast<int>(name.size()), SCOPE_GLOBAL),
-                      i);
-        }
-}
-
-// More than is composed at once, and a backslash with nothing behind it.
-TEST(Quoted_Text, Takes_Three_Bytes_For_Each_At_Worst) {
-    const std::vector<char> text(1100, '"'), backslash(1, '\\');
-    std::string quotes;
-    for (std::size_t i = 0; i < text.size(); ++i)
-        quotes += "\\22";
-    for (const int capacity : {16, 4096}) // composed aside, or in place
-        for (const auto& [state, end] : {std::pair(EXPRESSION_STATE_TEXT, "\\5c"),
-                                         {EXPRESSION_STATE_FILTER, "\\5c"},
-                                         {EXPRESSION_STATE_ESCAPED, ""}}) {
-            Recording_Output output(capacity);
-            Write_Quoted_Text(&output, text.data(), static_cast<int>(text.size()), state);
-            Write_Quoted_Text(&output, backslash.data(), 1, state);
-            EXPECT_EQ(output.Written(), quotes + end);
-        }
 }
 
 } // namespace

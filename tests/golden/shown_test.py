@@ -12,7 +12,6 @@ from checks import expect, finish
 from source_tables import c_text, message_name, rows
 
 UNSEEN_MESSAGES = {
-    "Assembly_Unterminated": "the text that is left is taken for the passage",
     "Elseif_Without_If": "the report of its else part comes first",
     "File_Not_Reopened": "the including file would have to go while it is included",
     "Filter_Invalid": "stored in a value whose report nobody makes",

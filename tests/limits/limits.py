@@ -55,6 +55,7 @@ ROWS = [  # name, count, page, bytes an item may take beside 6 MB, where that is
     ("nested inline calls", DEEP, expression("[l.f].g(", "l.a", ")"), None),
     ("nested inline calls", MANY, expression("[l.f].g(", "l.a", ")"), 480),
     ("brackets", DEEP, expression("l.a[", "1", "]"), None),
+    ("brackets of calls", DEEP, expression("[l.f].g(l.a[", "1", "])"), None),
     ("member chain", DEEP, expression("", "l.a", ":b"), None),
     ("includes", DEEP, includes, None),
     ("else-if chain", DEEP, lambda n: ['<TnIF EXPR="{l.a}">', '<TnELSEIF EXPR="{l.b}">' * n, "</TnIF>"], None),
