@@ -1,7 +1,7 @@
 // Any text is a page: it compiles or is refused, with each back end, whatever the options, and twice to the
-// same bytes. The last byte of the input chooses the options. From 128 on, the bytes ahead of it are written
-// as pages by a grammar, and what comes of them is looked at. Below, bytes of value 1 part them into the
-// files that an include may name; the first is the page.
+// same bytes and words. The last byte of the input chooses the options. From 128 on, the bytes ahead of it
+// are written as pages by a grammar, and what comes of them is looked at. Below, bytes of value 1 part them
+// into the files that an include may name; the first is the page.
 #include "app/driver/unix_compiler_application.h"
 #include "assembly.h"
 #include "backend/outputs/compiler_output.h"
@@ -24,27 +24,31 @@ const char* const pieces[] = {"", "1", "4", "7"}; // values of -O
 
 enum Back_End { DOCUMENTATION, COVERAGE, CODE };
 
-// The compiler without a word on its standard error, and with options by number.
+// Each is given with one of so many choices.
+const struct {
+    char letter;
+    unsigned each;
+    const char* value;
+} switches[] = {{'D', 1, "x"},          {'A', 5, nullptr}, {'f', 5, nullptr}, {'F', 4, nullptr},
+                {'b', 2, LIBRARY},      {'w', 3, "6,13"},  {'W', 4, "51"},    {'X', 11, "all"},
+                {'p', 2, "lock,scope"}, {'p', 6, "all"},   {'P', 7, "lock"},  {'P', 21, "all"}};
+
+// The compiler with options by number, which keeps what it says to itself.
 class Silent_Application : public UNIXCompilerApplication {
   public:
     Silent_Application(unsigned choice, const char* bytes, const Texts& texts)
         : UNIXCompilerApplication(1, arguments), files(this, texts) {
         const char* const engines[] = {"4.0", "4.06", "4.99", "5.06", "5.16", "5.52"};
         CommandLine_Process_Option('C', engines[choice % 6]);
-        CommandLine_Process_Option('D', "x");
         if (*bytes)
             CommandLine_Process_Option('O', bytes);
-        for (const char option : {'A', 'f', 'F'})
-            if (choice % 5 == 1)
-                CommandLine_Process_Option(option, nullptr);
-        CommandLine_Process_Option(choice % 7 ? 'p' : 'P', choice % 3 ? "lock" : "all");
+        for (const auto& [letter, each, value] : switches)
+            if (choice % each == 0)
+                CHECK(CommandLine_Process_Option(letter, value));
     }
 
     FileManager* filemanager() override { return &files; }
-    bool CompileError(ErrorCode code, const char*, int, const String&) override {
-        return code <= LAST_WARNING;
-    }
-    bool Error_WillPrint(ErrorCode) override { return false; }
+    bool Error(const String& text) override { return said += text.view(), true; }
 
     std::unique_ptr<FileCompilerParser> Make_Parser(Back_End back_end, CompilerOutput* output) {
         ExternalCallManager* const calls = externalcallmanager();
@@ -59,6 +63,8 @@ class Silent_Application : public UNIXCompilerApplication {
                                                     nullptr);
     }
 
+    std::string said;
+
   private:
     Page_Files files;
     static inline char name[] = "tnc";
@@ -67,7 +73,8 @@ class Silent_Application : public UNIXCompilerApplication {
 
 struct Result {
     bool whole = true;
-    std::string text = {};
+    std::string text = {}, said = {};
+    bool operator==(const Result&) const = default;
 };
 
 // Of one source, or of two.
@@ -91,6 +98,7 @@ Result Compile(const Texts& texts, unsigned choice, Back_End back_end, const cha
     int length;
     const char* const text = output.Contents(&length);
     result.text.assign(text, length);
+    result.said = application.said;
     return result;
 }
 
@@ -134,9 +142,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         texts = {pages[0], pages[1], pages[2]};
     }
     const auto back_end = static_cast<Back_End>(choice / 4 % 3);
-    const Result result = Compile(texts, choice, back_end, pieces[choice % 4]);
-    const Result again = Compile(texts, choice, back_end, pieces[choice % 4]);
-    CHECK(result.whole == again.whole && result.text == again.text);
+    CHECK(Compile(texts, choice, back_end, pieces[choice % 4]) ==
+          Compile(texts, choice, back_end, pieces[choice % 4]));
     if (choice >= 128)
         Check_Code(texts, choice);
     return 0;

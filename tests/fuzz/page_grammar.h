@@ -38,12 +38,12 @@ class Page_Grammar {
 #include "frontend/scanner/operators.def"
     };
     static constexpr int blocks[] = {
-        Tag::If,       Tag::While, Tag::For,      Tag::Foreach, Tag::Import,       Tag::Pop,   Tag::Call,
-        Tag::Commerce, Tag::Smtp,  Tag::Lockfile, Tag::Capture, Tag::Asynchronous, Tag::Ifdef, Tag::Ifndef};
+        Tag::If,    Tag::While,    Tag::For,       Tag::Foreach,     Tag::Import,        Tag::Pop,
+        Tag::Call,  Tag::Commerce, Tag::Smtp,      Tag::Lockfile,    Tag::Capture,       Tag::Asynchronous,
+        Tag::Ifdef, Tag::Ifndef,   Tag::Localized, Tag::Assignarray, Tag::Referencearray};
     // These stand within others alone.
-    static constexpr int parts[] = {
-        Tag::Else,      Tag::Elseif,          Tag::Function,    Tag::Function_Return,
-        Tag::Localized, Tag::Localized_Token, Tag::Assignarray, Tag::Referencearray};
+    static constexpr int parts[] = {Tag::Else, Tag::Elseif, Tag::Function, Tag::Function_Return,
+                                    Tag::Localized_Token};
 
     static const char* Word(int attribute) {
         static const std::map<int, const char*> keys = {
@@ -85,8 +85,10 @@ class Page_Grammar {
         case Convert::Reference_Name: return input.Below(4) ? Name() : expression;
         case Convert::Whole_Name: return "name";
         case Convert::Positive_Number:
+        case Convert::Array_Index:
         case Convert::Index: return input.Below(2) ? std::to_string(1 + input.Below(9)) : expression;
         case Convert::Dynamic_Text: return expression;
+        case Convert::Array_Member:
         case Convert::Member: return input.Below(2) ? "m" : expression;
         case Convert::Certificate_Type: return "pem";
         case Convert::Directive_Text:
@@ -111,6 +113,13 @@ class Page_Grammar {
                 text += std::string(" ") + Word(route.attribute) + "=\"" + Value(route) + "\"";
         return text + ">";
     }
+    std::string Member_Of(int tag) {
+        if (tag != Tag::Localized)
+            return Start(input.Below(2) ? Tag::Dimension : Tag::Member);
+        if (input.Below(4) == 0)
+            return Start(Tag::Localized_Token);
+        return Start(Tag::Localized_Text) + input.Piece(texts) + "</TnLOCALIZED-TEXT>";
+    }
     std::string Tag_Text(int depth) {
         const auto has = [](const auto& tags, int tag) {
             return std::count(std::begin(tags), std::end(tags), tag) > 0;
@@ -121,7 +130,13 @@ class Page_Grammar {
             return required_slots[tag] == NO_SLOTS || has(parts, tag) ? "" : Start(tag);
         const std::string word = Tag_Word(tag);
         const bool loops = tag == Tag::While || tag == Tag::For || tag == Tag::Foreach;
-        std::string text = Start(tag) + Body(depth - 1);
+        std::string text = Start(tag);
+        if (tag == Tag::Localized || tag == Tag::Assignarray || tag == Tag::Referencearray) {
+            for (unsigned left = input.Below(16); left > 0; --left)
+                text += Member_Of(tag);
+            return text + "</" + word + ">";
+        }
+        text += Body(depth - 1);
         if (tag == Tag::If && input.Below(2))
             text += Start(Tag::Elseif) + Body(depth - 1) + "<TnELSE>";
         if (loops && input.Below(2))
