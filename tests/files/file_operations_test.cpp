@@ -1,9 +1,102 @@
-#include "files/file_operations.h"
+// Every operation on a path, raw and below a root: what it does, what it refuses, and that nothing leads out.
+
 #include "files/file_tree.h"
 
+#include <atomic>
+#include <iostream>
 #include <sys/sysmacros.h>
+#include <thread>
 
 namespace {
+
+using Manager = UNIXFileManager;
+constexpr Tarn_PathType data = Tarn_PathType_Data;
+
+// What the operations below have found out.
+struct Observation {
+    std::string text;
+    unsigned long length = 0;
+    long time = 0;
+    int mode = 0;
+    bool exists = false;
+    bool directory = false;
+} observed;
+
+bool see(File* opened) {
+    const std::unique_ptr<File> file(opened);
+    char buffer[64];
+    const long length = file ? file->Read(buffer, sizeof buffer) : -1;
+    observed.text.assign(buffer, length < 0 ? 0 : static_cast<std::size_t>(length));
+    return file != nullptr;
+}
+
+bool see_temporary(UNIXFileManager& m, const char* path, const char* prefix) {
+    char* name = nullptr;
+    const bool made = see(prefix ? m.MakeTemporary(data, path, prefix, &name, FILE_MODE_READ)
+                                 : m.MakeTemporaryLike(data, path, &name, FILE_MODE_READ));
+    const std::unique_ptr<char[]> owner(name);
+    return made && m.Delete(data, name);
+}
+
+bool see_names(UNIXFileManager& m, const char* path) {
+    List<String> names(1);
+    const bool done = m.DirectoryListing(data, path, &names);
+    for (const String* name = names.First(); name; name = names.Next())
+        observed.text += name->text();
+    return done;
+}
+
+// An operation on a path, beside the file "aside" and the name "new": on one of the data directory, and for
+// most on a raw one too.
+struct File_Operation {
+    template <typename Run>
+    File_Operation(const char* inside, bool on_file, const char* name, Run run)
+        : inside(inside), on_file(on_file), name(name), contained(run) {
+        if constexpr (std::is_invocable_v<Run, UNIXFileManager&, const char*>)
+            raw = run;
+    }
+
+    const char* inside; // what makes the path out of that of a directory
+    bool on_file;       // looks at the last name, or opens it; may be run on any file
+    const char* name;
+    bool (*contained)(UNIXFileManager& m, const char* p, Tarn_PathType in);
+    bool (*raw)(UNIXFileManager& m, const char* p) = nullptr;
+};
+
+// clang-format off
+#define BOTH(...) #__VA_ARGS__, [](Manager& m, const char* p, auto... in) -> bool { return __VA_ARGS__; }
+#define CONTAINED(...) #__VA_ARGS__, [](Manager& m, const char* p, Tarn_PathType) { return __VA_ARGS__; }
+
+const File_Operation file_operations[] = {
+    {"/x", true, BOTH(see(m.Open(in..., p, FILE_MODE_READ)))},
+    {"/x", true, BOTH(see(m.Open(in..., p, FILE_MODE_READ | FILE_MODE_TRUNCATE)))},
+    {"/x", true, BOTH(see(m.Open(in..., p, FILE_MODE_WRITE | FILE_MODE_CREATE | FILE_MODE_TRUNCATE)))},
+    {"/x.l", false, BOTH(m.Lock(in..., p) == FILE_LOCK_HELD && m.Lock_Delete(in..., p))},
+    {"/x", true, BOTH(m.Lock_Valid(in..., p) != FILE_LOCK_UNREADABLE)},
+    {"/x", false, CONTAINED(m.Lock_Delete(data, p))},
+    {"/x", false, BOTH(m.Delete(in..., p))},
+    {"/x", true, BOTH(m.Copy(in..., p, in..., "aside") && see(m.Open(in..., "aside", FILE_MODE_READ)))},
+    {"/x", true, BOTH(m.Copy(in..., "aside", in..., p))},
+    {"/x", false, BOTH(m.Rename(in..., p, in..., "aside") && see(m.Open(in..., "aside", FILE_MODE_READ)))},
+    {"/x", false, BOTH(m.TouchFile(in..., "new") && m.Rename(in..., "new", in..., p))},
+    {"/x", false, CONTAINED(m.Rename(data, p, data, (std::string(p) + "2").c_str()))},
+    {"/x", true, BOTH(m.TouchFile(in..., p))},
+    {"/x_", false, BOTH(m.Exists(in..., p, &observed.exists))},
+    {"/x", true, BOTH(m.Length(in..., p, &observed.length))},
+    {"/x", true, BOTH(m.IsDirectory(in..., p, &observed.directory))},
+    {"/x", true, CONTAINED(m.SetModifiedTime(data, p, 1))},
+    {"/x", true, BOTH(m.ModifiedTime(in..., p, &observed.time))},
+    {"/x.d", false, BOTH(m.MakeDirectory(in..., p) && m.RemoveDirectory(in..., p))},
+    {"/x_", false, BOTH(m.RemoveDirectory(in..., p))},
+    {"/x.s", false, BOTH(m.MakeSymbolicLink(in..., "aside", in..., p) && m.Delete(in..., p))},
+    {"/x", false, CONTAINED(m.MakeSymbolicLink(data, p, data, "new") && m.Delete(data, "new"))},
+    {"/x", true, BOTH(m.Mode(in..., p, &observed.mode))},
+    {"/x", true, BOTH(m.ChangeMode(in..., p, 0700))},
+    {"", false, CONTAINED(see_temporary(m, p, "t"))},
+    {"/x", false, CONTAINED(see_temporary(m, p, nullptr))},
+    {"", false, CONTAINED(see_names(m, p))},
+};
+// clang-format on
 
 const std::string path_message = "The specified path references a ";
 const std::string outside_message = path_message + "path outside the configured ";
@@ -332,5 +425,82 @@ TEST_F(File_Operations, Temporary_Name_Begins_With_Its_Directory) {
     EXPECT_FALSE(manager->MakeTemporary("none/t", &name, FILE_MODE_READ));
     EXPECT_EQ(Error(), missing);
 }
+
+// What no operation may see: the content of a file, and a name.
+constexpr char secret[] = "secret of others";
+constexpr long secret_time = 86400;
+constexpr int secret_mode = S_IFREG | 0711;
+
+struct Containment_Race : File_Tree, testing::WithParamInterface<int> {
+    // The times of change of all that is outside, which tell of each touch.
+    std::string Outside() const {
+        std::string state;
+        for (const char* name : {"outside", "outside/x", "outside/x_", "outside/secret of others"}) {
+            struct stat s = {};
+            EXPECT_EQ(lstat(At(name).c_str(), &s), 0);
+            state += std::to_string(s.st_ctim.tv_sec) + '.' + std::to_string(s.st_ctim.tv_nsec) + ' ';
+        }
+        return state;
+    }
+};
+
+// Below the root, a file and a directory change places with a stranger's links out of it to own targets, and
+// with each other, while every contained operation is tried. Nothing outside may be changed, and nothing of
+// it may be seen. RACE_TRIES in the environment makes it long.
+TEST_P(Containment_Race, Leads_Nowhere_Outside) {
+    if (GetParam() != 0)
+        SKIP_UNLESS_ROOT();
+    Put("outside/x", secret);
+    Put(std::string("outside/") + secret, "");
+    Put("root/f", "own");
+    for (const char* directory : {"root/d", "outside/x_"})
+        fs::create_directory(directory);
+    fs::permissions("outside/x", fs::perms(secret_mode & 0777));
+    ASSERT_TRUE(manager->SetModifiedTime("outside/x", secret_time));
+    for (const auto& [target, link] :
+         {std::pair("../outside/x", "to_file"), {"../outside", "to_directory"}}) {
+        Link(target, std::string("root/") + link);
+        if (geteuid() == 0)
+            Own(std::string("root/") + link);
+    }
+    ASSERT_TRUE(manager->InitializeDataDirectory(At("root").c_str()));
+    manager->SecurityOptions(GetParam());
+
+    const Descriptor root(Open_Path(".", O_RDONLY)), own(Open_Path("d", O_RDONLY));
+    ASSERT_TRUE(root && own);
+    const std::string before = Outside();
+    const char* const wanted = getenv("RACE_TRIES");
+    const int least = wanted ? atoi(wanted) : 70000;
+    std::atomic<int> swaps = 0;
+    std::jthread other([&](const std::stop_token& end) {
+        const char* const pairs[][2] = {{"f", "to_file"}, {"d", "to_directory"}, {"f", "d"}};
+        for (unsigned i = 1; !end.stop_requested(); i = i * 1664525 + 1013904223) {
+            const auto& [a, b] = pairs[(i >> 16) % std::size(pairs)];
+            swaps += renameat2(root.get(), a, root.get(), b, RENAME_EXCHANGE) == 0;
+        }
+    });
+    int done = 0, tries = 0;
+    for (; swaps < least || tries < least; ++tries) {
+        const File_Operation& operation = file_operations[tries % std::size(file_operations)];
+        const bool on_file = operation.on_file && tries / std::size(file_operations) % 2;
+        close(openat(own.get(), "x", O_CREAT | O_WRONLY | O_CLOEXEC, 0600)); // which some take away
+        observed = {};
+        application.passes = 1;
+        done += operation.contained(*manager, on_file ? "f" : (std::string("d") + operation.inside).c_str(),
+                                    data);
+        ASSERT_FALSE(observed.exists || observed.text.find(secret) != std::string::npos ||
+                     observed.length == sizeof secret - 1 || observed.time == secret_time ||
+                     observed.mode == secret_mode)
+            << operation.name;
+    }
+    other.request_stop();
+    other.join();
+    EXPECT_EQ(Outside(), before);
+    std::cout << swaps << " swaps, " << tries << " operations, of which " << done << " done; "
+              << (HasFailure() ? "escapes" : "0 escapes") << '\n';
+    EXPECT_TRUE(done > tries / 100 && done < tries * 99 / 100) << "a race with but one side: " << done;
+}
+
+INSTANTIATE_TEST_SUITE_P(Without_And_With_Links, Containment_Race, testing::Values(0, SECURITY_DATA_LINKS));
 
 } // namespace
