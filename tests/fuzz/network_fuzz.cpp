@@ -31,6 +31,11 @@ std::string Stripped(const std::string& text) {
     return first == text.npos ? "" : text.substr(first, last - first + 1);
 }
 
+std::string Lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+    return text;
+}
+
 struct Response {
     int status = -1, length = -1;
     bool chunked = false;
@@ -76,11 +81,6 @@ struct Response {
             chunked = value == "chunked", length = -1;
         else if (name == "content-length" && !chunked)
             length = std::max(Number(value, 10), -1);
-    }
-    static std::string Lower(std::string text) {
-        std::transform(text.begin(), text.end(), text.begin(),
-                       [](unsigned char c) { return std::tolower(c); });
-        return text;
     }
     void Take_Chunks(Words& words) {
         std::string line, chunk;
@@ -219,21 +219,61 @@ void Try_Proxy(Input& input, Script& script) {
     CHECK(!done || script.position + talk.words.left.size() == script.incoming.size());
 }
 
-struct Scripted_Manager : UNIXNetworkManager {
-    Scripted_Manager(TarnApplication* application, Script& script)
-        : UNIXNetworkManager(application), script(script) {}
-    NetworkConnection* TCP_Connect(const char* host, int number, int) override {
-        target = host, port = number;
-        return new Scripted_Connection(application, script);
-    }
+// Whether anything goes out, and what, follows from the parts of the URL.
+void Try_Request(Input& input, Scripted_Manager& manager, const char* url, bool sound,
+                 const std::string (&parts)[4]) {
+    const std::pair<double, std::string> versions[] = {{0.9, "0.9"}, {1, "1.0"},   {1.1, "1.1"},
+                                                       {9, "9.0"},   {9.5, "1.1"}, {-1, "1.0"}};
+    const auto& [version, shown] = input.One_Of(versions);
+    const auto& [protocol, host, port, path] = parts;
+    const char* const pin = input.Below(4) ? nullptr : "x";
+    const int length = input.Between(-1, 3);
+    const unsigned flags = input.Below(3);
+    const std::size_t limit = input.Below(2) ? INT_MAX : input.Between(0, 99);
+    manager.script.write_limit = static_cast<int>(limit);
+    const std::unique_ptr<NetworkConnection> connection(
+        manager.OpenURL("GET", url, "xyz", "a/b", length, "file", "value", "type", "password", "sha256", pin,
+                        "A: b\r\n", -1, version, 5, flags));
 
-    Script& script;
-    std::string target;
-    int port = 0;
-};
+    const bool secure = Lower(protocol) == "https", bare = host.size() >= 2 && host[0] == '[';
+    const int number = port.empty() ? (secure ? 443 : 80) : TarnApplication::stoi(port.c_str(), -1, nullptr);
+    const std::string peer = bare ? host.substr(1, host.size() - 2) : host;
+    const std::string target = peer + " " + std::to_string(number);
+    const std::string body = std::string("xyz").substr(0, length);
+    std::string sent = "GET /" + path + " HTTP/" + shown + "\r\n";
+    if (shown != "0.9")
+        sent += "Host: " + host + (port.empty() ? "" : ":" + std::to_string(number)) + "\r\n";
+    if (!body.empty())
+        sent += "Content-Type: a/b\r\nContent-Length: " + std::to_string(body.size()) + "\r\n";
+    sent += shown < "1.1" ? "A: b\r\n\r\n" : "A: b\r\nConnection: close\r\n\r\n";
+    const bool between = limit == 0 || limit == sent.size();
+    sent += body;
+
+    std::string error;
+    if (!sound)
+        error = "Malformed URL";
+    else if (!secure && Lower(protocol) != "http")
+        error = "Unsupported protocol '" + protocol + "'";
+    else if (!secure && flags == CONNECTION_MUST_BE_SECURE)
+        error = "Request requires a secure connection";
+    else if (!secure && pin)
+        error = "Certificate pinning requested for non-secure connection";
+    const bool asked = error.empty();
+    if (asked && secure && flags == CONNECTION_MUST_VERIFY)
+        error = "unknown server";
+    const bool written = error.empty();
+    if (written && limit < sent.size())
+        error = between ? "peer is gone" : "peer took a part";
+    CHECK(!connection == !error.empty() && manager.error().view() == error);
+    CHECK(manager.script.written == (written ? sent.substr(0, limit) : ""));
+    CHECK(manager.target == (!asked    ? ""
+                             : !secure ? target
+                                       : target + " TLS " + peer + " file value type password sha256 " +
+                                             (pin ? pin : "-") + " 5 " + std::to_string(flags)));
+}
 
 void Try_URL(Input& input, Script& script) {
-    const std::string url = input.Pieces(11, "http://|HTTP:|//|/|[|]|[::1]|:|?|host|80|8|x");
+    const std::string url = input.Pieces(11, "http://|HTTP:|https://|//|/|[|]|[::1]|:|?|host|80|08|x");
     Network_Application application;
     Scripted_Manager manager(&application, script);
     static const std::regex form("([^:]*)://(\\[[^\\]]*\\]|(?!\\[)[^:/?]*)(?::([^/?]*))?(?:/(.*)|(\\?.*)?)");
@@ -250,18 +290,7 @@ void Try_URL(Input& input, Script& script) {
     for (int i = 0; i < 4; ++i)
         CHECK(!sound || (i == 2 && !match[3].matched) ? !texts[i]
                                                       : std::string(texts[i], lengths[i]) == parts[i]);
-    const std::unique_ptr<NetworkConnection> connection(
-        manager.OpenURL("GET", url.c_str(), "", "", 0, "", "", "", "", "", "", "", 0, 1, 5, 0));
-    CHECK(!connection == !(sound && String(parts[0].c_str()).matches("http", 0)));
-    if (!connection)
-        return;
-    const bool bare = parts[1].size() >= 2 && parts[1][0] == '[';
-    int error;
-    const int port = parts[2].empty() ? 80 : TarnApplication::stoi(parts[2].c_str(), -1, &error);
-    CHECK(manager.target == (bare ? parts[1].substr(1, parts[1].size() - 2) : parts[1]) &&
-          manager.port == port);
-    CHECK(script.written == "GET /" + path + " HTTP/1.0\r\nHost: " + parts[1] +
-                                (parts[2].empty() ? "" : ":" + std::to_string(port)) + "\r\n\r\n");
+    Try_Request(input, manager, url.c_str(), sound, parts);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "network/logging_network_connection.h"
 #include "network/network_output.h"
+#include "network/network_service.h"
 #include "network/network_support.h"
 #include "network/unix_network_connection.h"
 
@@ -186,6 +187,62 @@ TEST_F(Connection, Is_Written_To_By_An_Output_That_Hands_Headers_On) {
     EXPECT_EQ(script.written + inner.seen, "abcda=b!");
     EXPECT_EQ(output.Flush(), 1);
     EXPECT_STREQ(output.error().text(), "peer took a part");
+}
+
+TEST_F(Connection, Has_An_Address_In_Figures) {
+    const struct {
+        const char* text;
+        int family; // 4, 6, or 0 for what is no address
+        const char* normal;
+    } cases[] = {
+        {"127.1", 4, "127.0.0.1"},
+        {"0:0::1", 6, "::1"},
+        {"[::1]", 0, ""},
+        {"", 0, ""},
+    };
+    for (const auto& c : cases) {
+        String normal;
+        EXPECT_EQ(manager.IsIPv4Address(c.text), c.family == 4);
+        EXPECT_EQ(manager.IsIPv6Address(c.text), c.family == 6);
+        EXPECT_EQ(manager.IsIPAddress(c.text), c.family != 0);
+        EXPECT_EQ(manager.NormalizeIPAddress(c.text, normal), c.family != 0);
+        EXPECT_EQ(normal.view(), c.normal);
+    }
+    EXPECT_TRUE(manager.NetworkManager::IsIPAddress("1..2") && !manager.NetworkManager::IsIPAddress("::1"));
+    EXPECT_TRUE(manager.CompareIPv6Addresses("::1", "0:0:0:0:0:0:0:1"));
+    EXPECT_FALSE(manager.CompareIPv6Addresses("::1", "::2") || manager.CompareIPv6Addresses("a", "a"));
+    unsigned char v6[16] = {0xfe, 0x80};
+    char figures[8];
+    EXPECT_TRUE(manager.ConvertIPv6ToString(v6, figures, sizeof figures) && !strcmp(figures, "fe80::"));
+    EXPECT_FALSE(manager.ConvertIPv4ToString(v6, figures, 3));
+}
+
+struct Greeting_Service : NetworkService {
+    using NetworkService::NetworkService;
+    int Open_Exchange() override { return Connection()->Write(String("HELO"), timeout) == 4; }
+};
+
+TEST_F(Connection, Serves_A_Protocol) {
+    Script script;
+    Scripted_Manager manager(&application, script);
+    application.manager = &manager;
+    int owned = 1;
+    Greeting_Service service(&application, tarn_strdup("host"), 4, 5, &owned, 25, 5);
+    EXPECT_TRUE(service.Connect() && service.Connect());
+    EXPECT_EQ(manager.target + script.written, "host 25HELOHELO");
+    EXPECT_EQ(owned, 0);
+    EXPECT_EQ(script.open, 1);
+    application.texts[CONFIG_SOCKS_HOST] = "proxy";
+    for (const auto& [version, error] : {std::pair(4, "SOCKS4: Error looking up ''"),
+                                         {5, "SOCKS5: Greeting read error: "},
+                                         {6, "Unsupported SOCKS version"}}) {
+        application.integers = {{CONFIG_SOCKS_PORT, 1080}, {CONFIG_SOCKS_VERSION, version}};
+        EXPECT_EQ(manager.Connect("", 1, 5), nullptr);
+        EXPECT_EQ(manager.target + manager.error().text(), std::string("proxy 1080") + error);
+    }
+    EXPECT_FALSE(service.Connect());
+    EXPECT_EQ(std::string(service.error().text()).find("Error connecting to 'host': "), 0);
+    EXPECT_EQ(script.open, 0);
 }
 
 } // namespace

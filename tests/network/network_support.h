@@ -91,6 +91,28 @@ class Scripted_Connection : public NetworkConnection {
     Script& script;
 };
 
+// Notes where it is asked to connect to, and gives the script's peer.
+struct Scripted_Manager : UNIXNetworkManager {
+    Scripted_Manager(TarnApplication* application, Script& script)
+        : UNIXNetworkManager(application), script(script) {}
+    NetworkConnection* TCP_Connect(const char* host, int port, int) override {
+        target = std::string(host) + " " + std::to_string(port);
+        return new Scripted_Connection(application, script);
+    }
+    int SSL_Connect(NetworkConnection*, const char* host, const char* file, const char* value,
+                    const char* type, const char* password, const char* algorithm, const char* pin,
+                    int timeout, unsigned flags) override {
+        target += " TLS";
+        for (const char* const text : {host, file, value, type, password, algorithm, pin})
+            target += std::string(" ") + (text ? text : "-");
+        target += " " + std::to_string(timeout) + " " + std::to_string(flags);
+        return flags & CONNECTION_MUST_VERIFY ? Fail("unknown server") : 1;
+    }
+
+    Script& script;
+    std::string target;
+};
+
 // A port of the loopback that nobody else gets while the object lives. Nobody listens on it but who binds it
 // by its number, with SO_REUSEADDR as servers do.
 struct Reserved_Port {
