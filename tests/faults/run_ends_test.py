@@ -4,11 +4,9 @@
 import os
 import pathlib
 import resource
-import signal
 import subprocess
 import sys
 import tempfile
-import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "docs"))
 from checks import expect, finish
@@ -18,7 +16,6 @@ OUTPUT, PAGE = pathlib.Path("output.tna"), pathlib.Path("page.tn")
 LARGE_PAGE = '<TnEVAL NONE="1" EXPR="{ l.a }">\n' * 8192  # more code and diagnostics than a pipe and a buffer hold
 NO_MAP = "tnc: Unable to open '{}': Illegal seek\n"
 NO_PIPE = "page.tn:1: CE_186: TnINCLUDE cannot open file 'pipe': Illegal seek\n"
-WHOLE, NOTHING = ((0, ""), True), ((1, "Cannot allocate memory\n"), False)
 NO_ROOM = "tnc: Unable to write to standard output\n"
 
 # Page, shell command in which tnc is the program, exit status, what is said, and whether there is an output.
@@ -51,47 +48,11 @@ def limited(megabytes, *words):
     return run.returncode, run.stderr.rpartition(": ")[2]
 
 
-def missing_memory():
-    PAGE.write_text("".join(f'<TnEVAL EXPR="{{ l.a{i} }}">\n' for i in range(20000)))
-    ends = set()
-    for halves in range(12, 27):
-        if limited(halves / 2, "--version") != (0, ""):
-            continue  # the program itself does not fit
-        for option in ("-A", "-L", "-d"):
-            end = limited(halves / 2, option, "page.tn")
-            expect(f"{option} in {halves} half MiB", (end, OUTPUT.exists()) in (WHOLE, NOTHING), True)
-            OUTPUT.unlink(missing_ok=True)
-            ends.add(end)
-    expect("both ends", len(ends) in (0, 2), True)
+def deep_nesting():
     for call, megabytes in (("['f'].a(", 68), ("f(", 46)):
         PAGE.write_text(f'<TnEVAL EXPR="{{{call * 10**5}1{")" * 10**5}}}"><TnFUNCTION NAME="f" PARAMETERS="a"></TnFUNCTION>')
         if limited(megabytes, "--version") == (0, ""):
             expect(call, limited(megabytes, "page.tn"), (0, ""))
-
-
-def stalled_run():
-    """A run that stands still at its diagnostics, with its output open."""
-    PAGE.write_text(LARGE_PAGE)
-    OUTPUT.unlink(missing_ok=True)
-    run = subprocess.Popen(["tnc", "page.tn"], executable=TNC, stderr=subprocess.PIPE, text=True)
-    while not OUTPUT.exists() or OUTPUT.stat().st_size == 0:
-        time.sleep(0.01)
-    return run
-
-
-def disturbances():
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGALRM, signal.SIGXCPU):
-        run = stalled_run()
-        os.link(OUTPUT, "other")
-        run.send_signal(number)
-        run.communicate()
-        expect(number, (run.returncode, OUTPUT.exists(), os.path.getsize("other")), (-number, False, 0))
-        os.unlink("other")
-    run = stalled_run()
-    os.truncate(PAGE, 0)
-    said = run.communicate()[1].splitlines()[-1]
-    expect("shortened", (run.returncode, said), (1, "tnc: Unable to read 'page.tn': The file was shortened"))
-    expect("shortened: output", OUTPUT.exists(), False)
 
 
 with tempfile.TemporaryDirectory() as folder:
@@ -103,6 +64,5 @@ with tempfile.TemporaryDirectory() as folder:
                              stderr=subprocess.PIPE, text=True, timeout=60)
         expect(command, [run.returncode, run.stderr[:300], OUTPUT.exists()], expected)
         OUTPUT.unlink(missing_ok=True)
-    missing_memory()
-    disturbances()
+    deep_nesting()
 finish()
