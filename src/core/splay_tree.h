@@ -71,6 +71,11 @@ class SplayTree {
     // Brings the node with key k, or one that k would stand next to, to the root. The tree must not be empty.
     void Splay(K k) const;
 
+    // Calls visit(node) for each node ahead of those below it, first to its right and then to its left,
+    // without recursion. The node may be deleted there.
+    template <class Visit>
+    static void For_Each_From_The_Top(Node* top, Visit visit);
+
     // The order of the fields is part of the binary interface.
     int own;
     int entries = 0;
@@ -82,11 +87,9 @@ class SplayTree {
 
     void Insert_Copy(T* e) { Insert(own ? new T(*e) : e); }
     void Copy_Recurse(Node* node);
-    void Copy_Stack(Node* node);
     void Append_Recurse(Node* node, List<T>& out) const;
     void Append_Stack(Node* node, List<T>& out) const;
     void Dump_Recurse(Node* node);
-    void Dump_Stack(Node* node);
     void Free(Node* node);
     void Remove_Root();
     void Replace_Root(Node* node);
@@ -96,7 +99,7 @@ class SplayTree {
 template <class T, class K>
 SplayTree<T, K>::SplayTree(const SplayTree& other) : SplayTree(other.own) {
     if (other.entries > most_recursive_entries)
-        Copy_Stack(other.root);
+        For_Each_From_The_Top(other.root, [this](Node* node) { Insert_Copy(node->element); });
     else
         Copy_Recurse(other.root);
 }
@@ -177,7 +180,7 @@ void SplayTree<T, K>::Dump() {
     if (recurse)
         Dump_Recurse(tree);
     else
-        Dump_Stack(tree);
+        For_Each_From_The_Top(tree, [this](Node* node) { Free(node); });
 }
 
 template <class T, class K>
@@ -257,15 +260,17 @@ void SplayTree<T, K>::Copy_Recurse(Node* node) {
 }
 
 template <class T, class K>
-void SplayTree<T, K>::Copy_Stack(Node* node) {
+template <class Visit>
+void SplayTree<T, K>::For_Each_From_The_Top(Node* top, Visit visit) {
     Stack<Node> open(0);
-    open.Push(node);
-    while ((node = open.Pop())) {
+    if (top)
+        open.Push(top);
+    while (Node* node = open.Pop()) {
         if (node->left)
             open.Push(node->left);
         if (node->right)
             open.Push(node->right);
-        Insert_Copy(node->element);
+        visit(node);
     }
 }
 
@@ -297,19 +302,6 @@ void SplayTree<T, K>::Dump_Recurse(Node* node) {
     Dump_Recurse(node->left);
     Dump_Recurse(node->right);
     Free(node);
-}
-
-template <class T, class K>
-void SplayTree<T, K>::Dump_Stack(Node* node) {
-    Stack<Node> open(0);
-    open.Push(node);
-    while ((node = open.Pop())) {
-        if (node->left)
-            open.Push(node->left);
-        if (node->right)
-            open.Push(node->right);
-        Free(node);
-    }
 }
 
 template <class T, class K>

@@ -126,26 +126,11 @@ void Shift(AggregateElement* element, int delta) {
     element->index().Renumber(static_cast<int>(std::clamp<std::int64_t>(number, 0, INT_MAX)));
 }
 
-// Each element ahead of those below it, first to its right and then to its left, without recursion.
-template <class Visit>
-void For_Each_From_The_Top(SplayTreeNode<AggregateElement>* top, Visit visit) {
-    Stack<SplayTreeNode<AggregateElement>> open(0);
-    if (top)
-        open.Push(top);
-    while (const SplayTreeNode<AggregateElement>* node = open.Pop()) {
-        visit(node->element);
-        if (node->left)
-            open.Push(node->left);
-        if (node->right)
-            open.Push(node->right);
-    }
-}
-
 } // namespace
 
 void AggregateElementTree::AppendToList_For_Copy(List<AggregateElement>& list) const {
     if (entries > most_recursive_entries)
-        For_Each_From_The_Top(root, [&](AggregateElement* element) { list.Insert(element, LIST_LAST); });
+        For_Each_From_The_Top(root, [&](const Node* node) { list.Insert(node->element, LIST_LAST); });
     else
         AppendToList(list);
 }
@@ -171,5 +156,5 @@ void AggregateElementTree::DisplaceRecurse(int delta, SplayTreeNode<AggregateEle
 }
 
 void AggregateElementTree::DisplaceStack(int delta, SplayTreeNode<AggregateElement>* node) {
-    For_Each_From_The_Top(node, [delta](AggregateElement* element) { Shift(element, delta); });
+    For_Each_From_The_Top(node, [delta](const Node* node) { Shift(node->element, delta); });
 }
