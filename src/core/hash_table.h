@@ -46,10 +46,9 @@ inline constexpr bool Hash_Key_Ignores_Case<String> = true;
 template <class T>
 class HashTable {
   public:
-    // As a rule (1, 1, 12, 512): owning, regardless of case, hash() of 12 bits, room for 512 elements at
-    // first. bucket_bits counts as 0 below 0, and as 30 above 30. The room grows by 512 whatever it was; 0 is
-    // good.
-    HashTable(int own, int case_insensitive, int bucket_bits, int initial_slots);
+    // As a rule owning, regardless of case, hash() of 12 bits, room for 512 elements at first. bucket_bits
+    // counts as 0 below 0, and as 30 above 30. The room grows by 512 whatever it was; 0 is good.
+    explicit HashTable(int own = 1, int case_insensitive = 1, int bucket_bits = 12, int initial_slots = 512);
     // Shares the elements, with the cursor at 0. The own flag is copied as it stands: of an owning table and
     // its copy only one may be dumped or destroyed with elements in it.
     HashTable(const HashTable& other);

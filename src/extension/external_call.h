@@ -100,7 +100,7 @@ class ExternalCallManager {
 
     // The order of the fields is part of the binary interface.
     ExternalLibraryManager* library_manager;
-    HashTable<ExternalCall> calls{1, 1, 12, 512}; // the functions found so far
+    HashTable<ExternalCall> calls; // the functions found so far
 
   public:
     String lasterror;
@@ -110,7 +110,7 @@ class ExternalCallManager {
         std::make_unique<Registered_Library[]>(registered_growth);
     int registered_capacity = registered_growth;
     int registered_count = 0;
-    HashTable<ExternalCallPersistentData> persistent{1, 1, 12, 512};
+    HashTable<ExternalCallPersistentData> persistent;
 };
 
 #endif

@@ -55,7 +55,7 @@ class ExternalLibraryManager {
     String lasterror;
 
   protected:
-    HashTable<ExternalLibrary> libraries{1, 1, 12, 512};
+    HashTable<ExternalLibrary> libraries;
 };
 
 #endif

@@ -33,7 +33,7 @@ struct UNIXFileManager::Link_Walk {
     _UNIXContainedPathSettings settings;
     std::unique_ptr<UNIXFilePath> directory;    // real path of the current directory
     std::string name;                           // in it
-    HashTable<struct stat> seen{1, 1, 12, 512}; // what the links so far lead to
+    HashTable<struct stat> seen; // what the links so far lead to
 
     uid_t owner = 0;       // everything on the way must have it, where owners count
     bool creating = false; // of an opening: the file wasn't there
