@@ -37,8 +37,10 @@ class Output {
 
     // Hands on what is buffered. Answers the result of the write below, 0 when nothing was buffered.
     virtual int Flush() = 0;
+    // For sinks that can wait no longer than so many seconds. Those here can't: they do nothing and answer 0.
     virtual int Flush(int timeout) = 0;
 
+    // 0 for sinks with a buffer, 2 for NullOutput.
     virtual int type() = 0;
     virtual int flags();
     virtual void SetFlags(int flags);
