@@ -27,7 +27,7 @@ static const tnParameter pair[] = {{TN_NAME("value"), 0}, {TN_NAME("target"), 3}
 
 static const tnFunction functions[] = {
     {TN_NAME("Keeper"), 0, NULL, Keep}, {TN_NAME("swap_in"), 2, pair, Keep}, {TN_NAME("keeper"), 2, pair, NULL}, /* shadowed */
-    {TN_NAME("blank"), 2, NULL, NULL},  {NULL, 0, 0, NULL, NULL},
+    {TN_NAME("blank"), 2, NULL, NULL}, /* an empty array, whatever the count */ {NULL, 0, 0, NULL, NULL},
 };
 
 const tnDescriptor whole = {NULL, functions}, functionless = {NULL, NULL}, *answer = &whole;
