@@ -70,25 +70,12 @@ void Fill(Input& input, Parts& parts) {
 
 // Any of the four bytes at any offset, so that every field gets the values at its limits.
 void Damage(Input& input, std::string& image) {
-    const int limits[] = {0,
-                          1,
-                          29,
-                          32,
-                          0x7fff,
-                          0xffff,
-                          0x3ffff,
-                          0x7ffffff,
-                          0xaaaaaaa,
-                          0xfffffff,
-                          0x1fffffff,
-                          0x3fffe * 8192,
-                          static_cast<int>(image.size()),
-                          INT_MAX - 32,
-                          INT_MAX,
-                          -1};
+    const int size = static_cast<int>(image.size());
+    const int limits[] = {0,         1,         29,        32,         0x7fff,     0xffff, 0x3ffff,
+                          0x7ffffff, 0xaaaaaaa, 0xfffffff, 0x1fffffff, 0x7fffc000, size,   INT_MAX - 32,
+                          INT_MAX,   -1};
     const std::size_t at = input.Below(static_cast<unsigned>(image.size()));
-    const auto value =
-        static_cast<unsigned>(input.One_Of(limits)) + static_cast<unsigned>(input.Between(-1, 1));
+    const unsigned value = static_cast<unsigned>(input.One_Of(limits)) + input.Below(3) - 1;
     if (input.Below(16) == 0)
         image.resize(at);
     for (std::size_t i = at, width = input.Between(1, 4); i < image.size() && i < at + width; ++i)

@@ -47,60 +47,50 @@ struct Response {
   private:
     void Take(Words& words) {
         std::string line;
-        if (!words.Line(line))
-            return Fail("line broken off");
-        Add(Stripped(line));
-        status = Number(headers[0].substr(std::min(headers[0].find(' '), headers[0].size())), 10);
         do {
             if (!words.Line(line))
                 return Fail("line broken off");
-            Take_Header(line);
-        } while (line != "\n" && line != "\r\n");
+            Take_Header(Stripped(line));
+        } while (headers.size() == 3 || (line != "\n" && line != "\r\n"));
+        headers.resize(headers.size() - 3); // the line that ends them is none
         if (chunked)
             return Take_Chunks(words);
         words.Take(length < 0 ? words.left.size() : length, body);
     }
-
     void Fail(const char* text) { error = text; }
     // -1 for what no int holds.
     static int Number(const std::string& text, int base) {
         const long number = std::strtol(text.c_str(), nullptr, base);
         return number < INT_MIN || number > INT_MAX ? -1 : static_cast<int>(number);
     }
-    void Add(const std::string& line) {
-        const std::size_t colon = std::min(line.find(':'), line.size());
-        headers.insert(headers.end(), {line, Stripped(line.substr(0, colon)),
-                                       Stripped(line.substr(std::min(colon + 1, line.size())))});
-    }
     void Take_Header(const std::string& line) {
-        if (line == "\n" || line == "\r\n")
-            return;
-        Add(Stripped(line));
-        const std::string name = Lower(headers.end()[-2]), value = Lower(headers.back());
-        if (name == "transfer-encoding")
-            chunked = value == "chunked", length = -1;
-        else if (name == "content-length" && !chunked)
+        const std::size_t colon = std::min(line.find(':'), line.size());
+        const std::string name = Stripped(line.substr(0, colon)),
+                          value = Stripped(line.substr(colon).erase(0, 1));
+        if (headers.empty())
+            status = Number(line.substr(std::min(line.find(' '), line.size())), 10);
+        else if (Lower(name) == "transfer-encoding")
+            chunked = Lower(value) == "chunked", length = -1;
+        else if (Lower(name) == "content-length" && !chunked)
             length = std::max(Number(value, 10), -1);
+        headers.insert(headers.end(), {line, name, value});
     }
     void Take_Chunks(Words& words) {
         std::string line, chunk;
-        for (bool first = true;; first = false) {
+        for (int size = 1, number = 0; size > 0; ++number) {
             if (!words.Line(line))
                 return Fail("line broken off");
-            const int size = Number(line, 16);
+            size = Number(line, 16);
             if (size < 0)
                 return Fail("Invalid chunk size");
-            if (size == 0 && first)
+            if (size == 0 && number == 0)
                 return;
             const bool whole = words.Take(size, chunk);
             body += chunk;
             if (!whole)
                 return;
-            if (!words.left.starts_with("\r\n"))
+            if (!words.Take(2, line) || line != "\r\n")
                 return Fail("Invalid chunk terminator");
-            words.Take(2, line);
-            if (size == 0)
-                return;
         }
     }
 };
@@ -297,15 +287,11 @@ void Try_URL(Input& input, Script& script) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    const unsigned choice = input.Below(3);
+    void (*const targets[])(Input&, Script&) = {Try_Response, Try_Proxy, Try_URL};
+    const auto target = input.One_Of(targets);
     const int steps[] = {1, 2, 5, INT_MAX};
     Script script{.step = input.One_Of(steps)};
-    if (choice == 0)
-        Try_Response(input, script);
-    else if (choice == 1)
-        Try_Proxy(input, script);
-    else
-        Try_URL(input, script);
+    target(input, script);
     CHECK(script.open == 0);
     return 0;
 }
