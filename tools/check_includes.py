@@ -40,9 +40,9 @@ REACHING_UP = {
     "frontend/scanner/parser.cpp": "reports to the application",
     "frontend/values/attribute_value.cpp": "writes its code by the generator",
     "frontend/values/filter_value.cpp": "compiles a filter by a parser of its own",
-    "value/cloned_variable_hash.cpp": "reads names from the image's dictionary",
-    "value/user_variable_hash.cpp": "reads names from the image's dictionary",
-    "value/variable_hash.cpp": "reads names from the image's dictionary",
+    "value/cloned_variable_hash.cpp": "copies the dictionary, which is the image's",
+    "value/user_variable_hash.cpp": "makes and frees a dictionary, which is the image's",
+    "value/variable_hash.cpp": "reads names from the dictionary, which is the image's",
     "value/variable_hash_image.cpp": "is persisted in a section of the image",
 }
 
