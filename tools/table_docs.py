@@ -34,7 +34,7 @@ MARKED = re.compile(
     re.DOTALL | re.MULTILINE,
 )
 UNFILLED = "TO BE TOLD"
-ENGINE = re.compile(r"(?:engine|engine of|older than|4\.0 to) (\d+\.\d+)")
+ENGINE = re.compile(r"(?:engine|engine of|older than|above|below|from|up to|4\.0 to) (\d+\.\d+)")
 
 
 def cell(text):
