@@ -84,13 +84,8 @@ void Dependency_Application::Record_Library(const char* path) {
         rule.Add(info.dli_fname);
 }
 
-int Dependency_Application::Go() {
-    const int status = UNIXCompilerApplication::Go();
-    if (status != 0 || stop_after_options || Write_Rule())
-        return status;
-    if (!filemanager()->Delete(output_path))
-        Path_Error("remove", output_path, filemanager()->error());
-    return 1;
+bool Dependency_Application::Compile() {
+    return UNIXCompilerApplication::Compile() && Write_Rule();
 }
 
 bool Dependency_Application::Write_Rule() {
@@ -101,6 +96,9 @@ bool Dependency_Application::Write_Rule() {
         if (Same_File(rule_path.c_str(), path.c_str()))
             return Path_Error("write", rule_path.c_str(), "it is one of the sources");
     }
+    std::error_code error; // as of a path that leads nowhere
+    if (Same_File(rule_path.c_str(), output_path) && std::filesystem::is_regular_file(output_path, error))
+        return Path_Error("write", output_path, "it is the output");
     return Write(rule_path.c_str(), rule.Text(target ? target : output_path, folder));
 }
 

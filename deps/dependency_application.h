@@ -18,8 +18,10 @@ class Dependency_Application : public UNIXCompilerApplication {
     bool CommandLine_Requires_Argument(const char* option) override;
     bool CommandLine_Process_Option(char option, const char* value) override;
     bool CommandLine_Process_Option_Long(const char* option, const char* value) override;
+
+  protected:
     // A run whose rule can't be written leaves no output either.
-    int Go() override;
+    bool Compile() override;
 
   private:
     void Record_Library(const char* path);

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""driver_test.py TNC LIBRARY: what the options make of a run, what it says, and which files it leaves."""
+"""driver_test.py TNC LIBRARY TNC-DEPS: what the options make of a run, what it says, and which files it leaves."""
 
 import os
 import pathlib
@@ -11,7 +11,7 @@ import tempfile
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "docs"))
 from checks import expect, finish
 
-TNC, LIBRARY = map(os.path.abspath, sys.argv[1:3])
+TNC, LIBRARY, DEPS = map(os.path.abspath, sys.argv[1:4])
 FILES = {
     "good.tn": "Hi",
     "bad.tn": "<TnELSE>",
@@ -61,6 +61,8 @@ FAILING = [
     ("-o link.tn none.tn good.tn", "tnc: Unable to write 'link.tn': it is one of the sources"),
     ("-o good.tn hard.tn", "tnc: Unable to write 'good.tn': it is one of the sources"),
     ("-b ./copy.so -o copy.so good.tn", "tnc: Unable to write 'copy.so': it is one of the libraries"),
+    ("--deps none/x -o null good.tn", "tnc-deps: Unable to create 'none/x'" + NONE),
+    ("--deps a.out -o a.out good.tn", "tnc-deps: Unable to write 'a.out': it is the output"),
     ("-o full good.tn", "tnc: Unable to write 'full': No space left on device"),
     ("large.tn", "large.tn:1: CE_186: TnINCLUDE cannot open file 'large': File too large"),
     ("huge.tn", "huge.tn:1: CE_186: TnINCLUDE cannot open file 'huge': File too large"),
@@ -93,6 +95,7 @@ PASSING = [
 LINKED = [
     (os.link, "-o out good.tn bad.tn none.tn", ELSE),
     (os.symlink, "-o out good.tn bad.tn", ELSE),
+    (os.symlink, "--deps none/x -o out good.tn", "tnc-deps: Unable to create 'none/x'" + NONE),
     (os.link, "-o out page.tn", "page.tn:1: CE_186: TnINCLUDE cannot open file './out': it is the output"),
     (os.link, "-o out text.tn", "text.tn:1: CE_186: TnINCLUDE cannot open file './out': it is the output"),
 ]
@@ -112,7 +115,7 @@ HELP_END = """
 
 
 def tnc(options):
-    done = subprocess.run([TNC, *options.split()], capture_output=True, text=True)
+    done = subprocess.run([DEPS if "--deps" in options else TNC, *options.split()], capture_output=True, text=True)
     return done.returncode, done.stdout + done.stderr
 
 
@@ -154,6 +157,7 @@ with tempfile.TemporaryDirectory() as folder:
     os.symlink("good.tn", "link.tn")
     os.link("good.tn", "hard.tn")
     os.symlink("/dev/full", "full")
+    os.symlink("/dev/null", "null")
     shutil.copy(LIBRARY, "copy.so")
     os.mkdir("folder")
     check_runs()
