@@ -84,8 +84,8 @@ void Dependency_Application::Record_Library(const char* path) {
         rule.Add(info.dli_fname);
 }
 
-bool Dependency_Application::Compile() {
-    return UNIXCompilerApplication::Compile() && Write_Rule();
+bool Dependency_Application::Finish_Output() {
+    return UNIXCompilerApplication::Finish_Output() && Write_Rule();
 }
 
 bool Dependency_Application::Write_Rule() {

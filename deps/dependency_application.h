@@ -21,7 +21,7 @@ class Dependency_Application : public UNIXCompilerApplication {
 
   protected:
     // A run whose rule can't be written leaves no output either.
-    bool Compile() override;
+    bool Finish_Output() override;
 
   private:
     void Record_Library(const char* path);

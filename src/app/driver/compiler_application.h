@@ -104,6 +104,9 @@ class CompilerApplication : public ConsoleApplication {
     // Makes the parser and writes what it makes of all files to the output. After false nothing of that is
     // kept.
     virtual bool Compile();
+    // What is left to do behind that. False when any write or the end of the file failed, with the message
+    // printed.
+    virtual bool Finish_Output();
     // With the parser; false after the first file with an error.
     bool Compile_Files();
 
@@ -119,8 +122,6 @@ class CompilerApplication : public ConsoleApplication {
     // Whether all went out that the options printed.
     bool Finish_Console();
     std::unique_ptr<FileCompilerParser> Make_Parser();
-    // False when any write or the end of the file failed, with the message printed.
-    bool Finish_Output();
 };
 
 #endif
