@@ -23,7 +23,7 @@ SAMPLE = 450
 GOLDEN = pathlib.Path(__file__).parents[1] / "golden"
 PAGES = [  # options, then pages of golden, which bring their own options and files
     ("", "functions/definitions"), ("", "include_ifdef/includes"), ("-O 3", "text/quoting"), ("", "filters/types"),
-    ("-d", "documentation/functions"), ("-L", "coverage/lines"), ("-L", "variables/scopes"),
+    ("-d", "documentation/functions"), ("-L", "functions/arity"), ("-L", "variables/scopes"),
     (f"-b {LIBRARY}", "blocks/operands"), ("-w all", "functions/errors"), ("", "large")]
 LARGE = '<TnINCLUDE FILE="part">' + ("{ l.a * 2 }\n" + "text " * 20000) * 3
 ERRORS = [errno.ENOSPC, errno.EIO, errno.EINTR, errno.EMFILE, errno.EACCES]
