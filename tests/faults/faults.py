@@ -24,7 +24,7 @@ GOLDEN = pathlib.Path(__file__).parents[1] / "golden"
 PAGES = [  # options, then pages of golden, which bring their own options and files
     ("", "functions/definitions"), ("", "include_ifdef/includes"), ("-O 3", "text/quoting"), ("", "filters/types"),
     ("-d", "documentation/functions"), ("-L", "functions/arity"), ("-L", "variables/scopes"),
-    (f"-b {LIBRARY}", "blocks/operands"), ("-w all", "functions/errors"), ("", "large")]
+    (f"-b {LIBRARY}", "assignment/targets"), ("-w all", "functions/errors"), ("", "large")]
 LARGE = '<TnINCLUDE FILE="part">' + ("{ l.a * 2 }\n" + "text " * 20000) * 3
 ERRORS = [errno.ENOSPC, errno.EIO, errno.EINTR, errno.EMFILE, errno.EACCES]
 SIGNALS = [signal.SIGINT, signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT, signal.SIGALRM, signal.SIGXCPU]
