@@ -303,10 +303,10 @@ unsigned HashTable<T>::Bucket(std::string_view key) const {
 template <class T>
 std::uint32_t HashTable<T>::Index_Hash(std::string_view key) const {
     if (case_insensitive)
-        return index_hash(key, Joining_Cases());
+        return Hash_For_Index(key, Joining_Cases());
     // Of keys that differ in case alone those of one bucket have one hash, and those of two buckets two.
-    return Hash_Key_Ignores_Case<T> ? index_hash(key, Joining_Cases()) ^ Bucket(key)
-                                    : index_hash(key, string_hash_detail::As_Written());
+    return Hash_Key_Ignores_Case<T> ? Hash_For_Index(key, Joining_Cases()) ^ Bucket(key)
+                                    : Hash_For_Index(key, string_hash_detail::As_Written());
 }
 
 // Shorter keys sort first.

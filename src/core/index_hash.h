@@ -36,7 +36,7 @@ std::uint64_t Load(const char* p, Folding) {
 } // namespace index_hash_detail
 
 template <class Folding>
-std::uint32_t index_hash(std::string_view key, Folding folding) {
+std::uint32_t Hash_For_Index(std::string_view key, Folding folding) {
     using namespace index_hash_detail;
     constexpr std::uint64_t salt = 0xa0761d6478bd642f;
     const char* p = key.data();

@@ -156,7 +156,7 @@ char* TarnApplication::dtos(double value, int* len, int* size) {
     if (!std::isfinite(value))
         return New_Text(Special_Word(std::isnan(value), value < 0), 0, len, size);
     char text[shortest_double_size];
-    const int text_length = shortest_double_text(value, text);
+    const int text_length = Write_Shortest_Double(value, text);
     return New_Text(View(text, text_length), 1, len, size);
 }
 

@@ -86,7 +86,7 @@ char* Append_Plain(char* target, const Decimal_Digits& number) {
 
 } // namespace
 
-int shortest_double_text(double value, char (&text)[shortest_double_size]) {
+int Write_Shortest_Double(double value, char (&text)[shortest_double_size]) {
     char* end = text;
     if (std::signbit(value))
         *end++ = '-';

@@ -1,7 +1,7 @@
 #ifndef CORE_SHORTEST_DOUBLE_H
 #define CORE_SHORTEST_DOUBLE_H
 
-// Long enough for any number that shortest_double_text writes.
+// Long enough for any number that Write_Shortest_Double writes.
 inline constexpr int shortest_double_size = 512;
 
 // Writes a finite number as plain text without an exponent, adds a NUL, and answers the length: "-" for
@@ -13,6 +13,6 @@ inline constexpr int shortest_double_size = 512;
 // The digits are those of mode 1 of David Gay's conversion ("Correctly Rounded Binary-Decimal and
 // Decimal-Binary Conversions", 1990): a text that is just as near to a neighbour doesn't count, though
 // reading it would round to the number. 1e23 has the digits 9999999999999999.
-int shortest_double_text(double value, char (&text)[shortest_double_size]);
+int Write_Shortest_Double(double value, char (&text)[shortest_double_size]);
 
 #endif

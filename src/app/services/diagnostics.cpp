@@ -25,7 +25,7 @@ static_assert(Messages_Are_Sound());
 } // namespace
 
 String Compose_Message(Message message, const Message_Argument* arguments) {
-    const char* format = message_row(message).text;
+    const char* format = Row_Of_Message(message).text;
     String text("");
     while (const char* placeholder = strchr(format, '%')) {
         text.cat(format, static_cast<int>(placeholder - format));

@@ -29,12 +29,12 @@ inline constexpr Message_Row messages[] = {
 #include "app/services/messages.def"
 };
 
-constexpr const Message_Row& message_row(Message message) {
+constexpr const Message_Row& Row_Of_Message(Message message) {
     return messages[static_cast<std::size_t>(message)];
 }
 
-constexpr ErrorCode message_code(Message message) {
-    return message_row(message).code;
+constexpr ErrorCode Code_Of_Message(Message message) {
+    return Row_Of_Message(message).code;
 }
 
 // A value for a placeholder: text for %s, an int for %d.
@@ -51,7 +51,7 @@ class Message_Argument {
 
 // The placeholder that an argument of this type fills, or NUL for a type that fills none.
 template <typename Argument>
-constexpr char message_placeholder() {
+constexpr char Placeholder_Of() {
     using Value = std::decay_t<Argument>;
     if (std::is_same_v<Value, int>)
         return 'd';
@@ -61,10 +61,10 @@ constexpr char message_placeholder() {
 
 // Whether the placeholders of the message are as many as the arguments, and of their types.
 template <Message message, typename... Arguments>
-constexpr bool message_takes() {
-    constexpr char given[] = {message_placeholder<Arguments>()..., '\0'};
+constexpr bool Message_Takes() {
+    constexpr char given[] = {Placeholder_Of<Arguments>()..., '\0'};
     std::size_t used = 0;
-    for (const char* text = message_row(message).text; *text; ++text) {
+    for (const char* text = Row_Of_Message(message).text; *text; ++text) {
         if (*text == '%' && (used == sizeof...(Arguments) || given[used++] != *++text))
             return false;
     }
@@ -76,8 +76,8 @@ String Compose_Message(Message message, const Message_Argument* arguments);
 
 // The same, checked by the compiler: another number or other types of arguments than the row's are refused.
 template <Message message, typename... Arguments>
-String message_text(const Arguments&... arguments) {
-    static_assert(message_takes<message, Arguments...>(),
+String Text_Of_Message(const Arguments&... arguments) {
+    static_assert(Message_Takes<message, Arguments...>(),
                   "the arguments don't fit the message's placeholders");
     const Message_Argument list[] = {Message_Argument(arguments)..., Message_Argument(0)};
     return Compose_Message(message, list);

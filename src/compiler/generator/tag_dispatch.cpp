@@ -186,7 +186,7 @@ ParserStatus CompilerParser::End_Of_Tag(int) {
 }
 
 ParserStatus CompilerParser::Report_Message(Message message) {
-    return CompileError(message_code(message), message_row(message).text, -1, nullptr);
+    return CompileError(Code_Of_Message(message), Row_Of_Message(message).text, -1, nullptr);
 }
 
 // Numbers wrap around rather than overflow.

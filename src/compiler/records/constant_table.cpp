@@ -14,7 +14,7 @@
 int Constant_Table::Number_Of(std::string_view text, int number_if_new) {
     if ((places_used + 1) * 4 > places * 3)
         Grow_Index();
-    const std::uint32_t hash = index_hash(text, string_hash_detail::As_Written());
+    const std::uint32_t hash = Hash_For_Index(text, string_hash_detail::As_Written());
     std::size_t i = hash & (places - 1);
     for (; index[i].record; i = (i + 1) & (places - 1))
         if (index[i].hash == hash && Is(index[i], text))

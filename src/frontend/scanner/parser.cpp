@@ -53,11 +53,11 @@ ParserStatus Parser::CompileError(ErrorCode code, const String& message, int lin
 // A scope for which both were asked is only warned of.
 Parser::Complaint Parser::Complaint_Of_Scope(std::string_view name) {
     if (application && application->Pedantic_Warn() & PEDANTIC_SCOPE)
-        return {message_code(Message::Unscoped_Variable_Warning),
-                message_text<Message::Unscoped_Variable_Warning>(name)};
+        return {Code_Of_Message(Message::Unscoped_Variable_Warning),
+                Text_Of_Message<Message::Unscoped_Variable_Warning>(name)};
     if (application && application->Pedantic_Error() & PEDANTIC_SCOPE)
-        return {message_code(Message::Unscoped_Variable_Error),
-                message_text<Message::Unscoped_Variable_Error>(name)};
+        return {Code_Of_Message(Message::Unscoped_Variable_Error),
+                Text_Of_Message<Message::Unscoped_Variable_Error>(name)};
     return {};
 }
 

@@ -124,7 +124,7 @@ class Parser {
     template <Message message, typename... Arguments>
     [[nodiscard, gnu::cold, gnu::noinline]] ParserStatus Report_At(int line, const String* filename,
                                                                    const Arguments&... arguments) {
-        return CompileError(message_code(message), message_text<message>(arguments...), line, filename);
+        return CompileError(Code_Of_Message(message), Text_Of_Message<message>(arguments...), line, filename);
     }
 
     // Reports a message and goes on, whatever the status: something behind it answers for the fault, or

@@ -62,9 +62,9 @@ void AttributeValue::Drop() {
 // reports without end.
 int AttributeValue::Set_Simple_Text(const char* text, int length, AttrExprType new_type) {
     if (simple_text) {
-        error_code = message_code(Message::Attribute_Repeated);
+        error_code = Code_Of_Message(Message::Attribute_Repeated);
         if (error_message.length() < longest_added_error)
-            error_message += message_text<Message::Attribute_Repeated>();
+            error_message += Text_Of_Message<Message::Attribute_Repeated>();
         return 1;
     }
     type = new_type;

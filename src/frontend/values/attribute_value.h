@@ -117,8 +117,8 @@ class AttributeValue {
   private:
     template <Message message, typename... Arguments>
     int Store_Error(const Arguments&... arguments) {
-        error_code = message_code(message);
-        error_message = message_text<message>(arguments...);
+        error_code = Code_Of_Message(message);
+        error_message = Text_Of_Message<message>(arguments...);
         return 1;
     }
 
