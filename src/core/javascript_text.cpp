@@ -1,4 +1,5 @@
 // The body of a script's string literal.
+
 #include "app/services/tarn_application.h"
 #include "core/encoder_result.h"
 

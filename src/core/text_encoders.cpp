@@ -1,4 +1,5 @@
 // URL form, entities and NUL bytes: the text encoders that replace single bytes or short sequences.
+
 #include "app/services/tarn_application.h"
 #include "core/encoder_result.h"
 #include "core/text_words.h"

@@ -1,6 +1,7 @@
 // Stores and references. The target of a tag is a name with its qualifiers, an index and a member; an array
 // block gives any number of dimensions and members between its opening and its closing tag, which writes the
 // code.
+
 #include "backend/instructions/engine_version.h"
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"

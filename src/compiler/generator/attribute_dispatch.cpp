@@ -1,5 +1,6 @@
 // Attributes: a name selects a route, the value that follows is converted and stored as the route says. The
 // code that the values are for is written at the end of the tag.
+
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 #include "compiler/records/attribute_routes.h"

@@ -1,5 +1,6 @@
 // Values in braces. The attribute's route says which value takes the code of the expression and what the
 // expression yields. What no route claims is compiled where it stands, or kept as text.
+
 #include "backend/outputs/compiler_output.h"
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"

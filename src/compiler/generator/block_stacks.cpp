@@ -1,6 +1,7 @@
 // What the block tags share: their stacks of open blocks, the code that closes a loop, and the jumps that
 // leave a block or go on with its next round. The stacks are separate, so blocks of different tags may
 // overlap.
+
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/block_tables.h"
 #include "compiler/records/tag_rows.h"

@@ -1,5 +1,6 @@
 // TnFOR: counts a scratch variable up, to COUNT or LAST or until EXPR is false. The name that the page gives
 // as INDEX is a reference to it.
+
 #include "compiler/generator/loop_code.h"
 
 namespace {

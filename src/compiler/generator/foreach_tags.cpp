@@ -1,6 +1,7 @@
 // TnFOREACH: walks the indices of an array that have an element. The walk calls built-in functions of the
 // engine; those that skip missing elements came with an engine that the target may be older than, and the
 // code then asks the running engine at run time and counts by itself on an older one.
+
 #include "backend/instructions/engine_version.h"
 #include "compiler/generator/loop_code.h"
 

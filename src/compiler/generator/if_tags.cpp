@@ -1,6 +1,7 @@
 // TnIF, TnELSE and TnELSEIF. A false condition jumps to the start label of its record, which stands where the
 // else part starts. Each TnELSEIF is the else of the record before and opens one more, of the same chain; the
 // closing tag closes the whole chain.
+
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 

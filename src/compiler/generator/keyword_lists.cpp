@@ -1,4 +1,5 @@
 // Attributes that hold a list of words, each of which sets or clears bits.
+
 #include "compiler/generator/keyword_lists.h"
 
 #include "compiler/generator/compiler_parser.h"

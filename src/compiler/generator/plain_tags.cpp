@@ -1,4 +1,5 @@
 // What the plain tags have in common, and TnEXIT, which has no values.
+
 #include "compiler/generator/plain_tags.h"
 
 #include "backend/queue/opcode_queue.h"

@@ -1,5 +1,6 @@
 // Which operation a tag runs at each of its events. What needs the attributes runs at the end of the tag;
 // what needs none and has to stand ahead of their code runs at its start.
+
 #include "compiler/generator/block_tables.h"
 #include "compiler/generator/plain_tags.h"
 #include "compiler/records/tag_rows.h"

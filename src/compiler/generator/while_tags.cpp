@@ -1,4 +1,5 @@
 // TnWHILE: the start label stands ahead of the condition, which is tested in every round.
+
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 

@@ -1,5 +1,6 @@
 // The loop of the scanner, the text that waits to be handed on, the change of files, and the first step of
 // every report. What happens at a token is in parser_states.cpp.
+
 #include "frontend/scanner/parser.h"
 
 #include "app/driver/compiler_application.h"

@@ -1,5 +1,6 @@
 // Text that is read in one step, not by tokens: the bodies of comments and assembly passages, and quoted
 // values.
+
 #include "app/services/tarn_application.h"
 #include "core/text_search.h"
 #include "frontend/scanner/parser.h"

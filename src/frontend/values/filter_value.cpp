@@ -1,5 +1,6 @@
 // Values that are the text of a filter or of another expression that run time may evaluate: such a text is
 // compiled now, or kept as a constant.
+
 #include "backend/outputs/compiler_output.h"
 #include "backend/writers/file_compiler_parser.h"
 #include "compiler/generator/compiler_parser.h"
