@@ -20,7 +20,8 @@ template <class T>
     return static_cast<T*>(resized);
 }
 
-// A new array of zeros, likewise, of large pages when it is long: it is looked up at random.
+// A new array of zeros, which ends with std::free; of large pages when it is long, since it is looked up at
+// random. Throws std::bad_alloc when there is no memory.
 template <class T>
 [[nodiscard]] T* Zeroed_Array(std::size_t count) {
     static_assert(std::is_trivially_copyable_v<T>);

@@ -568,7 +568,7 @@ class CompilerParser : public Parser {
     Stack<Resolution_Info> capture_stack{1}; // of Capture_Resolution_Info
     int async_depth = 0;
     std::unique_ptr<Resolution_Info> async_block; // null when not open
-    std::unique_ptr<Resolution_Info> smtp_block;  // likewise
+    std::unique_ptr<Resolution_Info> smtp_block;  // null when not open
 
     // Output.
     int last_lineno = 0;

@@ -16,11 +16,11 @@ enum class Convert : unsigned char {
     Constant,            // a string constant; a value
     Constant_No_Element, // a string constant; no element
     Target_Variable,     // a variable to write to; its name
-    Whole_Name,          // likewise, with a name that has no scope prefix
+    Whole_Name,          // a variable to write to, by a name that has no scope prefix; its name
     Index,               // an array index
     Member,              // a member name
     Variable_Name,       // a variable, looked up by the generator; its name
-    Reference_Name,      // likewise; a value
+    Reference_Name,      // a variable, looked up by the generator; a value
     Positive_Number,     // a positive integer; a value
     Text,                // text for the generator, pushed as a constant; a value
     Directive_Text,      // text for the generator; no element
@@ -28,7 +28,7 @@ enum class Convert : unsigned char {
 
     Constant_Flag, // the constant "1" whatever the value, if there is one; no element
     Flag,          // 1 whatever the value, if there is one; refused
-    Copy_Flag,     // likewise; refused, yet compiled
+    Copy_Flag,     // 1 whatever the value, if there is one; refused, yet compiled
 
     Certificate_Type, // a constant of two; a value
     Row_Position,     // a constant, of "top" and "bottom" their number; a value

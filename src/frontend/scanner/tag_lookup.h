@@ -40,7 +40,7 @@ struct _TagLookup {
     int id;
     int kind;     // 2 with an attribute list, 0 without
     int required; // attribute slots that are fixed, NO_SLOTS without an attribute list
-    int optional; // attribute slots that follow, likewise
+    int optional; // attribute slots that follow, NO_SLOTS without an attribute list
     int length;   // of the key
     const char* key;
 };
