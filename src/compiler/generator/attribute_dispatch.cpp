@@ -96,7 +96,7 @@ ParserStatus CompilerParser::Attribute_Value(const char* text, int length) {
 // The value of an attribute of a tag that is passed on as text, whose braces are text too. The scanner has
 // taken the closing quote for the end of the value.
 void CompilerParser::Output_Captured_Value(const char* text, int length) {
-    Queue(OPCODE_PUSHC, Constant({text, static_cast<std::size_t>(length)}));
+    Queue(OPCODE_PUSHC, Constant(Slice(text, length)));
     Queue(OPCODE_OUT);
     Queue(OPCODE_PUSHC, Constant("\""));
     Queue(OPCODE_OUT);

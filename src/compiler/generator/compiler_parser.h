@@ -221,7 +221,7 @@ class CompilerParser : public Parser {
     // compiler_parser.cpp
     bool Generating() const { return suspended_output == nullptr; }
     bool Inside_Function() const { return local_variables == &function_variables; }
-    void Queue(int opcode, int first = 0, int second = 0);
+    void Queue(int opcode, int first = 0, int second = 0); // Queue_Opcode of the queue in force
     // The value of an attribute of the tag that is being read.
     template <int tag, int attribute>
     AttributeValue* Value() const {

@@ -1,7 +1,8 @@
 // The TARN tag directs the compiler itself. Most of its attributes act as soon as they are read, in source
 // order, and so do the output levels that other tags share with it; only ERRORMESSAGE and DISABLE-LOGGING
 // wait for the end of the tag.
-#include "backend/queue/opcode_queue.h"
+
+#include "backend/instructions/opcode.h"
 #include "compiler/generator/compiler_parser.h"
 #include "compiler/generator/keyword_lists.h"
 #include "compiler/records/attribute_routes.h"
@@ -16,7 +17,7 @@ constexpr int errormessage_element = element_of<Tag::Tarn, Attribute::Errormessa
 ParserStatus CompilerParser::Generate_Tarn(int) {
     if (Is_Given<Tag::Tarn, Attribute::Errormessage>()) {
         attribute_values->Output(errormessage_element + 1, errormessage_element);
-        opcode_queue->Queue_Opcode(OPCODE_ERRMSG, 0, 0);
+        Queue(OPCODE_ERRMSG);
     }
     if (Is_Given<Tag::Tarn, Attribute::Disable_Logging>())
         Output_DisableLogging_Directive();
@@ -63,12 +64,12 @@ ParserStatus CompilerParser::Change_Error_Level(const char* text, int length) {
     int level;
     const ParserStatus status = Parse_ErrorOutputLevel(&level, text, length);
     if (status == PARSER_OK)
-        opcode_queue->Queue_Opcode(OPCODE_ERROUTPUT, level, 0);
+        Queue(OPCODE_ERROUTPUT, level);
     return status;
 }
 
 void CompilerParser::Output_Compression_Level(int flags) {
-    opcode_queue->Queue_Opcode(OPCODE_STDOUTPUT, (flags & OUTPUT_COMPRESS) != 0, 0);
+    Queue(OPCODE_STDOUTPUT, (flags & OUTPUT_COMPRESS) != 0);
 }
 
 ParserStatus CompilerParser::Set_StandardOutputLevel(int* result, const char* text, int length) {
@@ -90,7 +91,7 @@ ParserStatus CompilerParser::Tag_Error_Value(const char* text, int length) {
     int level;
     const ParserStatus status = String_To_Bitmap(&level, text, length, tag_error_words);
     if (status == PARSER_OK)
-        opcode_queue->Queue_Opcode(OPCODE_TAGERROR, tag_error_code, level);
+        Queue(OPCODE_TAGERROR, tag_error_code, level);
     return status;
 }
 

@@ -51,9 +51,9 @@ class Foreach_Code : public Loop_Code {
 
 // Jumps to the label when the running engine can walk arrays.
 void Foreach_Code::Test_Version(ParserLabelType walk_label) {
-    queue->Queue_Opcode(OPCODE_PUSHS, version, 0);
+    Queue(OPCODE_PUSHS, version);
     queue->Queue_Opcode(OPCODE_PUSHF, array_walk_engine);
-    Operator(OPCODE_GE);
+    Queue(OPCODE_GE);
     Jump(OPCODE_JMP_NE, walk_label);
 }
 
@@ -191,9 +191,9 @@ ParserStatus AttributeValueArray::Output_Foreach(int depth, int label, int itera
     code.Label(LABEL_START);
     code.Push(code.array);
     code.Push(code.index);
-    code.Operator(OPCODE_ELEM);
+    code.Queue(OPCODE_ELEM);
     if (const ParserStatus status = code.Push_Named_Variable(iterator))
         return status;
-    code.Operator(OPCODE_REFER);
+    code.Queue(OPCODE_REFER);
     return PARSER_OK;
 }

@@ -20,13 +20,14 @@ class Loop_Code {
     void Push_Integer_Value(int element) {
         Push_Value(element);
         Push_Integer(0);
-        Operator(OPCODE_BITOR);
+        Queue(OPCODE_BITOR);
     }
 
-    void Push(int variable) { queue->Queue_Opcode(OPCODE_PUSHL, variable, 0); }
-    void Pop(int variable) { queue->Queue_Opcode(OPCODE_POPL, variable, 0); }
-    void Push_Integer(int value) { queue->Queue_Opcode(OPCODE_PUSHI, value, 0); }
-    void Operator(int opcode) { queue->Queue_Opcode(opcode, 0, 0); }
+    // Queue_Opcode, as CompilerParser::Queue is.
+    void Queue(int opcode, int operand = 0) { queue->Queue_Opcode(opcode, operand, 0); }
+    void Push(int variable) { Queue(OPCODE_PUSHL, variable); }
+    void Pop(int variable) { Queue(OPCODE_POPL, variable); }
+    void Push_Integer(int value) { Queue(OPCODE_PUSHI, value); }
     void Call(std::string_view function, int parameters) {
         parser->Output_Call(function.data(), static_cast<int>(function.size()), parameters, 0);
     }
@@ -35,16 +36,16 @@ class Loop_Code {
     void Jump(int opcode, ParserLabelType type) { queue->Queue_Opcode_With_Label(opcode, type, number); }
 
     // Ties the variable that has been pushed and the scratch variable together.
-    void Bind(int variable) { queue->Queue_Opcode(OPCODE_POPRL, variable, 0); }
+    void Bind(int variable) { Queue(OPCODE_POPRL, variable); }
     void Increment(int variable) {
         Push(variable);
         Push_Integer(1);
-        Operator(OPCODE_ADD);
+        Queue(OPCODE_ADD);
         Pop(variable);
     }
     // Leaves the block when the first of the two values on the stack is above the second.
     void Leave_Above() {
-        Operator(OPCODE_LE);
+        Queue(OPCODE_LE);
         Jump(OPCODE_JMP_EQ, LABEL_END);
     }
     void Leave_Above(int variable, int limit) {
