@@ -98,8 +98,6 @@ void TaggedFile::Deactivate() {
 }
 
 void TaggedFile::Section_Start(int tag) {
-    if (!Is_Open())
-        return;
     Section_End();
     write_tag = tag;
     start = running_position;
