@@ -54,7 +54,7 @@ inline bool Same_Word(std::string_view a, std::string_view b) {
 template <typename Use>
 void For_Each_Comma_Piece(std::string_view text, Use use) {
     for (;;) {
-        std::size_t comma = text.find(',');
+        const std::size_t comma = text.find(',');
         use(text.substr(0, comma));
         if (comma == std::string_view::npos)
             return;

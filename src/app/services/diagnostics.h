@@ -55,7 +55,7 @@ constexpr char Placeholder_Of() {
     using Value = std::decay_t<Argument>;
     if (std::is_same_v<Value, int>)
         return 'd';
-    bool is_text = std::is_same_v<Value, String> || std::is_convertible_v<Value, std::string_view>;
+    const bool is_text = std::is_same_v<Value, String> || std::is_convertible_v<Value, std::string_view>;
     return is_text ? 's' : '\0';
 }
 

@@ -12,7 +12,7 @@ ParserStatus CompilerParser::Check_Dynamic_Expression_String(const char* text, i
         filter_parser = std::make_unique<FilterParser>(this, &referenced_functions, &called_functions);
     const bool bare = length == 0 || text[0] != '{';
     delete filter_parser->Set_Tokenizer(new Tokenizer(text, length, bare));
-    auto status = static_cast<ParserStatus>(filter_parser->Start());
+    const auto status = static_cast<ParserStatus>(filter_parser->Start());
     if (status == PARSER_OK)
         return PARSER_OK;
     const String& reason = filter_parser->Get_Last_Error();

@@ -43,8 +43,8 @@ class Perfect_Hash {
             length = static_cast<int>(std::strlen(name));
         if (length > longest_possible || !(lengths[First(name)] >> length & 1))
             return nullptr;
-        unsigned hash = Key_Hash(name, length);
-        std::size_t index = displacements[hash >> bucket_shift] ^ (hash & low_mask);
+        const unsigned hash = Key_Hash(name, length);
+        const std::size_t index = displacements[hash >> bucket_shift] ^ (hash & low_mask);
         if (index >= count || records[index].length != length)
             return nullptr;
         const Record& record = records[index];
@@ -95,7 +95,7 @@ class Perfect_Hash {
             std::array<bool, count> taken{};
             std::size_t placed = 0;
             for (; placed < content.size; ++placed) {
-                std::size_t index = displacement ^ Low(*content.rows[placed]);
+                const std::size_t index = displacement ^ Low(*content.rows[placed]);
                 if (index >= count || records[index].key != nullptr || taken[index])
                     break;
                 taken[index] = true;

@@ -152,7 +152,7 @@ class Tokenizer {
 inline bool Tokenizer::Check_Buffer_Fullness(Tokenizer_TokenType& type) {
     if (position < length)
         return false;
-    bool close = bare_expression && length != 0 && !close_sent;
+    const bool close = bare_expression && length != 0 && !close_sent;
     if (close)
         close_sent = 1;
     type = close ? TOKEN_RBRACE : TOKEN_EOF;
@@ -169,8 +169,8 @@ inline Tokenizer_TokenType Tokenizer::Get_Next_Token(const char** text, int& tok
 inline Tokenizer_TokenType Tokenizer::Scan_Token(const char** text, int& token_length) {
     const char* start = buffer + position;
     *text = start;
-    unsigned first = token_first_bytes[static_cast<unsigned char>(*start)];
-    auto type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
+    const unsigned first = token_first_bytes[static_cast<unsigned char>(*start)];
+    const auto type = static_cast<Tokenizer_TokenType>(first & ~VARYING_LENGTH);
     token_length = first & VARYING_LENGTH ? Token_Length(type, start) : 1;
     position += token_length;
     return type;
