@@ -12,6 +12,9 @@ namespace {
 
 constexpr std::string_view error_suffix = "_error";
 
+// The value that a tag passed on as text empties, whichever tag it stands in.
+constexpr int emptied_element = 0;
+
 // What the report calls a text that is kept for run time; null where its generator checks it.
 const char* Dynamic_Text_Role(int tag) {
     switch (tag) {
@@ -100,7 +103,7 @@ void CompilerParser::Output_Captured_Value(const char* text, int length) {
     Queue(OPCODE_OUT);
     Queue(OPCODE_PUSHC, Constant("\""));
     Queue(OPCODE_OUT);
-    attribute_values->Element(0)->Reset();
+    attribute_values->Element(emptied_element)->Reset();
 }
 
 ParserStatus CompilerParser::Check_Value(const Attribute_Route& route, const char* text, int length) {
