@@ -1,6 +1,8 @@
 #ifndef CORE_INTEGER_TEXT_H
 #define CORE_INTEGER_TEXT_H
 
+#include "core/text_length.h"
+
 #include <charconv>
 #include <iterator>
 #include <string_view>
@@ -11,7 +13,7 @@ class Integer_Text {
     explicit Integer_Text(int number)
         : length(std::to_chars(std::begin(digits), std::end(digits), number).ptr - digits) {}
 
-    std::string_view view() const { return {digits, static_cast<std::size_t>(length)}; }
+    std::string_view view() const { return Slice(digits, length); }
 
   private:
     char digits[sizeof "-2147483648" - 1];

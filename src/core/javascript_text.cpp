@@ -2,6 +2,7 @@
 
 #include "app/services/tarn_application.h"
 #include "core/encoder_result.h"
+#include "core/text_length.h"
 
 #include <algorithm>
 #include <array>
@@ -95,7 +96,7 @@ LinkBuffer* TarnApplication::EncodeJavaScriptString(TarnApplication* application
         made = std::make_unique<LinkBuffer>(Encoder_First_Size(length), encoder_block_size);
         buffer = made.get();
     }
-    Write_Script_Text(*buffer, std::string_view(text, length), application->CharacterSetIsUTF8());
+    Write_Script_Text(*buffer, Slice(text, length), application->CharacterSetIsUTF8());
     (void)made.release(); // the caller's now
     return buffer;
 }
@@ -104,6 +105,6 @@ char* TarnApplication::EncodeJavaScriptString(const char* text, int length, int*
                                               int* result_size) {
     length = Text_Length(text, length);
     LinkBuffer result(Encoder_First_Size(length), encoder_block_size);
-    Write_Script_Text(result, std::string_view(text, length), CharacterSetIsUTF8());
+    Write_Script_Text(result, Slice(text, length), CharacterSetIsUTF8());
     return Encoder_Result(result, result_length, result_size);
 }

@@ -91,7 +91,7 @@ class Terminated_Text {
   public:
     Terminated_Text(const char* text, int len, int size) : text(text) {
         if (len >= size || text[len] != '\0')
-            this->text = copy.assign(text, static_cast<std::size_t>(len)).c_str();
+            this->text = (copy = Slice(text, len)).c_str();
     }
     Terminated_Text(const Terminated_Text&) = delete;
 

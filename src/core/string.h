@@ -1,6 +1,8 @@
 #ifndef CORE_STRING_H
 #define CORE_STRING_H
 
+#include "core/text_length.h"
+
 #include <climits>
 #include <cstdint>
 #include <cstring>
@@ -42,7 +44,7 @@ class String {
     int length() const { return length_; }
     // Bytes of the buffer, 0 without one.
     int capacity() const { return capacity_; }
-    std::string_view view() const { return {text(), static_cast<std::size_t>(length_)}; }
+    std::string_view view() const { return Slice(text(), length_); }
 
     void assign(char c);
     // s may be part of this String.

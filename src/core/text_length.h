@@ -17,12 +17,17 @@ inline int Text_Length(const char* text, int length) {
     return static_cast<int>(found);
 }
 
-// The same text in one, and back: the length of a text that is known to fit 31 bits.
+// The same text in one.
 inline std::string_view View(const char* text, int length) {
     return {text ? text : "", static_cast<std::size_t>(Text_Length(text, length))};
 }
 
-inline int Length_Of(std::string_view text) {
+// That many bytes, which the caller has counted, in one; and back, for a text that is known to fit 31 bits.
+constexpr std::string_view Slice(const char* text, int length) {
+    return {text, static_cast<std::size_t>(length)};
+}
+
+constexpr int Length_Of(std::string_view text) {
     return static_cast<int>(text.size());
 }
 

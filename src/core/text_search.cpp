@@ -2,6 +2,8 @@
 
 #include "core/text_search.h"
 
+#include "core/text_length.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -121,8 +123,8 @@ int Rabin_Karp(const char* pattern, int m, const char* text, int n, Fold fold) {
 int bf_search(const char* pattern, int pattern_length, const char* text, int text_length) {
     if (text_length < 1 || pattern_length > text_length)
         return -1;
-    const std::string_view haystack(text, text_length);
-    return static_cast<int>(haystack.find(std::string_view(pattern, pattern_length))); // npos becomes -1
+    const std::string_view haystack = Slice(text, text_length);
+    return static_cast<int>(haystack.find(Slice(pattern, pattern_length))); // npos becomes -1
 }
 
 int bf_searchi(const char* pattern, int pattern_length, const char* text, int text_length) {
@@ -136,8 +138,8 @@ int bf_searchi(const char* pattern, int pattern_length, const char* text, int te
 int bf_search_reverse(const char* pattern, int pattern_length, const char* text, int text_length) {
     if (pattern_length < 1 || pattern_length > text_length)
         return -1;
-    const std::string_view haystack(text, text_length);
-    return static_cast<int>(haystack.rfind(std::string_view(pattern, pattern_length))); // npos becomes -1
+    const std::string_view haystack = Slice(text, text_length);
+    return static_cast<int>(haystack.rfind(Slice(pattern, pattern_length))); // npos becomes -1
 }
 
 int bf_searchi_reverse(const char* pattern, int pattern_length, const char* text, int text_length) {

@@ -16,7 +16,7 @@ template <class T>
 void Empty(HashTable<T>& table) {
     while (const T* first = table.First()) {
         const std::string_view key = Hash_Key(*first);
-        delete table.Remove(key.data(), static_cast<int>(key.size()));
+        delete table.Remove(key.data(), Length_Of(key));
     }
 }
 

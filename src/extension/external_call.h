@@ -4,6 +4,7 @@
 
 #include "core/hash_table.h"
 #include "core/string.h"
+#include "core/text_length.h"
 #include "extension/external_function.h"
 
 #include <memory>
@@ -56,7 +57,7 @@ class ExternalCallPersistentData {
 };
 
 inline std::string_view Hash_Key(const ExternalCallPersistentData& persistent) {
-    return {persistent.name.get(), static_cast<std::size_t>(persistent.name_length)};
+    return Slice(persistent.name.get(), persistent.name_length);
 }
 
 // Finds functions in the libraries that were registered, in that order: an earlier library shadows a later

@@ -3,6 +3,7 @@
 #include "files/unix_file_path.h"
 
 #include "core/string.h"
+#include "core/text_length.h"
 
 #include <climits>
 #include <cstdio>
@@ -76,7 +77,7 @@ std::string_view UNIXFilePath::Name(int index) const {
     if (absolute && index == 0)
         return "/";
     const char* element = &text[offsets[index]];
-    return {element, static_cast<std::size_t>(End(index) - element)};
+    return std::string_view(element, End(index));
 }
 
 std::string_view UNIXFilePath::Last_Name() {
@@ -166,7 +167,7 @@ char* UNIXFilePath::Collapsed_Path(int* path_length, int* size) {
     char* result = new char[static_cast<std::size_t>(array_size)];
     memcpy(result, path.c_str(), path.length() + 1);
     if (path_length)
-        *path_length = static_cast<int>(path.length());
+        *path_length = Length_Of(path);
     if (size)
         *size = array_size;
     return result;

@@ -19,10 +19,9 @@ constexpr int function_capacity = 64;
 // Adds one parameter as it is written, perhaps with "var" behind its name.
 void Add_Written_Parameter(Function& function, std::string_view written) {
     written = Trimmed(written);
-    const auto name_end = std::find_if(written.begin(), written.end(), Is_Space);
-    const auto name_length = static_cast<std::size_t>(name_end - written.begin());
-    const bool by_reference = Same_Word(Trimmed(written.substr(name_length)), "var");
-    function.AddParameter(by_reference, written.data(), static_cast<int>(name_length));
+    const std::string_view name(written.begin(), std::find_if(written.begin(), written.end(), Is_Space));
+    const bool by_reference = Same_Word(Trimmed(written.substr(name.size())), "var");
+    function.AddParameter(by_reference, name.data(), Length_Of(name));
 }
 
 } // namespace
@@ -56,7 +55,7 @@ int Function::AddParameter(int flags, const char* name, int length) {
 }
 
 void Function::SetParameters(const char* text, int length) {
-    std::string_view list(text, static_cast<std::size_t>(Text_Length(text, length)));
+    std::string_view list = View(text, length);
     if (list.empty())
         return;
     if (list.back() == ',')
@@ -79,7 +78,7 @@ FunctionManager::~FunctionManager() = default;
 
 // Chains come from a file, too: one that runs in a circle is left after as many steps as there are functions.
 Function* FunctionManager::Function_Get(const char* text, int length) {
-    const std::string_view name(text, static_cast<std::size_t>(Text_Length(text, length)));
+    const std::string_view name = View(text, length);
     int at = buckets.Head(Bucket_Of(name));
     for (std::size_t steps = 0; at >= 0 && steps < functions.size(); ++steps) {
         const int order = Order(name, at);

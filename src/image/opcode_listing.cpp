@@ -1,6 +1,7 @@
 // Code as a listing for people.
 
 #include "backend/instructions/opcode.h"
+#include "core/text_length.h"
 #include "image/segment.h"
 
 #include <cstdio>
@@ -15,7 +16,7 @@ using Listing = std::unique_ptr<FILE, Close_Listing>;
 void Write_Name(FILE* listing, int opcode) {
     const Opcode_Info* row = Find_Opcode(opcode);
     if (row && !row->listing.empty())
-        std::fprintf(listing, "%.*s\t", static_cast<int>(row->listing.size()), row->listing.data());
+        std::fprintf(listing, "%.*s\t", Length_Of(row->listing), row->listing.data());
     else
         std::fputs("Illegal Instruction\n", listing);
 }

@@ -2,6 +2,7 @@
 
 #include "app/driver/compiler_application.h"
 #include "backend/instructions/engine_version.h"
+#include "core/text_length.h"
 #include "core/text_words.h"
 #include "extension/external_call.h"
 #include "frontend/scanner/parser_types.h"
@@ -226,7 +227,7 @@ bool CompilerApplication::CommandLine_Warning_Flags(const char* list, char mask,
         return true;
     }
     const bool is_good = For_Each_Piece(list, [&](std::string_view piece) {
-        const int number = stoi(piece.data(), static_cast<int>(piece.size()), nullptr);
+        const int number = stoi(piece.data(), Length_Of(piece), nullptr);
         if (number < 1 || number > LAST_WARNING)
             return false;
         apply(number);
@@ -249,8 +250,7 @@ bool CompilerApplication::CommandLine_Pedantic_Flags(const char* list, int is_er
                 return true;
             }
         }
-        return ArgumentError("Invalid pedantic option '" +
-                             String(piece.data(), static_cast<int>(piece.size())) +
+        return ArgumentError("Invalid pedantic option '" + String(piece.data(), Length_Of(piece)) +
                              "'.  Must be 'all' or type 'tnc --help' for list of valid options.");
     });
 }

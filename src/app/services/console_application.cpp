@@ -2,6 +2,8 @@
 
 #include "app/services/console_application.h"
 
+#include "core/text_length.h"
+
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
@@ -15,14 +17,12 @@ ConsoleOutput::~ConsoleOutput() {
 }
 
 void ConsoleOutput::Write_Error(const char* text, int length) {
-    const std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
-    fwrite(text, 1, size, stderr);
+    fwrite(text, 1, View(text, length).size(), stderr);
 }
 
 int ConsoleOutput::Write(const char* text, int length) {
-    const std::size_t size = length == -1 ? strlen(text) : static_cast<std::size_t>(length);
-    const int written = BufferedOutput::Write(text, static_cast<int>(size));
-    if (fill > 0 && (memchr(text, '\n', size) || memchr(text, '\r', size)))
+    const int written = BufferedOutput::Write(text, length);
+    if (fill > 0 && View(text, length).find_first_of("\r\n") != std::string_view::npos)
         Flush();
     return written;
 }

@@ -2,6 +2,8 @@
 
 #include "app/services/diagnostics.h"
 
+#include "core/text_length.h"
+
 #include <cstring>
 
 namespace {
@@ -28,11 +30,11 @@ String Compose_Message(Message message, const Message_Argument* arguments) {
     const char* format = Row_Of_Message(message).text;
     String text("");
     while (const char* placeholder = strchr(format, '%')) {
-        text.cat(format, static_cast<int>(placeholder - format));
+        text.cat(format, Length_Of({format, placeholder}));
         if (placeholder[1] == 'd')
             text = text + arguments->number;
         else
-            text.cat(arguments->text.data(), static_cast<int>(arguments->text.size()));
+            text.cat(arguments->text.data(), Length_Of(arguments->text));
         ++arguments;
         format = placeholder + 2;
     }

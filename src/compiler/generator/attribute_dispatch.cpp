@@ -4,6 +4,7 @@
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
 #include "compiler/records/attribute_routes.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 #include <utility>
@@ -31,7 +32,7 @@ bool Is_Directive(Convert convert) {
 } // namespace
 
 ParserStatus CompilerParser::Attribute_Name(const char* text, int length) {
-    const std::string_view name(text, length);
+    const std::string_view name = Slice(text, length);
     const _AttributeLookup* attribute = attribute_lookup.Lookup(text, length);
     if (!attribute && current_tag != Tag::Tarn)
         return Ignore_Unknown_Attribute(name);
@@ -67,7 +68,7 @@ ParserStatus CompilerParser::Select_Tag_Error(std::string_view name) {
     if (name.size() > error_suffix.size()) {
         const std::string_view stem = name.substr(0, name.size() - error_suffix.size());
         if (Same_Word(name.substr(stem.size()), error_suffix))
-            tag = tag_lookup.Lookup(stem.data(), static_cast<int>(stem.size()));
+            tag = tag_lookup.Lookup(stem.data(), Length_Of(stem));
     }
     if (!tag)
         return Ignore_Unknown_Attribute(name);
@@ -112,7 +113,7 @@ ParserStatus CompilerParser::Check_Value(const Attribute_Route& route, const cha
         return role ? Check_Dynamic_Expression_String(text, length, role) : PARSER_OK;
     }
     if (route.convert == Convert::Certificate_Type) {
-        const std::string_view word(text, length);
+        const std::string_view word = Slice(text, length);
         if (!Same_Word(word, "pem") && !Same_Word(word, "asn1"))
             return Report<Message::Call_Certificate_Type>(word);
     }
@@ -141,7 +142,7 @@ ParserStatus CompilerParser::Report_Outside_Array_Block(int tag) {
 }
 
 int CompilerParser::Constant(std::string_view text) {
-    return Generate_String_Directive(text.data(), static_cast<int>(text.size()), EXPRESSION_STATE_ESCAPED);
+    return Generate_String_Directive(text.data(), Length_Of(text), EXPRESSION_STATE_ESCAPED);
 }
 
 int CompilerParser::Positive_Constant(const char* text, int length) {
@@ -174,8 +175,7 @@ int CompilerParser::Convert_Value(const Attribute_Route& route, AttributeValue* 
     case Convert::Flag:
     case Convert::Copy_Flag: return value->Set_Literal(1, ATTREXPR_FLAG);
     case Convert::Constant_Flag: return value->Set_Literal(Constant("1"), ATTREXPR_VALUE);
-    case Convert::Row_Position:
-        return value->Set_Literal(Row_Constant({text, static_cast<std::size_t>(length)}), ATTREXPR_VALUE);
-    default: return value->Set_Literal(Constant({text, static_cast<std::size_t>(length)}), ATTREXPR_VALUE);
+    case Convert::Row_Position: return value->Set_Literal(Row_Constant(Slice(text, length)), ATTREXPR_VALUE);
+    default: return value->Set_Literal(Constant(Slice(text, length)), ATTREXPR_VALUE);
     }
 }

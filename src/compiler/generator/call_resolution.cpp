@@ -6,7 +6,7 @@
 #include "extension/external_call.h"
 #include "extension/external_function.h"
 
-#include <charconv>
+#include <string>
 
 namespace {
 
@@ -58,9 +58,8 @@ ParserStatus CompilerParser::Declare_Unresolved_Function(const Function_Call& ca
     unresolved_functions.Insert(call.function);
     Generate_Function_Directive(called.data(), Length_Of(called), FUNCTION_UNRESOLVED, -1, -1, ACCESS_UNSET);
     for (int number = 1; number <= call.parameters; ++number) {
-        char name[sizeof "param" + 10] = "param";
-        char* end = std::to_chars(name + sizeof "param" - 1, std::end(name), number).ptr;
-        Output_Parameter_Directive(name, static_cast<int>(end - name), number, 1);
+        const std::string name = "param" + std::to_string(number);
+        Output_Parameter_Directive(name.data(), Length_Of(name), number, 1);
     }
     Output_End_Function_Directive();
     return Report_At<Message::Function_Undefined>(call.line, call.file, called);

@@ -6,6 +6,7 @@
 #include "compiler/generator/compiler_parser.h"
 #include "compiler/generator/keyword_lists.h"
 #include "compiler/records/attribute_routes.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 namespace {
@@ -42,7 +43,7 @@ ParserStatus CompilerParser::Run_Directive(const Attribute_Route& route, const c
 }
 
 ParserStatus CompilerParser::Set_Include_Interpret(const char* text, int length) {
-    const std::string_view word(text, length);
+    const std::string_view word = Slice(text, length);
     if (Same_Word(word, "on"))
         include_interpret = 1;
     else if (Same_Word(word, "off"))

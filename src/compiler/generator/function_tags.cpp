@@ -107,7 +107,7 @@ ParserStatus CompilerParser::Read_Function_Access(int* access) {
 }
 
 ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int length) {
-    const std::string_view word = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view word = Trimmed(Slice(text, length));
     if (word.empty())
         *result = function_access_default;
     else if (Same_Word(word, "public"))
@@ -115,7 +115,7 @@ ParserStatus CompilerParser::Parse_Access(int* result, const char* text, int len
     else if (Same_Word(word, "private"))
         *result = ACCESS_PRIVATE;
     else
-        return Report<Message::Access_Word>(std::string_view(text, static_cast<std::size_t>(length)));
+        return Report<Message::Access_Word>(Slice(text, length));
     return PARSER_OK;
 }
 
@@ -134,11 +134,11 @@ ParserStatus CompilerParser::Declare_Parameters(Function_Resolution_Info* defini
 }
 
 ParserStatus CompilerParser::Parameter_Directive(const char* text, int length) {
-    const std::string_view parameter = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view parameter = Trimmed(Slice(text, length));
     if (parameter.empty())
         return Report<Message::Parameter_Blank>();
-    auto name_end = std::find_if(parameter.begin(), parameter.end(), Is_Space);
-    const std::string_view name = parameter.substr(0, static_cast<std::size_t>(name_end - parameter.begin()));
+    const std::string_view name(parameter.begin(),
+                                std::find_if(parameter.begin(), parameter.end(), Is_Space));
     if (!Has_Name_Characters_Only(name))
         return Report<Message::Parameter_Characters>(name);
     const std::string_view mode = Trimmed(parameter.substr(name.size()));

@@ -3,6 +3,7 @@
 #include "compiler/generator/keyword_lists.h"
 
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 #include "frontend/values/text_pieces.h"
 
 #include <algorithm>
@@ -72,7 +73,7 @@ constexpr Keyword_List tag_error_words = {"TARN Tn(tagname)_ERROR", tag_error_en
 
 ParserStatus CompilerParser::String_To_Bitmap(int* result, const char* text, int length,
                                               const Keyword_List& list) {
-    std::string_view rest(text, static_cast<std::size_t>(length));
+    std::string_view rest = Slice(text, length);
     int uses[longest_list] = {};
     ParserStatus status = PARSER_OK;
     *result = 0;

@@ -4,6 +4,7 @@
 
 #include "backend/queue/opcode_queue.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 
 #include <string_view>
 
@@ -29,7 +30,7 @@ class Loop_Code {
     void Pop(int variable) { Queue(OPCODE_POPL, variable); }
     void Push_Integer(int value) { Queue(OPCODE_PUSHI, value); }
     void Call(std::string_view function, int parameters) {
-        parser->Output_Call(function.data(), static_cast<int>(function.size()), parameters, 0);
+        parser->Output_Call(function.data(), Length_Of(function), parameters, 0);
     }
 
     void Label(ParserLabelType type) { queue->Queue_Generated_Label(type, number); }

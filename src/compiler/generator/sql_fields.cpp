@@ -11,7 +11,7 @@ void CompilerParser::Validate_SQL_Fields(const AttributeValue& fields) {
 }
 
 void CompilerParser::Validate_SQL_Fields(const char* text, int length) {
-    const std::string_view fields = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view fields = Trimmed(Slice(text, length));
     if (fields.empty())
         return;
     For_Each_Comma_Piece(
@@ -20,7 +20,7 @@ void CompilerParser::Validate_SQL_Fields(const char* text, int length) {
 
 // Two characters are taken for a scope without a name, whatever they are.
 void CompilerParser::Validate_SQL_Field(const char* text, int length) {
-    const std::string_view field = Trimmed({text, static_cast<std::size_t>(length)});
+    const std::string_view field = Trimmed(Slice(text, length));
     if (field.empty()) {
         Note<Message::Field_Empty>();
         return;

@@ -2,6 +2,7 @@
 
 #include "frontend/scanner/attribute_lookup.h"
 
+#include "core/text_length.h"
 #include "frontend/scanner/perfect_hash.h"
 
 #include <string_view>
@@ -10,7 +11,7 @@
 namespace {
 
 constexpr _AttributeLookup Row(int id, std::string_view key) {
-    return {id, 0, -1, -1, static_cast<int>(key.size()), key.data()};
+    return {id, 0, -1, -1, Length_Of(key), key.data()};
 }
 
 constexpr std::array rows{

@@ -2,6 +2,7 @@
 
 #include "frontend/scanner/expression_parser.h"
 
+#include "core/text_length.h"
 #include "frontend/scanner/parser.h"
 #include "value/variable_hash.h"
 
@@ -21,14 +22,14 @@ void ExpressionParser::Start_Of_Expression() {
 
 // Nearly every operand stands in the source as one piece.
 void ExpressionParser::Collect(const char* token, int length) {
-    const std::string_view piece(token, static_cast<std::size_t>(length));
+    const std::string_view piece = Slice(token, length);
     if (operand.empty()) {
         operand = piece;
     } else if (operand.data() + operand.size() == token) {
         operand = {operand.data(), operand.size() + piece.size()};
     } else {
         if (operand.data() != text.text())
-            text.assign(operand.data(), static_cast<int>(operand.size()));
+            text.assign(operand.data(), Length());
         text.cat(token, length);
         operand = text.view();
     }
@@ -77,7 +78,7 @@ ParserStatus ExpressionParser::Process_Expression_Fragment(Tokenizer_TokenType t
 inline ParserStatus ExpressionParser::Take_Whole_Name(const char* name, int length, Tokenizer* tokenizer) {
     if (tokenizer->Take('('))
         return parser->Expression_StartFunctionCall(name, length, 0);
-    operand = {name, static_cast<std::size_t>(length)};
+    operand = Slice(name, length);
     scan_state = SCAN_NAME;
     if (!tokenizer->Skip_Space())
         return PARSER_OK;
@@ -121,8 +122,7 @@ ParserStatus ExpressionParser::Take_Name(Tokenizer::Dotted_Name name, Tokenizer*
 
 ParserStatus ExpressionParser::Take_Word(const _OperatorLookup& word, const char* token) {
     if (word.id == OPERATOR_FMT || word.id == OPERATOR_SUBSTR)
-        return parser->Report<Message::Operator_Obsolete>(
-            std::string_view(token, static_cast<std::size_t>(word.length)));
+        return parser->Report<Message::Operator_Obsolete>(Slice(token, word.length));
     operand_seen = 0;
     return Hand_On(word, 0);
 }
@@ -160,8 +160,7 @@ ParserStatus ExpressionParser::Take_Operator(const char* token, int length, Toke
     const _OperatorLookup* found =
         sign ? operator_lookup.Lookup_Sign(sign) : operator_lookup.Lookup(token, length);
     if (!found)
-        return parser->Report<Message::Internal_Operator_Unidentified>(
-            std::string_view(token, static_cast<std::size_t>(length)));
+        return parser->Report<Message::Internal_Operator_Unidentified>(Slice(token, length));
     if (const ParserStatus status = Hand_On(*found, flags); status != PARSER_OK)
         return status;
 
@@ -265,7 +264,7 @@ ParserStatus ExpressionParser::Take_Space() {
 // until the next expression ends.
 ParserStatus ExpressionParser::Skip_Expression(const char* token, int length, Tokenizer* tokenizer,
                                                ParserState* state) {
-    const std::string_view unexpected(token, static_cast<std::size_t>(length));
+    const std::string_view unexpected = Slice(token, length);
     parser->Reset_Expression();
     parser->Reset_Output();
     const ParserStatus status = parser->Report<Message::Unexpected_In_Expression>(unexpected);

@@ -2,6 +2,7 @@
 #define FRONTEND_EXPRESSION_PARSER_H
 
 #include "core/string.h"
+#include "core/text_length.h"
 #include "frontend/scanner/operator_lookup.h"
 #include "frontend/scanner/parser_types.h"
 #include "frontend/scanner/tokenizer.h"
@@ -61,7 +62,7 @@ class ExpressionParser {
         SCAN_CALL_NAME = 8,    // a name behind that dot
     };
 
-    int Length() const { return static_cast<int>(operand.size()); } // of the operand
+    int Length() const { return Length_Of(operand); } // of the operand
     void Collect(const char* token, int length);
     ParserStatus Take_Identifier(const char* token, int length, Tokenizer* tokenizer);
     ParserStatus Take_Name(Tokenizer::Dotted_Name name, Tokenizer* tokenizer);

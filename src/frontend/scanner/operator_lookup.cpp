@@ -2,6 +2,7 @@
 
 #include "frontend/scanner/operator_lookup.h"
 
+#include "core/text_length.h"
 #include "frontend/scanner/perfect_hash.h"
 
 #include <string_view>
@@ -9,7 +10,7 @@
 namespace {
 
 constexpr _OperatorLookup Row(int id, std::string_view key, int priority, int operands, Operand_Type type) {
-    return {id, 3, priority, operands, type, static_cast<int>(key.size()), key.data()};
+    return {id, 3, priority, operands, type, Length_Of(key), key.data()};
 }
 
 constexpr std::array rows{

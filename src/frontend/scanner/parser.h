@@ -4,6 +4,7 @@
 #include "app/services/diagnostics.h"
 #include "core/stack.h"
 #include "core/string.h"
+#include "core/text_length.h"
 #include "frontend/scanner/parser_types.h"
 #include "frontend/scanner/tag_lookup.h"
 #include "frontend/scanner/tokenizer.h"
@@ -159,7 +160,7 @@ class Parser {
         int length = 0;
         ParserStatus status = PARSER_OK;
 
-        std::string_view token() const { return {text, static_cast<std::size_t>(length)}; }
+        std::string_view token() const { return Slice(text, length); }
         bool Is_Operator(char sign) const { return type == TOKEN_OPERATOR && length == 1 && *text == sign; }
     };
 

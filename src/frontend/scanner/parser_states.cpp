@@ -1,4 +1,6 @@
 // One function per state of the scanner: what a token means there, and which state is next.
+
+#include "core/text_length.h"
 #include "frontend/scanner/expression_parser.h"
 #include "frontend/scanner/parser.h"
 
@@ -108,8 +110,8 @@ void Parser::State_Declaration(Scan& scan) {
 
 void Parser::Read_Declaration(Scan& scan, int line, std::string_view terminator) {
     pending_length = 0;
-    const Tokenizer_TokenType type = tokenizer->Read_Until(&pending_text, pending_length, terminator.data(),
-                                                           static_cast<int>(terminator.size()));
+    const Tokenizer_TokenType type =
+        tokenizer->Read_Until(&pending_text, pending_length, terminator.data(), Length_Of(terminator));
     if (type == TOKEN_EOF) {
         scan.status = Fatal_At<Message::Pattern_Unterminated>(line, nullptr, terminator);
     } else
@@ -349,10 +351,9 @@ void Parser::End_Bare_Text(Scan& scan) {
 
 // Of a known tag: only numbers may go unquoted. The > ends the tag whatever came of its value.
 void Parser::End_Bare_Value(Scan& scan) {
-    const std::string_view value(value_text, static_cast<std::size_t>(value_length));
     scan.status = Verify_Numeric(value_text, value_length)
                       ? Attribute_Value(value_text, value_length)
-                      : Report<Message::Unquoted_Value_Not_Numeric>(value);
+                      : Report<Message::Unquoted_Value_Not_Numeric>(Slice(value_text, value_length));
     if (scan.type == TOKEN_GT)
         scan.status = std::max(scan.status, End_Of_Tag(0));
 }

@@ -2,6 +2,7 @@
 // values.
 
 #include "app/services/tarn_application.h"
+#include "core/text_length.h"
 #include "core/text_search.h"
 #include "frontend/scanner/parser.h"
 
@@ -13,16 +14,11 @@ constexpr std::string_view comment_open = "<TnCOMMENT>";
 constexpr std::string_view comment_close = "</TnCOMMENT>";
 constexpr std::string_view assembly_close = "</TnASSEMBLY>";
 
-constexpr int Length(std::string_view text) {
-    return static_cast<int>(text.size());
-}
-
 // What stands between a tag's name and its closing tag, less the byte behind the name, which as a rule is the
 // >.
 std::string_view Body(const char* text, int length, std::string_view close) {
-    const int body_length = length - 1 - Length(close);
-    return body_length > 0 ? std::string_view(text + 1, static_cast<std::size_t>(body_length))
-                           : std::string_view("");
+    const int body_length = length - 1 - Length_Of(close);
+    return Slice(text + 1, std::max(body_length, 0));
 }
 
 } // namespace
@@ -33,16 +29,16 @@ ParserStatus Parser::Eat_TnCOMMENT() {
     int length = 0;
     state = STATE_TEXT;
     const Tokenizer_TokenType type =
-        tokenizer->Read_Until(&text, length, comment_close.data(), Length(comment_close));
+        tokenizer->Read_Until(&text, length, comment_close.data(), Length_Of(comment_close));
     if (type == TOKEN_EOF)
         return PARSER_OK;
     if (type == TOKEN_UNTERMINATED)
         return Fatal_At<Message::Comment_Unterminated>(line, nullptr);
     const std::string_view body = Body(text, length, comment_close);
-    auto search = length > longest_brute_force ? bm_searchi : bf_searchi;
-    if (search(comment_open.data(), Length(comment_open), body.data(), Length(body)) >= 0)
+    const auto search = length > longest_brute_force ? bm_searchi : bf_searchi;
+    if (search(comment_open.data(), Length_Of(comment_open), body.data(), Length_Of(body)) >= 0)
         Note_At<Message::Comment_Nested>(line, nullptr);
-    Output_Comment(body.data(), Length(body));
+    Output_Comment(body.data(), Length_Of(body));
     return PARSER_OK;
 }
 
@@ -53,10 +49,10 @@ ParserStatus Parser::Eat_TnASSEMBLY() {
     const char* text;
     int length = 0;
     state = STATE_TEXT;
-    if (tokenizer->Read_Until(&text, length, assembly_close.data(), Length(assembly_close)) == TOKEN_EOF)
+    if (tokenizer->Read_Until(&text, length, assembly_close.data(), Length_Of(assembly_close)) == TOKEN_EOF)
         return Fatal_At<Message::Assembly_Unterminated>(line, nullptr);
     const std::string_view body = Body(text, length, assembly_close);
-    Output_Assembly(body.data(), Length(body));
+    Output_Assembly(body.data(), Length_Of(body));
     return PARSER_OK;
 }
 

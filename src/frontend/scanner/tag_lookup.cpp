@@ -2,6 +2,7 @@
 
 #include "frontend/scanner/tag_lookup.h"
 
+#include "core/text_length.h"
 #include "frontend/scanner/perfect_hash.h"
 
 #include <string_view>
@@ -9,7 +10,7 @@
 namespace {
 
 constexpr _TagLookup Row(int id, std::string_view key, int required, int optional) {
-    return {id, required == NO_SLOTS ? 0 : 2, required, optional, static_cast<int>(key.size()), key.data()};
+    return {id, required == NO_SLOTS ? 0 : 2, required, optional, Length_Of(key), key.data()};
 }
 
 constexpr std::array rows{

@@ -166,7 +166,7 @@ int AttributeValue::Parse_Aggregate_Qualifier_Code(CompilerParser* parser, const
     for (const char* piece = text; piece < end && status == 0;) {
         const char* piece_end = std::find_if(piece, end, Is_Separator);
         if (piece_end > piece) {
-            const std::string_view content(piece, static_cast<std::size_t>(piece_end - piece));
+            const std::string_view content(piece, piece_end);
             status = separator == '[' ? Output_Index(parser, content, read_only)
                                       : Output_Member(parser, content, read_only);
             written += status == 0;

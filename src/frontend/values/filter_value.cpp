@@ -4,6 +4,7 @@
 #include "backend/outputs/compiler_output.h"
 #include "backend/writers/file_compiler_parser.h"
 #include "compiler/generator/compiler_parser.h"
+#include "core/text_length.h"
 #include "frontend/values/attribute_value.h"
 #include "frontend/values/text_pieces.h"
 
@@ -22,7 +23,7 @@ const char* AttributeValue::Chomped_Filter_String(int* length, int* had_braces) 
             *had_braces = 1;
     }
     text = Trimmed(text);
-    *length = static_cast<int>(text.size());
+    *length = Length_Of(text);
     return text.data();
 }
 

@@ -2,6 +2,7 @@
 #ifndef FRONTEND_TEXT_PIECES_H
 #define FRONTEND_TEXT_PIECES_H
 
+#include "core/text_length.h"
 #include "core/text_words.h"
 #include "frontend/values/attribute_value.h"
 
@@ -11,7 +12,7 @@
 inline std::string_view Text_Of(const AttributeValue& value) {
     int length = 0;
     const char* text = value.Get_Simple_Text(&length);
-    return text ? std::string_view(text, static_cast<std::size_t>(length)) : std::string_view();
+    return Slice(text, length);
 }
 
 #endif
