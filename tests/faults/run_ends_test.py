@@ -3,7 +3,6 @@
 
 import os
 import pathlib
-import resource
 import subprocess
 import sys
 import tempfile
@@ -40,21 +39,6 @@ ENDS = [
 ]
 
 
-def limited(megabytes, *words):
-    """Exit status and last words of a run in so much memory."""
-    size = int(megabytes * (1 << 20))
-    limit = lambda: resource.setrlimit(resource.RLIMIT_AS, (size, size))
-    run = subprocess.run([TNC, *words], capture_output=True, text=True, preexec_fn=limit)
-    return run.returncode, run.stderr.rpartition(": ")[2]
-
-
-def deep_nesting():
-    for call, megabytes in (("['f'].a(", 68), ("f(", 46)):
-        PAGE.write_text(f'<TnEVAL EXPR="{{{call * 10**5}1{")" * 10**5}}}"><TnFUNCTION NAME="f" PARAMETERS="a"></TnFUNCTION>')
-        if limited(megabytes, "--version") == (0, ""):
-            expect(call, limited(megabytes, "page.tn"), (0, ""))
-
-
 with tempfile.TemporaryDirectory() as folder:
     os.chdir(folder)
     os.mkfifo("pipe")
@@ -64,5 +48,4 @@ with tempfile.TemporaryDirectory() as folder:
                              stderr=subprocess.PIPE, text=True, timeout=60)
         expect(command, [run.returncode, run.stderr[:300], OUTPUT.exists()], expected)
         OUTPUT.unlink(missing_ok=True)
-    deep_nesting()
 finish()
