@@ -138,9 +138,10 @@ struct Listener : Reserved_Port {
     int Accept() const { return accept(descriptor, nullptr, nullptr); }
 };
 
-// A folder that a shell removes when this object or the process is gone, however that ends.
+// A folder that a shell removes when this object or the process is gone, however that ends. The signals to
+// the group of the process don't reach the shell.
 struct Passing_Folder {
-    Passing_Folder() : shell(popen(("read end; rm -rf " + path).c_str(), "we")) {}
+    Passing_Folder() : shell(popen(("setsid sh -c 'read end; rm -rf " + path + "'").c_str(), "we")) {}
     Passing_Folder(const Passing_Folder&) = delete;
     Passing_Folder& operator=(const Passing_Folder&) = delete;
     ~Passing_Folder() { pclose(shell); }
