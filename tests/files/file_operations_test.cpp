@@ -431,18 +431,7 @@ constexpr char secret[] = "secret of others";
 constexpr long secret_time = 86400;
 constexpr int secret_mode = S_IFREG | 0711;
 
-struct Containment_Race : File_Tree, testing::WithParamInterface<int> {
-    // The times of change of all that is outside, which tell of each touch.
-    std::string Outside() const {
-        std::string state;
-        for (const char* name : {"outside", "outside/x", "outside/x_", "outside/secret of others"}) {
-            struct stat s = {};
-            EXPECT_EQ(lstat(At(name).c_str(), &s), 0);
-            state += std::to_string(s.st_ctim.tv_sec) + '.' + std::to_string(s.st_ctim.tv_nsec) + ' ';
-        }
-        return state;
-    }
-};
+struct Containment_Race : File_Tree, testing::WithParamInterface<int> {};
 
 // Below the root, a file and a directory change places with a stranger's links out of it to own targets, and
 // with each other, while every contained operation is tried. Nothing outside may be changed, and nothing of
@@ -468,7 +457,17 @@ TEST_P(Containment_Race, Leads_Nowhere_Outside) {
 
     const Descriptor root(Open_Path(".", O_RDONLY)), own(Open_Path("d", O_RDONLY));
     ASSERT_TRUE(root && own);
-    const std::string before = Outside();
+    // The times of change of all that is outside tell of each touch.
+    const auto outside = [this] {
+        std::string times;
+        for (const char* name : {"outside", "outside/x", "outside/x_", "outside/secret of others"}) {
+            struct stat s = {};
+            EXPECT_EQ(lstat(At(name).c_str(), &s), 0);
+            times += std::to_string(s.st_ctim.tv_sec) + '.' + std::to_string(s.st_ctim.tv_nsec) + ' ';
+        }
+        return times;
+    };
+    const std::string before = outside();
     const char* const wanted = getenv("RACE_TRIES");
     const int least = wanted ? atoi(wanted) : 70000;
     std::atomic<int> swaps = 0;
@@ -495,7 +494,7 @@ TEST_P(Containment_Race, Leads_Nowhere_Outside) {
     }
     other.request_stop();
     other.join();
-    EXPECT_EQ(Outside(), before);
+    EXPECT_EQ(outside(), before);
     std::cout << swaps << " swaps, " << tries << " operations, of which " << done << " done; "
               << (HasFailure() ? "escapes" : "0 escapes") << '\n';
     EXPECT_TRUE(done > tries / 100 && done < tries * 99 / 100) << "a race with but one side: " << done;
