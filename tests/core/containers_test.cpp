@@ -98,22 +98,7 @@ TEST(SplayTree, Walks_Of_Deep_Trees_Take_No_Stack) {
     EXPECT_EQ(Watched_Tree(guest).First(), &shared);
 }
 
-// Its keys compare as the table's case flag says; String's never regard case.
-struct Word {
-    std::string key;
-};
-
-std::string_view Hash_Key(const Word& word) {
-    return word.key;
-}
-
-TEST(HashTable, Keys_Compare_By_Length_And_Then_By_Case_Where_It_Counts) {
-    Word a{"a"}, upper{"A"}, longer{"Aa"};
-    EXPECT_EQ(HashTable<Word>(0, 1, 12, 0).Compare(&a, &upper), 0);
-    EXPECT_GT(HashTable<Word>(0, 0, 12, 0).Compare(&a, &upper), 0);
-    EXPECT_LT(HashTable<Word>(0, 0, 12, 0).Compare(&a, &longer), 0);
-    String string("a");
-    EXPECT_EQ(HashTable<String>(0, 0, 12, 0).Compare(&string, "A", -1), 0);
+TEST(HashTable, Buckets_Have_30_Bits_And_Files_Two_Numbers) {
     EXPECT_EQ(HashTable<String>(0, 1, 12, 0).hash("ABCDx", 4), 0x5ae61fa5u & 0xfff);
     EXPECT_EQ(HashTable<String>(0, 1, 31, 0).hash("abcd", -1), 0x5ae61fa5u & 0x3fffffff); // 30 at most
     struct stat file {};

@@ -15,7 +15,7 @@
 
 namespace {
 
-// An element whose keys compare as the table's case flag says; String's never regard case.
+// An element whose keys compare as the table's case flag says.
 struct Word {
     Word(const char* key, int len) : key(key, len) {}
     std::string key;
@@ -136,23 +136,22 @@ void Try_Stack(Input input) {
     std::vector<int*> model;
     int cursor = -1; // index in the model, -1 for below the bottom
     while (input.More()) {
-        const unsigned choice = input.Below(5);
-        if (choice == 3) {
+        switch (input.Below(5)) {
+        case 0: CHECK(stack.Top() == (model.empty() ? nullptr : model.back())); break;
+        case 1:
             cursor = std::max(cursor - 1, -1);
             CHECK(stack.Peek() == (cursor < 0 ? nullptr : model[cursor]));
             continue;
-        }
-        if (choice < 2) {
-            model.push_back(&input.One_Of(numbers));
-            CHECK(stack.Push(model.back())->element == model.back());
-        } else if (choice == 2) {
-            CHECK(stack.Top() == (model.empty() ? nullptr : model.back()));
-        } else {
+        case 2:
             if (cursor >= 0) // below the bottom Pop takes the top
                 model.resize(cursor + 1);
             CHECK(stack.Pop() == (model.empty() ? nullptr : model.back()));
             if (!model.empty())
                 model.pop_back();
+            break;
+        default:
+            model.push_back(&input.One_Of(numbers));
+            CHECK(stack.Push(model.back())->element == model.back());
         }
         cursor = static_cast<int>(model.size()) - 1;
         CHECK(stack.Entries() == cursor + 1);
@@ -166,20 +165,29 @@ void Try_Table(Input input, int case_insensitive, int bucket_bits) {
     T* (Table::*const walks[])() = {&Table::First, &Table::Last, &Table::Previous, &Table::Next};
     Table table(1, case_insensitive, bucket_bits, 4);
     std::vector<T*> slots;
-    const bool folds = case_insensitive || Hash_Key_Ignores_Case<T>;
-    const auto fold = [&](char c) { return folds ? std::tolower(c) : c; };
+    const bool folds = case_insensitive || std::is_same_v<T, String>; // whose keys never regard case
+    const auto rank = [&](std::string_view key) {                     // the shorter first
+        std::string text(key);
+        std::ranges::transform(text, text.begin(), [&](char c) { return folds ? std::tolower(c) : c; });
+        return std::pair(text.size(), text);
+    };
     int cursor = 0;
     bool behind = false;
     while (input.More()) {
         std::string key = input.Text(4, std::string_view("abcABC_\0", 8));
         if (!slots.empty() && input.Below(4) == 0)
             key = Hash_Key(*slots.back());
-        const auto len = static_cast<int>(key.size());
-        auto e = std::make_unique<T>(key.data(), len);
+        const int key_size = static_cast<int>(key.size()), len = key.find('\0') == key.npos ? -1 : key_size;
+        auto e = std::make_unique<T>(key.data(), key_size);
         const auto same_key = [&](T* other) {
             return other && table.hash(other) == table.hash(key.data(), len) &&
-                   std::ranges::equal(Hash_Key(*other), key, {}, fold, fold);
+                   table.Compare(other, key.data(), len) == 0;
         };
+        if (!slots.empty()) {
+            const auto ours = rank(key), last = rank(Hash_Key(*slots.back()));
+            const int order = table.Compare(e.get(), slots.back());
+            CHECK((order < 0) == (ours < last) && (order > 0) == (ours > last));
+        }
         const auto found = std::find_if(slots.begin(), slots.end(), same_key);
         T* const expected = found == slots.end() ? nullptr : *found;
         const unsigned choice = input.Below(256);
