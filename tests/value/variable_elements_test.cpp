@@ -115,11 +115,9 @@ TEST(Elements, Lists_Count_Variables) {
     VariableHold a = New("a");
     auto* list = new VariableList;
     list->Insert(a.get(), LIST_LAST);
-    list->Insert(a.get(), LIST_FIRST);
-    list->Insert(New("b").release(), LIST_LAST, 0);
+    list->Insert(Hold(a.get()).release(), LIST_FIRST, 0);
     EXPECT_EQ(a->refcount(), 3);
-    EXPECT_EQ(list->Remove(LIST_FIRST), a.get());
-    a->DecRefCount();
+    VariableHold(list->Remove(LIST_FIRST)).reset();
     EXPECT_EQ(a->refcount(), 2);
     list->Destroy();
     EXPECT_EQ(a->refcount(), 1);
