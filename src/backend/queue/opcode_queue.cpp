@@ -208,6 +208,6 @@ void OpcodeQueueQueue::Flush() {
 void OpcodeQueueQueue::Make_Accesses_Writable() {
     records.For_Each_Block([](QueuedOpcode* entry, const QueuedOpcode* end) {
         for (; entry != end; entry = entry->Next())
-            entry->opcode = Writable_Access(entry->opcode);
+            entry->opcode = static_cast<std::uint16_t>(Writable_Access(entry->opcode));
     });
 }

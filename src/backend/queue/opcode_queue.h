@@ -9,10 +9,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <new>
-#include <type_traits>
 #include <vector>
 
 class CompilerParser;
@@ -97,7 +97,7 @@ enum Queued_Kind : unsigned char {
 class QueuedOpcode {
   public:
     QueuedOpcode(int opcode, int line, Queued_Kind kind = QUEUED_CALL)
-        : opcode(opcode), kind(kind), line(line) {}
+        : line(line), opcode(static_cast<std::uint16_t>(opcode)), kind(kind) {}
     virtual ~QueuedOpcode() = default;
 
     // Makes the call on the back end, with the parser forced to the line of the record.
@@ -105,9 +105,10 @@ class QueuedOpcode {
 
     inline QueuedOpcode* Next(); // the one behind it, or the end
 
-    int opcode : 24; // 0 where the operation has none
-    Queued_Kind kind : 8;
     int line;
+    std::uint16_t opcode; // 0 where the operation has none
+    Queued_Kind kind;
+    // A byte is left of the word, for the small fields that a descendant begins with.
 };
 
 class QueuedOpcode_Integer : public QueuedOpcode {
@@ -149,7 +150,7 @@ class QueuedOpcode_With_Label_and_Immediate : public QueuedOpcode {
 
     void Output(CompilerParser* parser) override;
 
-    ParserLabelType label_type;
+    ParserLabelType label_type : 8;
     int label;
     int immediate;
 };
@@ -192,29 +193,25 @@ class QueuedOpcode_Text : public QueuedOpcode {
 class QueuedOpcode_Variable : public QueuedOpcode {
   public:
     QueuedOpcode_Variable(int line, int is_pop, int ident, Variable_Scope scope, int alias, int by_reference)
-        : QueuedOpcode(0, line), is_pop(is_pop), ident(ident), scope(scope), alias(alias),
-          by_reference(by_reference) {}
+        : QueuedOpcode(0, line), is_pop(is_pop != 0), by_reference(by_reference != 0), scope(scope),
+          ident(ident), alias(alias) {}
 
     void Output(CompilerParser* parser) override;
 
-    int is_pop;
+    bool is_pop : 1;
+    bool by_reference : 1;
+    Variable_Scope scope : 6;
     int ident;
-    Variable_Scope scope;
     int alias;
-    int by_reference;
 };
 
-// What a record takes in the memory of its queue; a text takes more, and all others as much as the largest.
-template <typename Record>
-constexpr std::size_t record_size = std::is_same_v<Record, QueuedOpcode_Integer>
-                                        ? sizeof(Record)
-                                        : sizeof(QueuedOpcode_Variable);
+// What a record takes in the memory of its queue, but for a text, which takes more.
+constexpr std::size_t record_size = 24;
 
 inline QueuedOpcode* QueuedOpcode::Next() {
-    const std::size_t size = kind == QUEUED_NUMBERS ? record_size<QueuedOpcode_Integer>
-                             : kind == QUEUED_TEXT
+    const std::size_t size = kind == QUEUED_TEXT
                                  ? QueuedOpcode_Text::Size_With(static_cast<QueuedOpcode_Text*>(this)->length)
-                                 : record_size<QueuedOpcode>;
+                                 : record_size;
     return reinterpret_cast<QueuedOpcode*>(reinterpret_cast<std::byte*>(this) + size);
 }
 
@@ -225,7 +222,6 @@ class Record_Memory {
     // Makes a record of that size.
     template <typename Record, typename... Fields>
     void Append(std::size_t size, Fields... fields) {
-        static_assert(sizeof(Record) <= record_size<Record>);
         if (static_cast<std::size_t>(limit - current.end) < size) [[unlikely]]
             Add_Block(size);
         new (current.end) Record(fields...);
@@ -292,7 +288,8 @@ class OpcodeQueueQueue : public OpcodeQueue {
   private:
     template <typename Record, typename... Fields>
     void Append(Fields... fields) {
-        records.Append<Record>(record_size<Record>, fields...);
+        static_assert(sizeof(Record) == record_size);
+        records.Append<Record>(record_size, fields...);
     }
     void Make_Accesses_Writable();
 
