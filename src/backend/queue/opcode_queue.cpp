@@ -85,6 +85,11 @@ void OpcodeQueueOutput::Queue_Variable_Instruction(int is_pop, int ident, Variab
 void OpcodeQueueOutput::Flush() {
 }
 
+void OpcodeQueueOutput::Queue_Pushed_Constant(int ident, int opcode) {
+    parser->Follow_LineNo();
+    parser->Output_Pushed_Constant(ident, opcode);
+}
+
 void QueuedOpcode::Output(CompilerParser* parser) {
     parser->Force_LineNo(line);
 }
@@ -122,6 +127,11 @@ void QueuedOpcode_Text::Output(CompilerParser* parser) {
 void QueuedOpcode_Variable::Output(CompilerParser* parser) {
     QueuedOpcode::Output(parser);
     parser->Output_Variable_Instruction(is_pop, ident, scope, alias, by_reference);
+}
+
+void QueuedOpcode_Pushed_Constant::Output(CompilerParser* parser) {
+    QueuedOpcode::Output(parser);
+    parser->Output_Pushed_Constant(ident, opcode);
 }
 
 void Record_Memory::Take_All_Back() {
@@ -193,7 +203,7 @@ void OpcodeQueueQueue::Flush() {
     if (!rhs)
         Make_Accesses_Writable();
     if (const std::size_t size = records.Full_Size())
-        parser->Expect_Code(size); // records take a bit more than their text
+        parser->Expect_Code(size); // records take about as much as their text
     records.For_Each_Block(
         [&](QueuedOpcode* entry, const QueuedOpcode* end) {
             while (entry != end)
@@ -202,6 +212,10 @@ void OpcodeQueueQueue::Flush() {
         true);
     records.Take_All_Back();
     parser->Unforce_LineNo();
+}
+
+void OpcodeQueueQueue::Queue_Pushed_Constant(int ident, int opcode) {
+    Append<QueuedOpcode_Pushed_Constant>(parser->Line(), ident, opcode);
 }
 
 // One change anywhere makes every access writable, those included that have nothing to do with it.

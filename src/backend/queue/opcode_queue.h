@@ -46,6 +46,8 @@ class OpcodeQueue {
                                             int by_reference) = 0;
     // Writes and forgets what is kept.
     virtual void Flush() = 0;
+    // pushc and, behind it, an instruction without operands.
+    virtual void Queue_Pushed_Constant(int ident, int opcode) = 0;
 
     // The queue if it is of the wanted type, else a fresh one of that type which takes its place, behind a
     // flush.
@@ -83,6 +85,7 @@ class OpcodeQueueOutput : public OpcodeQueue {
     void Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                     int by_reference) override;
     void Flush() override;
+    void Queue_Pushed_Constant(int ident, int opcode) override;
 };
 
 // The class of a record, as far as a back end may write it by itself.
@@ -205,6 +208,16 @@ class QueuedOpcode_Variable : public QueuedOpcode {
     int alias;
 };
 
+class QueuedOpcode_Pushed_Constant : public QueuedOpcode {
+  public:
+    QueuedOpcode_Pushed_Constant(int line, int ident, int opcode)
+        : QueuedOpcode(opcode, line), ident(ident) {}
+
+    void Output(CompilerParser* parser) override;
+
+    int ident;
+};
+
 // What a record takes in the memory of its queue, but for a text, which takes more.
 constexpr std::size_t record_size = 24;
 
@@ -281,6 +294,7 @@ class OpcodeQueueQueue : public OpcodeQueue {
     void Queue_Variable_Instruction(int is_pop, int ident, Variable_Scope scope, int alias,
                                     int by_reference) override;
     void Flush() override;
+    void Queue_Pushed_Constant(int ident, int opcode) override;
 
     // Takes what comes for an expression that is only read so far.
     void Start_Expression() { rhs = 1; }

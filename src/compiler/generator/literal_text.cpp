@@ -29,11 +29,8 @@ ParserStatus CompilerParser::Unknown_Common(const char* text, int length, int op
 }
 
 void CompilerParser::Output_Text_Piece(const char* text, int length, int opcode) {
-    const int ident = Generate_String_Directive(text, length, EXPRESSION_STATE_TEXT);
-    if (opcode_queue->type == OPCODE_QUEUE_OUTPUT)
-        return Output_Pushed_Constant(ident, opcode);
-    Queue(OPCODE_PUSHC, ident);
-    Queue(opcode);
+    opcode_queue->Queue_Pushed_Constant(Generate_String_Directive(text, length, EXPRESSION_STATE_TEXT),
+                                        opcode);
 }
 
 int CompilerParser::Literal_Piece_Length() const {

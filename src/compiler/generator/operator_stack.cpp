@@ -255,8 +255,8 @@ ParserStatus CompilerParser::Push_Dynamic_Call(const char* text, int length) {
     if (const ParserStatus status =
             Check_Dynamic_Expression_String(text, length, "external function parameter"))
         return status;
-    Queue(OPCODE_PUSHC, Generate_String_Directive(text, length, EXPRESSION_STATE_FILTER));
+    opcode_queue->Queue_Pushed_Constant(Generate_String_Directive(text, length, EXPRESSION_STATE_FILTER),
+                                        OPCODE_DO_FUNCTION);
     Count_Value();
-    Queue(OPCODE_DO_FUNCTION);
     return PARSER_OK;
 }
