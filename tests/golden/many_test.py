@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""many_test.py TNC: a page of many names, lines, texts and members, and the assembly for it; and an attribute without end."""
+"""many_test.py TNC: a page of many names, lines, texts, members and operands, and the assembly for it; and an attribute without end."""
 
 import pathlib
 import sys
@@ -8,7 +8,7 @@ import tempfile
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "docs"))
 from checks import expect, finish, run
 
-NAMES, ROUNDS, TEXTS, MEMBERS, REPEATS = 5000, 3, 1200, 300, 999
+NAMES, ROUNDS, TEXTS, MEMBERS, OPERANDS, REPEATS = 5000, 3, 1200, 300, 60000, 999
 tnc = str(pathlib.Path(sys.argv[1]).resolve())
 page, code, constants = [], ['\n.string\ts_0\t"page.tn"\n\tsourcefile\ts_0'], {"page.tn": 0}
 
@@ -40,7 +40,9 @@ code.append(f"\n\tpushl\tl_{NAMES}")
 for name in members:
     push(name)
     code.append("\n\tmemb")
-code.append("\n\tstore\n; end of compiled file\n")
+code.append("\n\tstore\n\tpushi\t0")
+page += ['<TnEVAL EXPR="{0', *(f" + {i}" for i in range(OPERANDS)), '}">']  # whose records go as they are written
+code += [*(f"\n\tpushi\t{i}\n\tadd" for i in range(OPERANDS)), "\n\tout\n; end of compiled file\n"]
 
 with tempfile.TemporaryDirectory() as folder:
     source, output = pathlib.Path(folder, "page.tn"), pathlib.Path(folder, "output.tna")

@@ -6,6 +6,7 @@
 #include "core/text_length.h"
 
 #include <algorithm>
+#include <sys/mman.h>
 #include <utility>
 
 OpcodeQueue::OpcodeQueue(CompilerParser* parser, _OpcodeQueueType type) : parser(parser), type(type) {
@@ -143,15 +144,24 @@ void Record_Memory::Take_All_Back() {
     current.end = current.begin;
 }
 
-std::size_t Record_Memory::Full_Size() const {
-    std::size_t size = 0;
+std::size_t Record_Memory::Size() const {
+    std::size_t size = current.Size();
     for (const Block& block : full)
-        size += static_cast<std::size_t>(block.end - block.begin);
+        size += block.Size();
     return size;
 }
 
+// Its pages too: what is freed may stay with the allocator, and the text comes while the records go.
+void Record_Memory::Give_Back(Block& block) {
+    constexpr std::size_t page = 4096;
+    const std::size_t ahead = -reinterpret_cast<std::uintptr_t>(block.begin) % page;
+    if (block.Size() > largest_block / 2)
+        (void)madvise(block.begin + ahead, (block.Size() - ahead) / page * page, MADV_DONTNEED);
+    block.owned.reset();
+}
+
 void Record_Memory::Add_Block(std::size_t size) {
-    size = std::max(size, 2 * static_cast<std::size_t>(limit - current.begin));
+    size = std::max(size, std::min(2 * static_cast<std::size_t>(limit - current.begin), largest_block));
     auto block = std::make_unique_for_overwrite<std::byte[]>(size);
     std::byte* const begin = block.get();
     full.push_back(std::exchange(current, {std::move(block), begin, begin}));
@@ -202,8 +212,8 @@ void OpcodeQueueQueue::Queue_Variable_Instruction(int is_pop, int ident, Variabl
 void OpcodeQueueQueue::Flush() {
     if (!rhs)
         Make_Accesses_Writable();
-    if (const std::size_t size = records.Full_Size())
-        parser->Expect_Code(size); // records take about as much as their text
+    if (records.Is_Long())
+        parser->Expect_Code(records.Size()); // records take about as much as their text
     records.For_Each_Block(
         [&](QueuedOpcode* entry, const QueuedOpcode* end) {
             while (entry != end)

@@ -229,7 +229,8 @@ inline QueuedOpcode* QueuedOpcode::Next() {
 }
 
 // The records of a queue, one behind the other. What fits into the first block costs no allocation; further
-// blocks grow, and go when the queue is emptied.
+// blocks grow up to a size, so that there is always little of what is written already, and go when the queue
+// is emptied.
 class Record_Memory {
   public:
     // Makes a record of that size.
@@ -247,13 +248,15 @@ class Record_Memory {
         for (std::size_t i = 0; i < full.size(); ++i) {
             function(full[i].First(), full[i].Last_End());
             if (discard)
-                full[i].owned.reset();
+                Give_Back(full[i]);
         }
         function(current.First(), current.Last_End());
     }
     void Take_All_Back();
-    // Bytes in full blocks.
-    std::size_t Full_Size() const;
+    // Whether there is more than the first block.
+    bool Is_Long() const { return !full.empty(); }
+    // Bytes of the records.
+    std::size_t Size() const;
 
   private:
     static constexpr std::size_t alignment = alignof(QueuedOpcode);
@@ -266,9 +269,15 @@ class Record_Memory {
 
         QueuedOpcode* First() const { return reinterpret_cast<QueuedOpcode*>(begin); }
         QueuedOpcode* Last_End() const { return reinterpret_cast<QueuedOpcode*>(end); }
+        std::size_t Size() const { return static_cast<std::size_t>(end - begin); }
     };
 
+    // Bytes, unless a single text is longer.
+    static constexpr std::size_t largest_block = std::size_t{1} << 20;
+
     void Add_Block(std::size_t size);
+    // To the system.
+    static void Give_Back(Block& block);
 
     alignas(alignment) std::byte first_block[4096];
     std::vector<Block> full; // ahead of the current one
