@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""many_test.py TNC: a page of many names, lines, texts, members and operands, and the assembly for it; and an attribute without end."""
+"""many_test.py TNC: a page of many names, lines, texts, members and operands, and its assembly; and an attribute without end."""
 
 import pathlib
 import sys

@@ -53,7 +53,7 @@ ROWS = [  # name, count, page, bytes an item may take beside 6 MB, where that is
     ("nested calls", DEEP, expression("f(", "l.a", ")", FUNCTION), None),
     ("nested calls", MANY, expression("f(", "l.a", ")", FUNCTION), 250),
     ("nested inline calls", DEEP, expression("[l.f].g(", "l.a", ")"), None),
-    ("nested inline calls", MANY, expression("[l.f].g(", "l.a", ")"), 480),
+    ("nested inline calls", MANY, expression("[l.f].g(", "l.a", ")"), 400),
     ("brackets", DEEP, expression("l.a[", "1", "]"), None),
     ("brackets of calls", DEEP, expression("[l.f].g(l.a[", "1", "])"), None),
     ("member chain", DEEP, expression("", "l.a", ":b"), None),

@@ -8,6 +8,7 @@
 #include "frontend/scanner/parser.h"
 
 #include <algorithm>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -51,7 +52,7 @@ class ExpressionParser::Inline_Calls {
     Tokenizer& tokenizer;
     ParserState* state;
     String text;
-    std::vector<Call> calls;
+    std::deque<Call> calls;         // which gives memory back as they end
     std::vector<int> open_brackets; // their places in the text
     const char* bracket = nullptr;  // the last open one in the source, null when none is noted
     // Of the source from it on, without counting the parentheses among it. The file expression is scanned to
