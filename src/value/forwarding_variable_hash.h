@@ -44,7 +44,7 @@ class ForwardingVariableHash : public VariableHash {
     ForwardingVariableHash(TarnApplication* application, Dictionary* dictionary, VariableHash& source,
                            bool clone);
 
-    VariableHash* target;
+    VariableHash* target; // owned by ClonedVariableHash, unless it is this table; by no other
 
   private:
     [[nodiscard]] bool Is_Plain() const { return target == this; }

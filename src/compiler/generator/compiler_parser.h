@@ -528,9 +528,9 @@ class CompilerParser : public Parser {
     std::unique_ptr<String> localized_text; // while set, text is gathered here instead of compiled
 
     // Names.
-    HashTable<Variable>* local_variables; // what local scope means now
-    HashTable<Variable>* global_variables;
-    HashTable<Variable>* system_variables;
+    HashTable<Variable>* local_variables;  // what local scope means now
+    HashTable<Variable>* global_variables; // owned when owns_globals is set
+    HashTable<Variable>* system_variables; // owned when owns_system is set
     HashTable<Variable> function_variables{1, 1, table_bucket_bits, table_initial_slots};
     Constant_Table* scratch_variables = &file_scratch_variables; // the scratch table that counts now
     Constant_Table file_scratch_variables;
