@@ -3,7 +3,9 @@
 // The arguments stay text, which the code generator compiles. A call of this form among them can't stay
 // there: it is compiled in its place, ahead of the outer call, its result goes into a scratch variable, and
 // the variable's name takes its place in the text.
+
 #include "backend/queue/opcode_queue.h"
+#include "core/text_length.h"
 #include "frontend/scanner/expression_parser.h"
 #include "frontend/scanner/parser.h"
 
@@ -86,8 +88,7 @@ ParserStatus ExpressionParser::Inline_Calls::Open_Call(int depth) {
     while (type != TOKEN_LPAREN) {
         type = Read_Token(&token, length);
         if (type == TOKEN_RBRACE || type == TOKEN_EOF)
-            return length ? parser.Report<Message::Unexpected_In_Inline_Call>(
-                                std::string_view(token, static_cast<std::size_t>(length)))
+            return length ? parser.Report<Message::Unexpected_In_Inline_Call>(Slice(token, length))
                           : parser.Report<Message::Inline_Call_Unterminated>();
         text.cat(token, length);
     }
