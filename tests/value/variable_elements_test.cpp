@@ -90,6 +90,9 @@ TEST(Elements, Elements_Are_Shared_Unless_Cloned) {
     array->CopyElements(array.get(), 1, 1, 1, true);
     other.reset();
     EXPECT_EQ(element->refcount(), 1);
+    array->Element(1, 0)->Element(1, 1)->SetValue("in", 2);
+    array->SetElement(1, array->Element(1, 0)->Element(1, 0)); // which hangs on what goes
+    EXPECT_EQ(Elements(*array), "[1]in[2]b");
 }
 
 TEST(Elements, Large_Arrays_And_Deep_Ones_Take_No_Stack) {
