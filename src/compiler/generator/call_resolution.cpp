@@ -35,7 +35,7 @@ ParserStatus CompilerParser::Resolve_Calls(ParserStatus status) {
         const std::string& name = call.function->name;
         if (const Function_Resolution_Info* definition = Definition_Of(call.function)) {
             expected = definition->parameters;
-        } else if (ExternalCall* external = Find_External(external_calls, name)) {
+        } else if (const ExternalCall* external = Find_External(external_calls, name)) {
             expected = external->record->parameter_count;
         } else if (!unresolved_functions.Find(name.data(), Length_Of(name))) {
             expected = call.parameters;
@@ -71,7 +71,7 @@ void CompilerParser::Declare_External_Functions() {
         if (Definition_Of(call))
             continue;
         const std::string& name = call->name;
-        ExternalCall* external = Find_External(external_calls, name);
+        const ExternalCall* external = Find_External(external_calls, name);
         if (!external)
             continue;
         Generate_Function_Directive(name.data(), Length_Of(name), FUNCTION_EXTERNAL, -1, -1, ACCESS_UNSET);
