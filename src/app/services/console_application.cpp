@@ -5,7 +5,6 @@
 #include "core/text_length.h"
 
 #include <cstdio>
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 
