@@ -125,10 +125,9 @@ bool UNIXFileManager::RealizeContainedPath(Tarn_PathType type, _UNIXContainedPat
         RealizePath(&candidate, below, &real, settings->allow_links, settings->allow_other_owner);
     if (status != REALIZE_RESOLVED)
         return Fail_Realize(status);
+    std::unique_ptr<UNIXFilePath> found(real);
     if (out)
-        *out = real;
-    else
-        delete real;
+        *out = found.release();
     return true;
 }
 
