@@ -93,6 +93,8 @@ TEST(Elements, Elements_Are_Shared_Unless_Cloned) {
     array->Element(1, 0)->Element(1, 1)->SetValue("in", 2);
     array->SetElement(1, array->Element(1, 0)->Element(1, 0)); // which hangs on what goes
     EXPECT_EQ(Elements(*array), "[1]in[2]b");
+    array->SetValue(array->Element(1, 0)->value().text(), -1);
+    EXPECT_EQ(Text(array), "in");
 }
 
 TEST(Elements, Large_Arrays_And_Deep_Ones_Take_No_Stack) {
