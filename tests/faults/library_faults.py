@@ -11,7 +11,7 @@ import tempfile
 
 WHOLE = sys.argv[-1] == "all"
 FAILING, *PROGRAMS = map(os.path.abspath, sys.argv[1:-1] if WHOLE else sys.argv[1:])
-WAITING = "*Race*:*Silent*:*Each_Wait*:*Behind_Signals*"  # tests that go by the clock
+WAITING = "*Race*:*Silent*:*Each_Wait*:*Two_Hosts*:*Behind_Signals*"  # tests that go by the clock
 MOST = 50
 
 

@@ -1,7 +1,11 @@
 #include "files/file_tree.h"
 
+#include <climits>
 #include <ctime>
+#include <iostream>
+#include <random>
 #include <sys/file.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 
 namespace {
@@ -120,6 +124,43 @@ TEST_F(File_Locks, Stale_Lock_Is_Broken_Once) {
     };
     EXPECT_EQ(Lock_In(3), FILE_LOCK_HELD);
     EXPECT_FALSE(application.while_waiting) << "it was removed under the eyes of the other";
+}
+
+// LOCK_ACQUISITIONS in the environment makes it long. Now and then a process ends with the lock in its hands,
+// and a successor takes its place.
+TEST_F(File_Locks, Are_Never_Held_Together_By_Processes_Of_Two_Hosts) {
+    enum End { DONE, OVERLAPPING, HOLDING };
+    const char* const long_run = getenv("LOCK_ACQUISITIONS");
+    const int each = (long_run ? atoi(long_run) : 800) / 8;
+    Put("witness", "");
+    application.expiration = 3;
+    prctl(PR_SET_CHILD_SUBREAPER, 1); // of successors too
+    for (unsigned process = 0; process < 8; ++process) {
+        if (fork() != 0)
+            continue;
+        application.host = process % 2 ? "there" : "here";
+        std::minstd_rand random(process + 1);
+        for (int turn = 0; turn < each; ++turn) {
+            const bool held = Lock_In(INT_MAX) == FILE_LOCK_HELD;
+            const int witness = Open_Path("witness", O_RDONLY);
+            usleep(random() % 1000);
+            if (!held || flock(witness, LOCK_EX | LOCK_NB) != 0)
+                _exit(OVERLAPPING);
+            usleep(random() % 1000);
+            close(witness);
+            if (random() % 64 != 0)
+                manager->Lock_Delete("lock");
+            else if (fork() != 0)
+                _exit(HOLDING);
+        }
+        _exit(DONE);
+    }
+    int ends[3] = {};
+    for (int status; wait(&status) > 0;)
+        ++ends[WIFEXITED(status) ? WEXITSTATUS(status) : OVERLAPPING];
+    std::cout << each * 8 << " acquisitions, " << ends[HOLDING] << " processes gone with the lock, "
+              << ends[OVERLAPPING] << " overlaps\n";
+    EXPECT_TRUE(ends[DONE] == 8 && ends[HOLDING] > 0 && ends[OVERLAPPING] == 0);
 }
 
 } // namespace
