@@ -168,6 +168,11 @@ TEST_F(File_Operations, Roots_Are_Refused_By_Name_And_Reason) {
     }
     EXPECT_FALSE(manager->InitializeDataDirectory(nullptr) || manager->Delete(Tarn_PathType_Temp, "f"));
     EXPECT_EQ(Error(), "There is no configured data directory");
+    EXPECT_TRUE(manager->InitializeScriptDirectory("/", nullptr));
+    EXPECT_FALSE(manager->InitializeScriptDirectory(nullptr, nullptr));
+    const int next = manager->SaveCurrentDirectory(); // has the number of the root that is gone
+    EXPECT_FALSE(manager->InitializeScriptDirectory(nullptr, nullptr));
+    EXPECT_EQ(manager->RestoreCurrentDirectory(next), 0);
     const auto unknown = static_cast<Tarn_PathType>(3);
     _UNIXContainedPathSettings settings;
     EXPECT_TRUE(manager->ContainedPathSettings(unknown, &settings) && !settings.root);
@@ -262,6 +267,7 @@ TEST_F(File_Operations, Follow_Links_Of_One_Owner) {
     EXPECT_EQ(Content("to_g"), "root/d/g");
     manager->SecurityOptions(links);
     EXPECT_EQ(Content("to_d/g") + Content("to_g"), other_directory_message + other_directory_message);
+    EXPECT_TRUE(!manager->Open(data, "to_d", FILE_MODE_WRITE) && Error() == other_file_message);
     EXPECT_EQ(Content("d/g"), "root/d/g"); // no link, no question
 }
 

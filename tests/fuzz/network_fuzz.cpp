@@ -218,7 +218,7 @@ void Try_Request(Input& input, Scripted_Manager& manager, const char* url, bool 
     const auto& [protocol, host, port, path] = parts;
     const char* const pin = input.Below(4) ? nullptr : "x";
     const int length = input.Between(-1, 3);
-    const unsigned flags = input.Below(3);
+    const unsigned flags = input.Below(3); // 1 for what must be secure, 2 for a known server
     const std::size_t limit = input.Below(2) ? INT_MAX : input.Between(0, 99);
     manager.script.write_limit = static_cast<int>(limit);
     const std::unique_ptr<NetworkConnection> connection(
@@ -244,12 +244,12 @@ void Try_Request(Input& input, Scripted_Manager& manager, const char* url, bool 
         error = "Malformed URL";
     else if (!secure && Lower(protocol) != "http")
         error = "Unsupported protocol '" + protocol + "'";
-    else if (!secure && flags == CONNECTION_MUST_BE_SECURE)
+    else if (!secure && flags == 1)
         error = "Request requires a secure connection";
     else if (!secure && pin)
         error = "Certificate pinning requested for non-secure connection";
     const bool asked = error.empty();
-    if (asked && secure && flags == CONNECTION_MUST_VERIFY)
+    if (asked && secure && flags == 2)
         error = "unknown server";
     const bool written = error.empty();
     if (written && limit < sent.size())

@@ -107,18 +107,19 @@ void Try_Decimal(mpd_t* decimal) {
     CHECK(fraction == behind && digits == ahead + behind);
 }
 
-// From bytes with nothing behind them, with a NUL behind them, and by the NUL alone.
+// From bytes with nothing behind them, with more, with a NUL, and by the NUL alone.
 void Try_Text(const std::string& text) {
     const std::vector<char> bytes(text.begin(), text.end());
+    const std::string more = text + "1";
     const int len = static_cast<int>(text.size());
     bool no_integer, no_double, no_decimal;
     const int integer = Read_Integer(text, no_integer);
     const double real = Read_Double(text, no_double);
     const Decimal decimal = Read_Decimal(text, no_decimal);
-    for (const int size : {len, len + 1, -1}) {
+    for (const int size : {len, len + 2, len + 1, -1}) {
         if (size < 0 && text.find('\0') != text.npos)
             continue;
-        const char* const from = size == len ? bytes.data() : text.c_str();
+        const char* const from = size == len ? bytes.data() : size == len + 2 ? more.c_str() : text.c_str();
         const int length = size < 0 ? size : len;
         int wrong;
         CHECK(App::stoi(from, length, &wrong) == integer && wrong == no_integer);
@@ -172,8 +173,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             Try_Decimal(Decimal(App::itompd(nullptr, number)).get());
         }
         if (choice == 2)
-            Try_Text(input.Pieces(
-                20, "0x|0X|-|+|inf|NaN|Infinity|e|E-|.|0|0000000000|1|9|f|A| |2147483648|4294967295"));
+            Try_Text(input.Pieces(20, "0x|0X|-|+|inf|NaN|Infinity|e|E-|.|0|1|9|f|A| |2147483648|4294967295|"
+                                      "0000000000|0000000000000000000000000000000000000000000000000000"));
         if (choice == 3)
             Try_Text(input.Text(5));
     }

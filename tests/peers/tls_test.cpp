@@ -144,6 +144,7 @@ TEST_F(TLS, Knows_Who_Is_Who) {
         ERR_raise(ERR_LIB_USER, 1); // an earlier failure, of anybody's
         const std::jthread serving([this] { Serve(); });
         EXPECT_EQ(Connect(r).substr(0, answer.size()), answer);
+        EXPECT_FALSE(answer.find("error:") < answer.size() && ERR_peek_error()); // what is told is forgotten
         connection.reset();
     }
     char buffer[] = "....", secret[] = "secret";
@@ -159,6 +160,9 @@ int Third_Try(SSL*, Arguments...) {
 }
 
 TEST_F(TLS, Waits_As_The_Library_Wishes) {
+    application.instead = {{"SSL_new", reinterpret_cast<void*>(+[](SSL_CTX*) -> SSL* { return nullptr; })}};
+    ERR_raise(ERR_LIB_USER, 1);
+    EXPECT_EQ(Connect({}), "Error allocating SSL handle: "); // for no reason of its own
     application.instead = {{"SSL_connect", reinterpret_cast<void*>(+[](SSL*) { return 2; })}};
     EXPECT_EQ(Connect({}), failed + "Unknown error"); // 1 is what ends a handshake
     void* const third_transfer = reinterpret_cast<void*>(Third_Try<void*, int>);

@@ -32,6 +32,8 @@ TEST(Elements, No_Element_Goes_Beyond_The_Highest_Index) {
     EXPECT_EQ(Elements(*array), "[1]a[2147483647]z");
     array->DeleteElement(INT_MAX, true);
     array->DeleteElements(2, INT_MAX, true);
+    array->Element(INT_MAX, 1);
+    array->DeleteElements(INT_MAX, -1, true);
     EXPECT_EQ(array->CollapseElements(), 1);
 }
 

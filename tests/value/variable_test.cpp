@@ -163,8 +163,9 @@ TEST_F(VariableTest, Reference_Reads_Sets_And_Counts_Its_Target) {
     EXPECT_EQ(static_cast<ReferenceVariable*>(second.get())->TypeReferredTo(), VARIABLE_REFERENCE);
     VariableHold again = Hold(second.get());
     EXPECT_EQ(target->refcount() + first->refcount(), 4 + 3);
-    first.reset();
     second.reset();
+    EXPECT_EQ(target->refcount() + first->refcount(), 3 + 2);
+    first.reset();
     EXPECT_EQ(target->refcount(), 2);
     again.reset();
     EXPECT_EQ(target->refcount(), 1);
