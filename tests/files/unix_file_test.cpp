@@ -155,6 +155,9 @@ TEST_F(Open_File, Limit_Counts_Managed_Files_Only) {
     UNIXFileManager other(nullptr);
     EXPECT_FALSE(other.ActivateFile(managed.get()));
     EXPECT_EQ(other.error().view(), "Activation request for invalid or non-active file");
+    manager->MaxFiles(-1); // room for none
+    EXPECT_TRUE(manager->Lock("l") == FILE_LOCK_FAILED && !manager->TouchFile("new"));
+    EXPECT_TRUE(manager->Lock_Valid("f") == FILE_LOCK_UNREADABLE && Error().starts_with("Simultaneous"));
 }
 
 // The write that meets the limit of a file's size is cut short, and the next one fails.

@@ -58,6 +58,8 @@ TEST(Elements, Each_Step_Leaves_Its_Shape) {
         if (position >= 0)
             array->InsertElement(position, New("v").get());
         EXPECT_EQ(Text(array), text);
+        New()->MergeElements(array.get(), 1, 9, 1, true); // loops over such a tree end
+        New()->CopyElements(array.get(), 1, 9, 1, true);
     }
 }
 
