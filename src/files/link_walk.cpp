@@ -31,9 +31,9 @@ struct UNIXFileManager::Link_Walk {
     bool Judges_Owner() const { return settings.allow_links && !settings.allow_other_owner; }
 
     _UNIXContainedPathSettings settings;
-    std::unique_ptr<UNIXFilePath> directory;    // real path of the current directory
-    std::string name;                           // in it
-    HashTable<struct stat> seen; // what the links so far lead to
+    std::unique_ptr<UNIXFilePath> directory; // real path of the current directory
+    std::string name;                        // in it
+    HashTable<struct stat> seen;             // what the links so far lead to
 
     uid_t owner = 0;       // everything on the way must have it, where owners count
     bool creating = false; // of an opening: the file wasn't there
