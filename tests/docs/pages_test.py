@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """pages_test.py TNC EXTENSION: every page in the documents compiles to what is shown for it. CONTRIBUTING.md tells how."""
 
+import concurrent.futures
 import itertools
 import pathlib
 import re
@@ -49,11 +50,20 @@ def check_document(path, folder):
 
 def check_needs(tag, section, folder):
     """What a table says is needed, or not, is so: the section's first page without it fails, or compiles."""
-    words, page = next(m.group(3, 4) for m in FENCE.finditer(section) if m[2] == "tn" and "part" not in m[3])
+    pages = [(m[3].split(), m[4]) for m in FENCE.finditer(section) if m[2] == "tn"]
+    for words, part in (page for page in pages if "part" in page[0]):
+        pathlib.Path(folder, words[0]).write_text(part)
+    words, page = next(page for page in pages if "part" not in page[0])
     for names, needed in re.findall(r"^\| (`.*?) \| .*? \| (yes|no) \|", section, re.MULTILINE):
         attribute = rf"(<{tag}\b[^>]*?) (?:{'|'.join(re.findall(r'[A-Z_-]+', names))})(?:=\"[^\"]*\"|(?=>))"
         pathlib.Path(folder, "page.tn").write_text(re.sub(attribute, r"\1", page, count=1, flags=re.IGNORECASE))
-        expect(f"{tag} without {names}", run(folder, TNC, *words.split(), "page.tn")[0], int(needed == "yes"))
+        expect(f"{tag} without {names}", run(folder, TNC, *words, "page.tn")[0], int(needed == "yes"))
+
+
+def in_folder(check, *arguments):
+    with tempfile.TemporaryDirectory() as work:
+        pathlib.Path(work, "array_functions.so").symlink_to(LIBRARY)
+        check(*arguments, work)
 
 
 def sections(name):
@@ -64,10 +74,10 @@ def sections(name):
 tags = sections("tags.md")
 expect("tags.md", sorted(tags), sorted(shown_tag(keys[0]) for keys in tag_keys().values()))
 expect("operators.md", sorted(sections("operators.md")), sorted(f"`{key}`" for key, *_ in user_operators()))
-for document in (ROOT / "README.md", *(ROOT / "docs").glob("*.md")):
-    with tempfile.TemporaryDirectory() as work:
-        pathlib.Path(work, "array_functions.so").symlink_to(LIBRARY)
-        check_document(document, work)
-        for tag in routes() if document.name == "tags.md" else ():
-            check_needs(tag_keys()[tag][0], tags[shown_tag(tag_keys()[tag][0])], work)
+with concurrent.futures.ThreadPoolExecutor() as pool:
+    checks = [pool.submit(in_folder, check_document, path) for path in (ROOT / "README.md", *(ROOT / "docs").glob("*.md"))]
+    for key in (tag_keys()[tag][0] for tag in routes()):
+        checks.append(pool.submit(in_folder, check_needs, key, tags[shown_tag(key)]))
+for check in checks:
+    check.result()
 finish()
