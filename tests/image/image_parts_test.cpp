@@ -120,6 +120,7 @@ TEST_F(PartsTest, Failed_Read_Tells_What_The_File_Says) {
 TEST_F(PartsTest, Numbers_Stand_Within_The_Size) {
     Segment& segment = *segments.Start();
     EXPECT_EQ(segment.Write_Double(3, 1.0), 11); // what is passed over is zero
+    EXPECT_EQ(segment.Write_Byte(10, 0x3f), 11); // its last byte, again
     EXPECT_EQ(Written(segments).substr(32 + 16),
               std::string(3, '\0') + Dwords({0, 0x3ff00000}) + "segs" + Dwords({32, 16 + 11}));
     double found = 0;
