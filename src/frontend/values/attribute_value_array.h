@@ -35,8 +35,6 @@ class AttributeValueArray {
     // Pushes the elements from first up to end, which is not included; an end of -1 is behind the highest
     // that was handed out.
     void Output(int end, int first);
-    // The highest element handed out since the last reset, -1 for none.
-    int Last_Used() const { return last_used; }
 
     ParserStatus Output_Assignment(int value, int name, int index, int member, AttributeValueArray* array,
                                    int count);
@@ -53,7 +51,7 @@ class AttributeValueArray {
     String unused;
     CompilerParser* parser; // not owned
     int capacity;
-    int last_used = -1;
+    int last_used = -1;                       // the highest element handed out since the last reset
     std::unique_ptr<AttributeValue[]> values; // capacity elements
     int grow_by;
 };
