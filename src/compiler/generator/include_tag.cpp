@@ -12,6 +12,7 @@
 #include <climits>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace {
 constexpr const char* is_the_output = "it is the output";
@@ -42,7 +43,7 @@ ParserStatus CompilerParser::Include_Source(const String& name) {
         return Report<Message::Include_Not_Opened>(name, included->lasterror);
     if (application->Is_Output(included->Opened()))
         return Report<Message::Include_Not_Opened>(name, is_the_output);
-    Enter_Included_File(included.release());
+    Enter_Included_File(std::move(included));
     return Start_Of_File();
 }
 

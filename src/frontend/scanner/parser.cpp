@@ -162,13 +162,12 @@ void Parser::Drop_Pending() {
     pending_length = value_length = 0;
 }
 
-void Parser::Enter_Included_File(Tokenizer* included) {
+void Parser::Enter_Included_File(std::unique_ptr<Tokenizer> included) {
     Drop_Pending();
     suspended_names.emplace(tokenizer->filename.view());
     tokenizer_stack.Push(tokenizer.get());
-    tokenizer->File_Deactivate();
-    (void)tokenizer.release(); // the stack has it
-    tokenizer.reset(included);
+    Tokenizer* const including = std::exchange(tokenizer, std::move(included)).release(); // the stack has it
+    including->File_Deactivate();
 }
 
 bool Parser::Is_Suspended(const String& name) const {

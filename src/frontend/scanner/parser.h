@@ -192,7 +192,7 @@ class Parser {
     Stack<Tokenizer> tokenizer_stack{1}; // of the files that an include has suspended
 
     // Goes on with the tokenizer's file, which becomes the parser's. The current one waits for its end.
-    void Enter_Included_File(Tokenizer* included);
+    void Enter_Included_File(std::unique_ptr<Tokenizer> included);
     // Whether a file that waits has this very name.
     bool Is_Suspended(const String& name) const;
 
